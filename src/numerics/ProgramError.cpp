@@ -1,0 +1,30 @@
+#include "numerics/ProgramError.h"
+
+#include <cstdlib>
+#include <iostream>
+#include <ostream>
+
+namespace {
+
+[[noreturn]] void ErrorTo(std::ostream& os, const std::string& prog, const std::string& text)
+{
+    os << "\n**** " << prog << ": Error -> " << text << " ****\n"
+       << "     Exiting " << prog << " ... \n\n";
+    // Both streams may hold report lines that explain the failure.
+    std::cout.flush();
+    std::cerr.flush();
+    std::exit(1);
+}
+
+void WarningTo(std::ostream& os, const std::string& prog, const std::string& text)
+{
+    os << "\n#### " << prog << ": Warning -> " << text << " ####\n"
+       << "     Continuing " << prog << " ... \n\n";
+}
+
+}  // namespace
+
+void ProgramError(const std::string& prog, const std::string& text) { ErrorTo(std::cerr, prog, text); }
+void ProgramErrorCout(const std::string& prog, const std::string& text) { ErrorTo(std::cout, prog, text); }
+void ProgramWarning(const std::string& prog, const std::string& text) { WarningTo(std::cerr, prog, text); }
+void ProgramWarningCout(const std::string& prog, const std::string& text) { WarningTo(std::cout, prog, text); }

@@ -1,0 +1,14 @@
+#pragma once
+// The one way the program reports: a framed line on the log (error stream)
+// or on the result listing (output stream). An error ends the process with
+// status 1 on the spot; a warning returns.
+#include <string>
+
+/// Prints the framed error on the error stream and exits with status 1.
+[[noreturn]] void ProgramError(const std::string& prog, const std::string& text);
+/// Prints the framed error on the output stream and exits with status 1.
+[[noreturn]] void ProgramErrorCout(const std::string& prog, const std::string& text);
+/// Prints the framed warning on the error stream and returns.
+void ProgramWarning(const std::string& prog, const std::string& text);
+/// Prints the framed warning on the output stream and returns.
+void ProgramWarningCout(const std::string& prog, const std::string& text);

@@ -1,0 +1,63 @@
+#pragma once
+// Helpers shared by the test suites: paths of the real data sets and
+// scratch files cut from them.
+#include <cstdio>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <unistd.h>
+
+namespace orvotest {
+
+/// Repository root, where the tests run; the real data lie beside it.
+inline std::string SourceDir() { return ORVO_SOURCE_DIR; }
+
+/// Path of a file of the shared real data, e.g. Data("esbc-2020-177/esbc1770.20o").
+inline std::string Data(const std::string& rel) { return SourceDir() + "/../shared/data/" + rel; }
+
+/// Path of a file of the shared reference material.
+inline std::string Reference(const std::string& rel) { return SourceDir() + "/../shared/reference/" + rel; }
+
+/// The orvo executable built beside the tests.
+inline std::string OrvoBinary() { return ORVO_BINARY; }
+
+/// A scratch folder private to this test process, created on first use.
+inline std::string TempDir()
+{
+    static std::string dir;
+    if (dir.empty()) {
+        char tmpl[] = "/tmp/orvo_test_XXXXXX";
+        const char* d = mkdtemp(tmpl);
+        dir = d ? d : "/tmp";
+    }
+    return dir;
+}
+
+/// Writes text to a scratch file and returns its path.
+inline std::string WriteTemp(const std::string& name, const std::string& text)
+{
+    const std::string path = TempDir() + "/" + name;
+    std::ofstream out(path, std::ios::binary);
+    out << text;
+    return path;
+}
+
+/// The whole content of a file, empty when it does not open.
+inline std::string ReadFile(const std::string& path)
+{
+    std::ifstream in(path, std::ios::binary);
+    std::ostringstream ss;
+    ss << in.rdbuf();
+    return ss.str();
+}
+
+/// The first n lines of a file, each with its newline.
+inline std::string FirstLines(const std::string& path, int n)
+{
+    std::ifstream in(path, std::ios::binary);
+    std::string line, out;
+    for (int i = 0; i < n && std::getline(in, line); ++i) out += line + "\n";
+    return out;
+}
+
+}  // namespace orvotest
