@@ -1,0 +1,9 @@
+#include "numerics/PolmerN.h"
+
+#include <cmath>
+
+long double PolmerN(long double fi, long double a, long double e)
+{
+    const long double es = e * std::sin(fi);
+    return a / std::sqrt((1.0L - es) * (1.0L + es));
+}
