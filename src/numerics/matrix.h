@@ -4,7 +4,7 @@
 // the run with a report instead of reading someone else's memory. A vector
 // is a matrix with one column. Beside it: the packed triangle that the
 // factorisations store their factors in, and a few generic operations.
-#include <climits>
+#include <cstdint>
 #include <cstddef>
 #include <new>
 
@@ -92,7 +92,9 @@ public:
         Fill(value);
     }
 
+    /// Number of rows, r.
     long NRow() const { return r; }
+    /// Number of columns, c.
     long NCol() const { return c; }
     /// Number of elements, r * c.
     long Length() const { return r * c; }
@@ -241,6 +243,7 @@ public:
         Allocate(nn);
     }
 
+    /// Dimension n.
     long Dim() const { return n; }
 
     /// Cell (i, j), the same as (j, i). An unset triangle or an index
