@@ -1,0 +1,279 @@
+#include "orbits/GNSSpClk.h"
+
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <string>
+
+#include "geodesy/TimeConverse.h"
+#include "geodesy/ymdhms.h"
+#include "numerics/ProgramError.h"
+#include "orbits/SatelliteNumber.h"
+
+namespace {
+
+bool NextLine(std::istream& in, std::string& line)
+{
+    if (!std::getline(in, line)) return false;
+    if (!line.empty() && line.back() == '\r') line.pop_back();
+    return true;
+}
+
+bool Holds(const std::string& line, const char* text)
+{
+    return line.find(text) != std::string::npos;
+}
+
+// Date text of an AS line: the 26 characters from posDate.
+std::string DateText(const std::string& line, std::size_t posDate)
+{
+    return line.substr(posDate, 26);
+}
+
+}  // namespace
+
+GNSSpClk::GNSSpClk()
+    : DTisOK(true), type(' '), version(0.0f), nepoch(0), nsat(0), interval(0.0L),
+      intervalUnit(0.0L), nPtsInt(2), EpochIx(0), Lfact{0.0L, 0.0L, 0.0L, 0.0L},
+      T{0.0L, 0.0L, 0.0L, 0.0L}, DX(0.0L), IxI{0, 0, 0, 0}, posDate(8), nHeaderLines(0)
+{
+    clkfile[0] = '\0';
+}
+
+void GNSSpClk::SetFile(const char* file)
+{
+    if (file == nullptr || std::strlen(file) >= sizeof(clkfile))
+        ProgramError("Orvo", "RINEX CLOCK FILE NAME MISSING OR LONGER THAN 255 CHARACTERS!");
+    std::strcpy(clkfile, file);
+}
+
+void GNSSpClk::Fail(long lineNo, const std::string& text) const
+{
+    ProgramError("Orvo", std::string("RINEX CLOCK FILE ") + clkfile + ": line "
+                         + std::to_string(lineNo) + ": " + text);
+}
+
+void GNSSpClk::ReadFile()
+{
+    GetCLKVersion();
+    std::ifstream in(clkfile);
+    if (!in) ProgramError("Orvo", std::string("RINEX CLOCK FILE ") + clkfile + " CAN NOT BE OPENED!");
+    ReadFileHeader(in);
+    CheckData(in);
+    in.close();
+
+    epoch.Resize(nepoch);
+    SatClk.Resize(nepoch, nsat, GNSSpClkns::NoClock_s);
+    ReadFileData();
+
+    // Interpolation takes the nodes as equally spaced by the smallest
+    // spacing; time order was checked while reading.
+    interval = epoch(1) - epoch(0);
+    for (long i = 2; i < nepoch; ++i) {
+        const long double d = epoch(i) - epoch(i - 1);
+        if (d < interval) interval = d;
+    }
+    intervalUnit = interval / 60.0L;
+    const long double u3 = intervalUnit * intervalUnit * intervalUnit;
+    Lfact[0] = -6.0L * u3;
+    Lfact[1] = 2.0L * u3;
+    Lfact[2] = -2.0L * u3;
+    Lfact[3] = 6.0L * u3;
+}
+
+void GNSSpClk::GetCLKVersion()
+{
+    std::ifstream in(clkfile);
+    if (!in) ProgramError("Orvo", std::string("RINEX CLOCK FILE ") + clkfile + " CAN NOT BE OPENED!");
+    std::string line;
+    NextLine(in, line);
+    const std::size_t at = line.find("RINEX VERSION / TYPE");
+    if (at == std::string::npos)
+        ProgramError("Orvo", "INPUT RINEX CLOCK FILE IS NOT IN RINEX FORMAT - RINEX VERSION / TYPE NOT IN FIRST LINE");
+    version = std::strtof(line.c_str(), nullptr);
+    if (at == 60)
+        type = line[20];
+    else if (at == 65)
+        type = line[21];
+    else
+        ProgramError("Orvo", "INPUT RINEX CLOCK FILE FIRST LINE PROBLEM - RINEX VERSION / TYPE NOT AT POSITION 60 OR 65");
+    if (type != 'C')
+        ProgramError("Orvo", "RINEX CLOCK FILE IS NOT IN RINEX CLOCK FORMAT - RINEX TYPE IS NOT 'C'");
+}
+
+void GNSSpClk::ReadFileHeader(std::istream& in)
+{
+    const bool before304 = static_cast<double>(version) < 3.039;
+    const int nSatLine = before304 ? 15 : 16;
+    posDate = before304 ? 8 : 13;
+    std::string line;
+    long lineNo = 0;
+    nsat = 0;
+    while (true) {
+        if (!NextLine(in, line)) ProgramError("Orvo", "RINEX CLOCK FILE - UNSUCCESFUL READING (HEADER)");
+        ++lineNo;
+        if (Holds(line, "END OF HEADER")) break;
+        if (!Holds(line, "# OF SOLN SATS")) continue;
+
+        const long count = std::atol(line.c_str());
+        // Each satellite needs a column of SatClk and an entry of satIx.
+        if (count < 1 || count >= GNSSpClkns::NSatIx)
+            Fail(lineNo, "satellite count " + std::to_string(count) + " out of 1 to 699");
+        nsat = static_cast<short>(count);
+        satList.Resize(nsat, 1, 0);
+        long n = 0;
+        for (long k = 0; k < nsat / nSatLine + 1 && n < nsat; ++k) {
+            if (!NextLine(in, line)) ProgramError("Orvo", "RINEX CLOCK FILE - UNSUCCESFUL READING (HEADER)");
+            ++lineNo;
+            for (int j = 0; j < nSatLine && n < nsat; ++j, ++n) {
+                const std::size_t pos = 4 * static_cast<std::size_t>(j);
+                if (line.size() < pos + 3)
+                    Fail(lineNo, "satellite list line ends before entry " + std::to_string(n + 1));
+                const int prn = std::atoi(line.c_str() + pos + 1);
+                const short s = PreciseSatelliteNumber(line[pos], prn);
+                if (s < 0 || s >= GNSSpClkns::NSatIx)
+                    Fail(lineNo, "satellite entry " + line.substr(pos, 3) + " out of range");
+                satList(n) = s;
+            }
+        }
+    }
+    nHeaderLines = lineNo;
+    if (nsat < 1) Fail(lineNo, "header has no # OF SOLN SATS list");
+    satIx.Resize(GNSSpClkns::NSatIx, 1, -1);
+    for (short i = 0; i < nsat; ++i) satIx(satList(i)) = i;
+}
+
+void GNSSpClk::CheckData(std::istream& in)
+{
+    std::string line, previous;
+    long lineNo = nHeaderLines;
+    nepoch = 0;
+    while (NextLine(in, line)) {
+        ++lineNo;
+        if (line.compare(0, 2, "AS") != 0) continue;
+        // The clock bias is read from posDate + 30 on.
+        if (line.size() <= posDate + 30) Fail(lineNo, "AS record too short");
+        const std::string date = DateText(line, posDate);
+        if (nepoch == 0 || date != previous) ++nepoch;
+        previous = date;
+    }
+    // Four nodes for the cubic, and two epochs at least for a spacing.
+    if (nepoch < 4)
+        Fail(lineNo, "fewer than four epochs of AS records ("
+                         + std::to_string(nepoch) + ")");
+}
+
+void GNSSpClk::ReadFileData()
+{
+    std::ifstream in(clkfile);
+    std::string line;
+    long lineNo = 0;
+    do {
+        if (!NextLine(in, line)) ProgramError("Orvo", "RINEX CLOCK FILE - UNSUCCESFUL READING (DATA-HEADER)");
+        ++lineNo;
+    } while (!Holds(line, "END OF HEADER"));
+
+    long ieph = -1;
+    std::string previous;
+    while (NextLine(in, line)) {
+        ++lineNo;
+        if (line.compare(0, 2, "AS") != 0) continue;
+        if (line.size() <= posDate + 30) Fail(lineNo, "AS record too short");
+        const std::string date = DateText(line, posDate);
+        if (ieph < 0 || date != previous) {
+            ++ieph;
+            // The file was counted on this stream's text; a file that
+            // changed since would overrun the epochs.
+            if (ieph >= nepoch) Fail(lineNo, "more epochs than counted");
+            unsigned short y = 0, mo = 0, d = 0, h = 0, mi = 0;
+            long double s = 0.0L;
+            if (std::sscanf(date.c_str(), "%hu %hu %hu %hu %hu %Lf", &y, &mo, &d, &h, &mi, &s) != 6)
+                Fail(lineNo, "AS record date does not parse");
+            ymdhms ep(y, mo, d, h, mi, s);
+            epoch(ieph) = ymdhms2mjd(ep);
+            if (ieph > 0 && !(epoch(ieph) - epoch(ieph - 1) > 0.0L))
+                Fail(lineNo, "epochs are not in increasing time order");
+        }
+        previous = date;
+        const int prn = std::atoi(line.c_str() + 4);
+        const short s = PreciseSatelliteNumber(line[3], prn);
+        // A satellite the header doesn't list has no column.
+        if (s < 0 || s >= GNSSpClkns::NSatIx || satIx(s) < 0) continue;
+        SatClk(ieph, satIx(s)) = std::strtold(line.c_str() + posDate + 30, nullptr);
+    }
+}
+
+bool GNSSpClk::EndTests(const mjd& reph)
+{
+    if (reph < epoch(0)) {
+        EpochIx = 0;
+        if (epoch(0) - reph > GNSSpClkns::MaxOutside_s)
+            ProgramWarning("Orvo", "RINEX CLOCK - GETTING INDEX - INPUT EPOCH OUT OF DATA INTERVAL (<-300s)");
+        return true;
+    }
+    if (reph > epoch(nepoch - 1)) {
+        EpochIx = nepoch - 1;
+        if (reph - epoch(nepoch - 1) > GNSSpClkns::MaxOutside_s)
+            ProgramWarning("Orvo", "RINEX CLOCK - GETTING INDEX - INPUT EPOCH OUT OF DATA INTERVAL (>300s)");
+        return true;
+    }
+    return false;
+}
+
+void GNSSpClk::SetEpochIndex(mjd& reph)
+{
+    if (EndTests(reph)) return;
+    for (EpochIx = 0; EpochIx < nepoch - 1; ++EpochIx)
+        if (!(epoch(EpochIx) > reph) && epoch(EpochIx + 1) > reph) return;
+    EpochIx = nepoch - 1;
+}
+
+void GNSSpClk::SetEpochIndex(mjd& reph, long EpochIxOld)
+{
+    if (EndTests(reph)) return;
+    long ix = EpochIxOld;
+    if (ix < 0) ix = 0;
+    if (ix > nepoch - 1) ix = nepoch - 1;
+    if (ix < nepoch - 1 && !(reph < epoch(ix)) && reph < epoch(ix + 1)) {
+        EpochIx = ix;
+        return;
+    }
+    if (reph < epoch(ix)) {
+        while (ix >= 0 && reph < epoch(ix)) --ix;
+    } else {
+        while (ix < nepoch && reph > epoch(ix)) ++ix;
+    }
+    // Inside the file both walks end on a valid index; the clamp only
+    // guards the reads that follow.
+    if (ix < 0) ix = 0;
+    if (ix > nepoch - 1) ix = nepoch - 1;
+    EpochIx = ix;
+}
+
+void GNSSpClk::GetSatelliteClock(short& prn, mjd& reph, long double& dt)
+{
+    DTisOK = false;
+    if (prn < 0 || prn >= GNSSpClkns::NSatIx || satIx(prn) < 0) return;
+    const long col = satIx(prn);
+
+    long first = EpochIx - 1;
+    if (EpochIx <= 0) first = 0;
+    else if (EpochIx >= nepoch - 4) first = nepoch - 4;
+    for (int k = 0; k < 4; ++k) {
+        IxI[k] = first + k;
+        if (SatClk(IxI[k], col) > GNSSpClkns::MaxClock_s) return;
+    }
+    DX = (reph - epoch(first)) / 60.0L;
+    DTisOK = true;
+
+    const long double u = intervalUnit;
+    T[0] = (DX - u) * (DX - 2.0L * u) * (DX - 3.0L * u);
+    T[1] = DX * (DX - 2.0L * u) * (DX - 3.0L * u);
+    T[2] = DX * (DX - u) * (DX - 3.0L * u);
+    T[3] = DX * (DX - u) * (DX - 2.0L * u);
+    long double sum = 0.0L;
+    for (int k = 0; k < 4; ++k) sum += SatClk(IxI[k], col) * T[k] / Lfact[k];
+    dt = sum;
+}

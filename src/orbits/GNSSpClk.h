@@ -1,0 +1,94 @@
+#pragma once
+// Precise satellite clocks from one RINEX clock file (AS records), answered
+// per satellite and epoch by a cubic Lagrange polynomial over the four
+// nodes around the current epoch index.
+#include <cstddef>
+#include <istream>
+#include <string>
+
+#include "geodesy/mjd.h"
+#include "numerics/matrix.h"
+
+namespace GNSSpClkns {
+/// Entries of the satellite-number index: every shared number lies below.
+constexpr long NSatIx = 700;
+/// Fill value of a clock without a record (s).
+constexpr long double NoClock_s = 999.999L;
+/// A row above this (s) holds no value; real clocks stay below 1 ms.
+constexpr long double MaxClock_s = 999.0L;
+/// Distance (s) beyond the file's first or last epoch that is reported.
+constexpr long double MaxOutside_s = 300.0L;
+}  // namespace GNSSpClkns
+
+class GNSSpClk {
+public:
+    GNSSpClk();
+
+    /// Stores the clock file name; a name of 256 characters or more ends the
+    /// run with the framed error.
+    void SetFile(const char* file);
+
+    /// Reads the whole RINEX clock file: version and type, the satellite
+    /// list, all AS records (seconds), the epochs and the smallest epoch
+    /// spacing. A file that isn't a RINEX clock file, is cut in its header,
+    /// holds fewer than four epochs or epochs out of time order ends the run
+    /// with the framed error. AS records of satellites outside the header's
+    /// list are passed over.
+    void ReadFile();
+
+    /// Full search: EpochIx becomes the last epoch not after reph (0 before
+    /// the file, the last one after it); more than 300 s outside is warned.
+    void SetEpochIndex(mjd& reph);
+
+    /// Search from EpochIxOld (clamped into the file): stays when reph lies
+    /// in [epoch(old), epoch(old+1)), walks down when reph is earlier, else
+    /// walks up to the first epoch not before reph. Same end rules as above.
+    void SetEpochIndex(mjd& reph, long EpochIxOld);
+
+    /// Current epoch index.
+    long GetEpochIx() const { return EpochIx; }
+    /// Distinct epochs of the file.
+    long GetNEpoch() const { return nepoch; }
+    /// Satellites of the header list.
+    short GetNSatList() const { return nsat; }
+
+    /// Clock (s) of satellite prn (shared numbering) at reph from the four
+    /// rows chosen by the current EpochIx, assuming them spaced by the file
+    /// interval. On success DTisOK is true and dt is written; an unknown
+    /// satellite or a row without a value leaves dt alone, DTisOK false.
+    void GetSatelliteClock(short& prn, mjd& reph, long double& dt);
+
+    /// Whether the last GetSatelliteClock gave a value.
+    bool DTisOK;
+
+private:
+    void GetCLKVersion();
+    void ReadFileHeader(std::istream& in);
+    void CheckData(std::istream& in);
+    void ReadFileData();
+    bool EndTests(const mjd& reph);
+    [[noreturn]] void Fail(long lineNo, const std::string& text) const;
+
+    char clkfile[256];
+    char type;
+    float version;
+    long nepoch;
+    short nsat;
+    matrix<short> satList;
+    matrix<short> satIx;
+    matrix<short> sat;
+    matrix<mjd> epoch;
+    matrix<long double> SatClk;
+    long double interval;
+    long double intervalUnit;
+    int nPtsInt;
+    long EpochIx;
+    long double Lfact[4];
+    long double T[4];
+    long double DX;
+    long IxI[4];
+    // Column of the date text in AS lines: 8 before version 3.04, then 13.
+    std::size_t posDate;
+    // Header lines, counted so the data pass can name its line numbers.
+    long nHeaderLines;
+};

@@ -1,0 +1,440 @@
+#include "orbits/GNSSpEph.h"
+
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <string>
+
+#include "geodesy/TimeConverse.h"
+#include "geodesy/ymdhms.h"
+#include "numerics/ProgramError.h"
+#include "orbits/SatelliteNumber.h"
+
+namespace {
+
+// Reads one line without its line end; false at the end of the stream.
+bool NextLine(std::ifstream& in, std::string& line)
+{
+    if (!std::getline(in, line)) return false;
+    if (!line.empty() && line.back() == '\r') line.pop_back();
+    return true;
+}
+
+// The number in the len characters from pos, 0 when the line ends before
+// pos, as the fixed-column fields read everywhere in the program.
+long double NumberAt(const std::string& line, std::size_t pos, std::size_t len = std::string::npos)
+{
+    if (pos >= line.size()) return 0.0L;
+    const std::string field = line.substr(pos, len);
+    return std::strtold(field.c_str(), nullptr);
+}
+
+long IntegerAt(const std::string& line, std::size_t pos, std::size_t len = std::string::npos)
+{
+    if (pos >= line.size()) return 0;
+    const std::string field = line.substr(pos, len);
+    return std::atol(field.c_str());
+}
+
+// Satellite of a three-character field: letter, tens (blank for none), units.
+short SatelliteAt(const std::string& line, std::size_t pos)
+{
+    const char tens = line[pos + 1];
+    const char units = line[pos + 2];
+    int prn = (units >= '0' && units <= '9') ? units - '0' : 0;
+    if (tens >= '0' && tens <= '9') prn += 10 * (tens - '0');
+    return PreciseSatelliteNumber(line[pos], prn);
+}
+
+bool StartsWith(const std::string& line, const char* head)
+{
+    return line.compare(0, std::strlen(head), head) == 0;
+}
+
+}  // namespace
+
+GNSSpEph::GNSSpEph()
+    : Relativity(0.0L), DTisOK(true), PSisOK(true), version(' '), flag(' '),
+      nepoch(0), nSatListLines(0), nComments(0), nsat(0), interval(0.0L),
+      posBase(0.0L), clkBase(0.0L), nPtsPos(7), nPtsTime(2),
+      OMEGAz(7.292115146700000e-5L), nEpochLines(0)
+{
+    sp3file[0] = '\0';
+}
+
+void GNSSpEph::SetFile(const char* file)
+{
+    if (file == nullptr || std::strlen(file) >= sizeof(sp3file))
+        ProgramError("Orvo", "PRECISE ORBIT FILE NAME MISSING OR LONGER THAN 255 CHARACTERS!");
+    std::strcpy(sp3file, file);
+}
+
+void GNSSpEph::Fail(long lineNo, const std::string& text) const
+{
+    ProgramError("Orvo", std::string("PRECISE ORBIT FILE ") + sp3file + ": line "
+                         + std::to_string(lineNo) + ": " + text);
+}
+
+void GNSSpEph::ReadFile()
+{
+    CountSomeLines();
+    ReadFileHeader();
+    // A header count beyond the epochs present means a cut file; checking
+    // it here keeps a wrong count from sizing the record store.
+    if (nepoch > nEpochLines)
+        ProgramError("Orvo", std::string("PRECISE ORBIT FILE ") + sp3file + ": header announces "
+                             + std::to_string(nepoch) + " epochs, the file holds "
+                             + std::to_string(nEpochLines));
+    epoch.Resize(nepoch);
+    sat.Resize(nsat * nepoch, 1, 0);
+    sPos.Resize(nsat * nepoch, 1, xyzt());
+    sPosSig.Resize(nsat * nepoch, 1, xyzt());
+    ReadFileData();
+    SetLfact();
+}
+
+void GNSSpEph::CountSomeLines()
+{
+    std::ifstream in(sp3file);
+    if (!in)
+        ProgramError("Orvo", std::string("PRECISE ORBIT FILE ") + sp3file + " CAN NOT BE OPENED!");
+    nSatListLines = 0;
+    nComments = 0;
+    nEpochLines = 0;
+    std::string line;
+    bool inHeader = true;
+    while (NextLine(in, line)) {
+        if (!line.empty() && line[0] == '*') {
+            inHeader = false;
+            ++nEpochLines;
+        } else if (inHeader) {
+            if (StartsWith(line, "+ ")) ++nSatListLines;
+            if (StartsWith(line, "/*")) ++nComments;
+        }
+    }
+}
+
+void GNSSpEph::ReadFileHeader()
+{
+    std::ifstream in(sp3file);
+    std::string line;
+    long lineNo = 0;
+    auto next = [&](const char* what) {
+        if (!NextLine(in, line)) Fail(lineNo + 1, std::string("file ends in the header (") + what + ")");
+        ++lineNo;
+    };
+
+    next("first line");
+    // The epoch count ends at index 38; a shorter line is no SP3 header.
+    if (line.size() < 39 || line[0] != '#')
+        Fail(lineNo, "first line is not an SP3 header line");
+    version = line[1];
+    flag = line[2];
+    nepoch = IntegerAt(line, 32, 7);
+
+    next("second line");
+    if (line.size() < 45 || !StartsWith(line, "##"))
+        Fail(lineNo, "second line is not an SP3 \"##\" line");
+    interval = NumberAt(line, 23, 15);
+    const long day = IntegerAt(line, 38, 6);
+    const long double dayFraction = NumberAt(line, 44);
+    if (day < 0 || day > 199999 || !(dayFraction >= 0.0L && dayFraction < 1.0L))
+        Fail(lineNo, "start epoch is not a valid modified Julian date");
+    StartEpoch = mjd(static_cast<unsigned long>(day), dayFraction * 86400.0L);
+
+    // The interpolation and the window rule need a positive spacing and at
+    // least 2*nPtsPos equally spaced nodes.
+    if (!(interval > 0.0L))
+        Fail(lineNo, "epoch interval is not positive");
+    if (nepoch < 2L * nPtsPos)
+        Fail(1, "fewer than " + std::to_string(2 * nPtsPos)
+                    + " epochs: too short for the 14-node orbit interpolation");
+    if (nSatListLines < 1)
+        Fail(lineNo, "no satellite list (\"+ \") lines in the header");
+
+    const long listCapacity = 17L * nSatListLines;
+    long n = 0;
+    for (long k = 0; k < nSatListLines; ++k) {
+        next("satellite list");
+        if (!StartsWith(line, "+ ")) Fail(lineNo, "satellite list line expected");
+        if (k == 0) {
+            const long count = IntegerAt(line, 2, 4);
+            // Three-character satellite fields allow at most 999 entries.
+            if (count < 1 || count > listCapacity || count > 999)
+                Fail(lineNo, "satellite count " + std::to_string(count)
+                                 + " does not fit the satellite list lines");
+            nsat = static_cast<short>(count);
+            satList.Resize(nsat, 1, 0);
+            satListSig.Resize(nsat, 1, 0);
+        }
+        for (int j = 0; j < 17 && n < nsat; ++j, ++n) {
+            if (line.size() < static_cast<std::size_t>(12 + 3 * j))
+                Fail(lineNo, "satellite list line ends before entry " + std::to_string(n + 1));
+            satList(n) = SatelliteAt(line, 9 + 3 * j);
+        }
+    }
+
+    n = 0;
+    for (long k = 0; k < nSatListLines; ++k) {
+        next("accuracy list");
+        if (!StartsWith(line, "++")) Fail(lineNo, "accuracy (\"++\") line expected");
+        for (int j = 0; j < 17 && n < nsat; ++j, ++n)
+            satListSig(n) = static_cast<short>(IntegerAt(line, 9 + 3 * j, 3));
+    }
+
+    next("%c line");
+    next("%c line");
+    next("%f line");
+    if (!StartsWith(line, "%f")) Fail(lineNo, "\"%f\" line with the exponent bases expected");
+    posBase = NumberAt(line, 2, 11);
+    clkBase = NumberAt(line, 13, 13);
+    for (int k = 0; k < 3; ++k) next("%f/%i lines");
+    for (long k = 0; k < nComments; ++k) next("comment lines");
+}
+
+void GNSSpEph::ReadFileData()
+{
+    std::ifstream in(sp3file);
+    std::string line;
+    long lineNo = 0;
+    // Skip the header read before: the same count of lines up to the
+    // first epoch line.
+    const long headerLines = 2 + 2 * nSatListLines + 6 + nComments;
+    for (long k = 0; k < headerLines; ++k) {
+        if (!NextLine(in, line)) Fail(lineNo + 1, "file ends in the header");
+        ++lineNo;
+    }
+
+    // Epochs are stored equally spaced from the header's start; the epoch
+    // line is checked against that, so that a gap can't shift every later
+    // block by one interval unnoticed. 1 µs: the lines give 1e-8 s.
+    constexpr long double EpochMatch_s = 1e-6L;
+    for (long i = 0; i < nepoch; ++i) {
+        if (!NextLine(in, line)) Fail(lineNo + 1, "file ends before epoch " + std::to_string(i + 1));
+        ++lineNo;
+        if (line.empty() || line[0] != '*') Fail(lineNo, "epoch line (\"*\") expected");
+        unsigned short y = 0, mo = 0, d = 0, h = 0, mi = 0;
+        long double s = 0.0L;
+        if (std::sscanf(line.c_str() + 1, "%hu %hu %hu %hu %hu %Lf", &y, &mo, &d, &h, &mi, &s) != 6)
+            Fail(lineNo, "epoch line does not hold a date");
+        ymdhms ep(y, mo, d, h, mi, s);
+        mjd epMjd = ymdhms2mjd(ep);
+        if (std::fabs(epMjd - StartEpoch) > EpochMatch_s)
+            Fail(lineNo, "epoch is not the header's start plus a whole number of intervals");
+        epoch(i) = StartEpoch;
+        StartEpoch += interval;
+
+        for (long j = 0; j < nsat; ++j) {
+            if (!NextLine(in, line))
+                Fail(lineNo + 1, "file ends in the records of epoch " + std::to_string(i + 1));
+            ++lineNo;
+            if (line.size() < 4) Fail(lineNo, "record line too short");
+            const long indx = j + static_cast<long>(nsat) * i;
+            sat(indx) = SatelliteAt(line, 1);
+            // Interpolation addresses records by header slot, so a record
+            // out of that order (or a velocity line) would lend one
+            // satellite's orbit to another.
+            if (sat(indx) != satList(j))
+                Fail(lineNo, "record of satellite " + std::to_string(sat(indx))
+                                 + " where the header order has " + std::to_string(satList(j)));
+            if (line[0] != 'P') continue;
+            if (line.size() < 60) Fail(lineNo, "position record shorter than 60 characters");
+            xyzt& p = sPos(indx);
+            p.x = NumberAt(line, 4, 14) * 1000.0L;
+            p.y = NumberAt(line, 18, 14) * 1000.0L;
+            p.z = NumberAt(line, 32, 14) * 1000.0L;
+            const long double clk_us = NumberAt(line, 46, 14);
+            p.dt = clk_us * 1e-6L;
+            xyzt& sg = sPosSig(indx);
+            // The "no clock" mark is kept as 999999 s, far beyond the 0.9 s
+            // that the interpolation takes as missing.
+            if (line.size() > 60 && std::fabs(clk_us - 999999.0L) < 2.0L) {
+                p.dt = 999999.0L;
+                sg = xyzt();
+                continue;
+            }
+            sg.x = line.size() > 62 ? std::pow(posBase, NumberAt(line, 61, 2)) * 0.001L : 0.0L;
+            sg.y = line.size() > 65 ? std::pow(posBase, NumberAt(line, 64, 2)) * 0.001L : 0.0L;
+            sg.z = line.size() > 68 ? std::pow(posBase, NumberAt(line, 67, 2)) * 0.001L : 0.0L;
+            sg.dt = line.size() > 72 ? std::pow(clkBase, NumberAt(line, 70, 3)) * 1e-12L : 0.0L;
+        }
+    }
+}
+
+void GNSSpEph::SetLfact()
+{
+    auto fill = [this](matrix<long double>& L, int n) {
+        L.Resize(2 * n);
+        for (int i = 0; i < 2 * n; ++i) {
+            long double prod = 1.0L;
+            for (int j = 0; j < 2 * n; ++j)
+                if (j != i) prod *= (i - j) * interval / 3600.0L;
+            L(i) = prod;
+        }
+    };
+    fill(Lfact, nPtsPos);
+    fill(LfactDT, nPtsTime);
+}
+
+void GNSSpEph::WarnIfOutside(const mjd& ephCalc)
+{
+    if (epoch(0) - ephCalc > GNSSpEphns::MaxOutside_s
+        || ephCalc - epoch(nepoch - 1) > GNSSpEphns::MaxOutside_s)
+        ProgramWarning("Orvo", "CALCULATION EPOCH NOT IN EPOCH INTERVAL OF INPUT PRECISE ORBIT FILE!");
+}
+
+void GNSSpEph::CalcSatPosition(unsigned short sati, mjd& ephCalc, xyzt& psat, xyzt& vsat)
+{
+    WarnIfOutside(ephCalc);
+    Interpolate(sati, ephCalc, psat, vsat);
+}
+
+void GNSSpEph::Interpolate(unsigned short sati, const mjd& ephCalc, xyzt& psat, xyzt& vsat)
+{
+    // The quotient is bounded before the cast: an epoch years away would
+    // overflow long, and the window rule clamps anything beyond the file.
+    long double q = (ephCalc - epoch(0)) / interval;
+    if (q > 1e9L) q = 1e9L;
+    if (q < -1e9L) q = -1e9L;
+    const long ix = static_cast<long>(q);
+
+    long isatList = -1;
+    for (long k = 0; k < nsat; ++k)
+        if (satList(k) == static_cast<short>(sati)) { isatList = k; break; }
+    if (isatList < 0) {
+        PSisOK = false;
+        DTisOK = false;
+        return;
+    }
+    PSisOK = true;
+    DTisOK = true;
+
+    // Window of 2n nodes centred on the interval holding the epoch, slid
+    // inward at the file's ends; ReadFile guarantees nepoch >= 2*nPtsPos.
+    auto window = [this, ix](int n, long& i1, long& i2) {
+        i1 = ix - n + 1;
+        i2 = ix + n;
+        if (i1 < 0) { i1 = 0; i2 = 2L * n - 1; }
+        if (i2 >= nepoch) { i2 = nepoch - 1; i1 = nepoch - 2L * n; }
+    };
+
+    long i1 = 0, i2 = 0;
+    window(nPtsPos, i1, i2);
+    // Hours from each node, formed once: time in hours keeps the products
+    // of 13 factors near unity.
+    long double hours[64];
+    const long nNodes = 2L * nPtsPos;
+    if (nNodes > 64) ProgramError("Orvo", "PRECISE ORBIT INTERPOLATION: MORE THAN 64 NODES!");
+    for (long j = i1; j <= i2; ++j) hours[j - i1] = (ephCalc - epoch(j)) / 3600.0L;
+    p0 = xyzt();
+    v0 = xyzt();
+    for (long i = i1; i <= i2; ++i) {
+        const xyzt& node = sPos(isatList + nsat * i);
+        if (std::fabs(node.x) + std::fabs(node.y) + std::fabs(node.z) < GNSSpEphns::EmptyNode_m) {
+            PSisOK = false;
+            DTisOK = false;
+            return;
+        }
+        long double pxi = 1.0L, pxvi = 1.0L, pvi = 0.0L;
+        bool isNull = false;
+        for (long j = i1; j <= i2; ++j) {
+            if (j == i) continue;
+            const long double pp = hours[j - i1];
+            pxi *= pp;
+            if (std::fabs(pp) > 1e-10L) {
+                pxvi *= pp;
+                if (!isNull) pvi += 1.0L / pp;
+            } else {
+                // On node j the derivative of this basis polynomial is the
+                // product of its other factors alone.
+                isNull = true;
+                pvi = 1.0L;
+            }
+        }
+        const long double L = Lfact(i - i1);
+        p0.x += node.x / L * pxi;
+        p0.y += node.y / L * pxi;
+        p0.z += node.z / L * pxi;
+        v0.x += node.x / L * pxvi * pvi / 3600.0L;
+        v0.y += node.y / L * pxvi * pvi / 3600.0L;
+        v0.z += node.z / L * pxvi * pvi / 3600.0L;
+    }
+
+    window(nPtsTime, i1, i2);
+    DTisOK = true;
+    for (long i = i1; i <= i2; ++i) {
+        const long double dtNode = sPos(isatList + nsat * i).dt;
+        if (std::fabs(dtNode) > GNSSpEphns::MaxClock_s) {
+            DTisOK = false;
+            break;
+        }
+        long double pxi = 1.0L;
+        for (long j = i1; j <= i2; ++j)
+            if (j != i) pxi *= (ephCalc - epoch(j)) / 3600.0L;
+        p0.dt += dtNode / LfactDT(i - i1) * pxi;
+    }
+    v0.dt = 0.0L;
+    psat = p0;
+    vsat = v0;
+}
+
+long double GNSSpEph::CalcSatPosition(unsigned short sati, mjd& ephCalc, xyz& prec,
+                                      xyzt& psat, xyzt& vsat)
+{
+    using GNSSpEphns::C_mps;
+    WarnIfOutside(ephCalc);
+    long double thres = 1.0L, dist = 0.0L, deltat = -0.075L;
+    int niter = 0;
+    ephr = ephCalc;
+    PSisOK = true;
+    DTisOK = true;
+    while (thres > GNSSpEphns::LightTimeThres_m) {
+        ephr += deltat;
+        Interpolate(sati, ephr, psat, vsat);
+        if (!PSisOK) return -1.0L;
+        // The receiver carried into the Earth-fixed frame of emission.
+        const long double a = -deltat * OMEGAz;
+        ps.x = prec.x * std::cos(a) - prec.y * std::sin(a);
+        ps.y = prec.y * std::cos(a) + prec.x * std::sin(a);
+        ps.z = prec.z;
+        const long double dx = ps.x - psat.x, dy = ps.y - psat.y, dz = ps.z - psat.z;
+        dist = std::sqrt(dx * dx + dy * dy + dz * dz);
+        thres = std::fabs(deltat * C_mps + dist);
+        deltat = -dist / C_mps;
+        if (!(-deltat <= GNSSpEphns::MaxFlightTime_s)) {
+            PSisOK = false;
+            DTisOK = false;
+            return -1.0L;
+        }
+        ephr = ephCalc;
+        ++niter;
+        if (niter > GNSSpEphns::MaxLightTimeIter) {
+            ProgramWarning("Orvo", "CalcSatPosition():      TO MANY ITERATIONS: > 10!!");
+            break;
+        }
+    }
+    // Divided twice by c one factor at a time, so that no product of two
+    // large numbers is formed.
+    Relativity = 2.0L * ((vsat.x / C_mps * psat.x) / C_mps + (vsat.y / C_mps * psat.y) / C_mps
+                         + (vsat.z / C_mps * psat.z) / C_mps);
+    psat.dt -= Relativity;
+    return dist;
+}
+
+long double GNSSpEph::CalcSatPosition(unsigned short sati, mjd& ephCalc, xyz& prec,
+                                      xyzt& psat, xyzt& vsat, gnssobs& P)
+{
+    WarnIfOutside(ephCalc);
+    const long double dt = P.obs / GNSSpEphns::C_mps;
+    ephr = ephCalc;
+    ephr += -dt;
+    Interpolate(sati, ephr, psat, vsat);
+    const long double a = OMEGAz * dt;
+    ps.x = prec.x * std::cos(a) - prec.y * std::sin(a);
+    ps.y = prec.y * std::cos(a) + prec.x * std::sin(a);
+    ps.z = prec.z;
+    const long double dx = ps.x - psat.x, dy = ps.y - psat.y, dz = ps.z - psat.z;
+    return std::sqrt(dx * dx + dy * dy + dz * dz);
+}

@@ -1,0 +1,138 @@
+#pragma once
+// Precise orbits from one SP3 file: the whole file in memory, answered per
+// satellite and epoch by a 14-node Lagrange polynomial for position and
+// velocity and a 4-node one for the clock, with the signal's light time
+// solved when a receiver position is given.
+#include <string>
+
+#include "geodesy/mjd.h"
+#include "geodesy/xyz.h"
+#include "numerics/matrix.h"
+#include "observations/gnssobs.h"
+
+namespace GNSSpEphns {
+/// Distance (s) beyond the first or last node at which a request is
+/// reported as outside the file: one 15-min interval of a usual SP3 file.
+constexpr long double MaxOutside_s = 900.0L;
+/// A node whose |x|+|y|+|z| is below this (m) is an empty record: no
+/// satellite of any system orbits within a metre of the geocentre.
+constexpr long double EmptyNode_m = 1.0L;
+/// A clock node above this (s) is the 999999 "no value" mark, read either
+/// as 999999 or, from a line without accuracy fields, as almost 1 s.
+constexpr long double MaxClock_s = 0.9L;
+/// Convergence of the light-time iteration (m of range).
+constexpr long double LightTimeThres_m = 1e-5L;
+/// Light-time iterations allowed before the warning; three or four suffice.
+constexpr int MaxLightTimeIter = 10;
+/// Longest flight time (s) taken as a signal: 300 000 km, beyond any GNSS
+/// orbit (geostationary ranges stay below 0.14 s). A longer one only comes
+/// from a polynomial extrapolated far outside the file, and following it
+/// could carry the epoch out of the calendar.
+constexpr long double MaxFlightTime_s = 1.0L;
+/// Speed of light (m/s).
+constexpr long double C_mps = 299792458.0L;
+}  // namespace GNSSpEphns
+
+class GNSSpEph {
+public:
+    GNSSpEph();
+
+    /// Stores the SP3 file name; a name of 256 characters or more ends the
+    /// run with the framed error, since it could not be stored whole.
+    void SetFile(const char* file);
+
+    /// Reads the whole SP3 file named by SetFile: header, all position
+    /// records (km and µs converted to m and s) and the Lagrange
+    /// denominators. A file that does not open, is cut short, announces
+    /// fewer than 14 epochs, or whose records leave the header's satellite
+    /// order or its epoch spacing ends the run with the framed error.
+    void ReadFile();
+
+    /// Epochs announced by the header (and read).
+    long GetNEpoch() const { return nepoch; }
+    /// Satellites announced by the header.
+    short GetNSat() const { return nsat; }
+    /// Length of the header's satellite list; the same as GetNSat().
+    short GetNSatList() const { return nsat; }
+    /// Satellite number of record i (slot + nsat*epoch index).
+    short GetSat(long i) const { return sat(i); }
+    /// Satellite number of header slot i.
+    short GetSatList(long i) const { return satList(i); }
+    /// The header's satellite list, in header order.
+    matrix<short> GetSatList() const { return satList; }
+    /// Record i: position (m) and clock (s).
+    xyzt GetSatPos(long i) const { return sPos(i); }
+    /// Standard deviations of record i (m, s); 0 where the line has none.
+    xyzt GetSatPosSig(long i) const { return sPosSig(i); }
+    /// Exponent base of the position accuracy codes.
+    long double GetPositionBase() const { return posBase; }
+    /// Exponent base of the clock accuracy codes.
+    long double GetClockBase() const { return clkBase; }
+    /// Epoch of data block i, on the file's time scale.
+    mjd GetMJD(long i) const { return epoch(i); }
+
+    /// Interpolates satellite sati (shared numbering) at ephCalc: position
+    /// (m) and clock (s) into psat, velocity (m/s, dt 0) into vsat. Sets
+    /// PSisOK false (psat, vsat untouched) for a satellite not in the file
+    /// or an empty node in the 14-node window, and DTisOK false when a
+    /// clock node of the 4-node window is marked missing (psat.dt is then
+    /// no value). Epochs more than 900 s outside the file are warned about
+    /// and extrapolated.
+    void CalcSatPosition(unsigned short sati, mjd& ephCalc, xyzt& psat, xyzt& vsat);
+
+    /// Satellite state at emission for a signal received at ephCalc by a
+    /// receiver at prec (m, Earth-fixed at reception): iterates the light
+    /// time, corrects Earth rotation during flight, and reduces psat.dt by
+    /// the periodic relativity term 2 r·v/c² (kept in Relativity). Returns
+    /// the geometric distance (m), or -1.0 when the position can't be had
+    /// (also when the flight time exceeds 1 s, flags false).
+    long double CalcSatPosition(unsigned short sati, mjd& ephCalc, xyz& prec,
+                                xyzt& psat, xyzt& vsat);
+
+    /// As above but in one pass, with the flight time taken as P.obs/c from
+    /// the pseudorange P (m); no relativity term, no test of PSisOK.
+    /// Returns the geometric distance (m).
+    long double CalcSatPosition(unsigned short sati, mjd& ephCalc, xyz& prec,
+                                xyzt& psat, xyzt& vsat, gnssobs& P);
+
+    /// Periodic relativity term (s) of the last light-time solution.
+    long double Relativity;
+    /// Validity of the clock and of the position of the last call.
+    bool DTisOK, PSisOK;
+
+private:
+    void CountSomeLines();
+    void ReadFileHeader();
+    void ReadFileData();
+    void SetLfact();
+    // The interpolation proper, without the outside-the-file test that the
+    // public forms make once per call.
+    void Interpolate(unsigned short sati, const mjd& ephCalc, xyzt& psat, xyzt& vsat);
+    void WarnIfOutside(const mjd& ephCalc);
+    [[noreturn]] void Fail(long lineNo, const std::string& text) const;
+
+    char sp3file[256];
+    char version, flag;
+    long nepoch;
+    long nSatListLines, nComments;
+    short nsat;
+    matrix<short> satList;
+    matrix<short> satListSig;
+    mjd StartEpoch;
+    matrix<short> sat;
+    matrix<mjd> epoch;
+    matrix<xyzt> sPos;
+    matrix<xyzt> sPosSig;
+    long double interval;
+    long double posBase, clkBase;
+    int nPtsPos;
+    int nPtsTime;
+    matrix<long double> Lfact, LfactDT;
+    long double OMEGAz;
+    xyzt p0, v0;
+    xyz ps;
+    mjd ephr;
+    // Epoch lines ('*') found in the file, so that the header's count is
+    // checked before anything is allocated.
+    long nEpochLines;
+};
