@@ -1,0 +1,95 @@
+#pragma once
+// The value types in which every RINEX observable is held. A missing or
+// rejected observation is stored as 0; there is no separate validity flag,
+// so IsNull is the test for "absent".
+#include <ostream>
+
+namespace gnssobsns {
+inline int PrintType = 1;  // 0 RINEX-like, 1 listing with "*.***", 2 value only
+inline int Width = 14;     // field width of PrintType 2
+}  // namespace gnssobsns
+
+namespace gnssobsshortns {
+inline int PrintType = 1;
+inline int Width = 14;
+}  // namespace gnssobsshortns
+
+/// One RINEX observable with its loss-of-lock and signal-strength digits.
+class gnssobs {
+public:
+    long double obs = 0.0L;   // cycles for phase, metres for code
+    unsigned short lli = 0;   // loss-of-lock indicator
+    unsigned short ss = 0;    // signal strength
+
+    gnssobs() = default;
+    gnssobs(const gnssobs&) = default;
+    gnssobs& operator=(const gnssobs&) = default;
+    /// An observation of value o with the given flags.
+    explicit gnssobs(long double o, unsigned short l = 0, unsigned short s = 0)
+        : obs(o), lli(l), ss(s) {}
+
+    /// Sets the value and clears both flags: a computed value has none.
+    gnssobs& operator=(long double o);
+    /// Adds a correction to the value and keeps the flags.
+    gnssobs& operator+=(long double d);
+
+    /// Decodes one 16-column RINEX 2 field: columns 0-13 the value (atof
+    /// rule, so blank or non-numeric text gives 0), column 14 the
+    /// loss-of-lock digit and column 15 the signal strength, a blank giving
+    /// 0 and any other character its code minus that of '0'. The caller
+    /// guarantees 16 readable characters.
+    void operator>>(const char* line);
+
+    void SetObs(long double o) { obs = o; }
+    void SetLli(unsigned short l) { lli = l; }
+    void SetSs(unsigned short s) { ss = s; }
+    long double GetObs() const { return obs; }
+    unsigned short GetLli() const { return lli; }
+    unsigned short GetSs() const { return ss; }
+    /// True when |obs| < 0.0001, the one test for a missing observation.
+    bool IsNull() const;
+};
+
+/// A Doppler or signal-strength value: no flags are stored.
+class gnssobsshort {
+public:
+    long double obs = 0.0L;
+
+    gnssobsshort() = default;
+    gnssobsshort(const gnssobsshort&) = default;
+    gnssobsshort& operator=(const gnssobsshort&) = default;
+    /// A value o.
+    explicit gnssobsshort(long double o) : obs(o) {}
+
+    /// Sets the value.
+    gnssobsshort& operator=(long double o);
+    /// Adds to the value.
+    gnssobsshort& operator+=(long double d);
+    /// Decodes columns 0-13 of a 16-column RINEX field by the atof rule.
+    void operator>>(const char* line);
+
+    void SetObs(long double o) { obs = o; }
+    long double GetObs() const { return obs; }
+    /// True when |obs| < 0.00001.
+    bool IsNull() const;
+};
+
+/// A copy of o with the value multiplied by a; the flags are carried over.
+gnssobs operator*(long double a, const gnssobs& o);
+/// A copy of o with the value multiplied by a; the flags are carried over.
+gnssobs operator*(const gnssobs& o, long double a);
+/// Difference of the values, 0 when either operand is null; flags 0.
+gnssobs operator-(const gnssobs& a, const gnssobs& b);
+/// Sum of the values, 0 when either operand is null; flags 0.
+gnssobs operator+(const gnssobs& a, const gnssobs& b);
+
+/// Prints in fixed notation by gnssobsns::PrintType (a value above
+/// 0.00001 in size counts as present): 1 value (14.3) and flags (width 2),
+/// or "*.***" and " * *"; 0 value (14.3) and flags (width 1), or "0.000"
+/// and two blanks; 2 value or "*.***" in gnssobsns::Width. Any other
+/// PrintType prints as 1. The stream's format is restored afterwards.
+std::ostream& operator<<(std::ostream& os, const gnssobs& o);
+/// Prints by gnssobsshortns::PrintType: 1 value (10.3) and " 0 0", or
+/// "*.***" and " * *"; 0 value (14.3) and two blanks, or 0 (width 14) and
+/// two blanks; 2 value or 0 in gnssobsshortns::Width.
+std::ostream& operator<<(std::ostream& os, const gnssobsshort& o);
