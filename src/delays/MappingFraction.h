@@ -1,0 +1,20 @@
+#pragma once
+// The normalised continued fraction of Marini (1972) in the form of Herring
+// (1992), shared by the UNB3, Niell and VMF1 mapping functions, and the
+// Niell height correction used by Niell and VMF1.
+
+/// F(a,b,c,E) = (1 + a/(1 + b/(1 + c))) / (sin E + a/(sin E + b/(sin E + c))):
+/// the mapping value for elevation E_rad with coefficients a, b, c. Exactly 1
+/// at the zenith; about 1/sin E at high elevation. Meant for 0 < E <= pi/2;
+/// at or below the horizon the value is finite but meaningless.
+long double MappingFraction(long double a, long double b, long double c,
+                            long double E_rad);
+
+/// Niell (1996) hydrostatic height correction (h/1000)(1/sin E - F(aht,
+/// bht, cht, E)), to be added to the hydrostatic mapping value of a site at
+/// ellipsoidal height h_m (metres); aht, bht, cht are the height
+/// coefficients per km (2.53e-5, 5.49e-3, 1.14e-3 in the publication).
+/// 0 at h = 0, and at the zenith within round-off.
+long double NiellHeightCorrection(long double h_m, long double E_rad,
+                                  long double aht, long double bht,
+                                  long double cht);
