@@ -162,8 +162,10 @@ TEST(WorkingCoefficients, StartAtGpsAndLoadPerConstellation)
 TEST(WorkingCoefficients, RefusesSystemsWithoutConstantsAndUnsetSlots)
 {
     ASSERT_TRUE(GLC::LoadSystem(1));
-    // Slot R30 (row 29) is never set in this suite: loading its zeros would
-    // make every GLONASS phase combination 0.
+    // Slot R30 without a channel (its row as at program start): loading its
+    // zeros would make every GLONASS phase combination 0.
+    GLONASSc::lamb(29, 0) = 0.0L;
+    GLONASSc::lamb(29, 1) = 0.0L;
     EXPECT_FALSE(GLC::LoadSystem(130));
     EXPECT_FALSE(GLC::LoadSystem(100));   // no slot 0
     EXPECT_FALSE(GLC::LoadSystem(305));   // BeiDou: no constants

@@ -1,0 +1,126 @@
+#include "driver/ReadFiles.h"
+
+#include <iostream>
+#include <string>
+
+#include "geodesy/TimeConverse.h"
+#include "geodesy/ymdhms.h"
+#include "numerics/ProgramError.h"
+
+namespace {
+
+const char* const Prog = "Orvo";
+// Every step echo of the log starts with this text.
+const char* const EchoHead = "Orvo::ReadFiles():        ";
+
+void Echo(bool verbose, const std::string& text)
+{
+    if (verbose) std::cerr << EchoHead << text << "\n";
+}
+
+void ReadAll(gCPosC& gc)
+{
+    const bool v = gc.verbose;
+    if (gc.isRnx) {
+        gc.rnx.ReadFile();
+        Echo(v, "reading RINEX file - " + std::to_string(gc.rnxd.GetNEpoch()) + " epochs, "
+                    + std::to_string(gc.rnxd.GetNObs()) + " C1 observations, "
+                    + std::to_string(gc.rnxh.GetNObs()) + " obs types");
+    }
+    if (gc.isClkErr) {
+        gc.clkerr.ReadFile();
+        Echo(v, "reading APRIORI RECEIVER CLOCK ERROR file - "
+                    + std::to_string(gc.clkerr.GetNEpoch()) + " epochs!");
+    }
+    if (gc.isPEph) {
+        gc.pephM.ReadFile();
+        Echo(v, "reading MULTI-GNSS PRECISE EPHEMERIS file - "
+                    + std::to_string(gc.pephM.GetNEpoch()) + " epochs "
+                    + std::to_string(gc.pephM.GetNSat()) + " satellites");
+    }
+    if (gc.isPclk) {
+        gc.pclkM.ReadFile();
+        Echo(v, "reading MULTI-GNSS PRECISE SATELLITE CLOCK file - "
+                    + std::to_string(gc.pclkM.GetNEpoch()) + " epochs "
+                    + std::to_string(gc.pclkM.GetNSatList()) + " satellites");
+    }
+    if (gc.isGLNfrch) {
+        gc.glnfc.ReadFile();
+        Echo(v, "reading GLONASS FREQUENCY CHANNEL file");
+    }
+    if (gc.isSCrx) {
+        gc.scrx.ReadFile();
+        Echo(v, "reading GPS AND GLONASS SATELLITE PROBLEM file - "
+                    + std::to_string(gc.scrx.GetNSat()) + " problematic epochs/satellites!");
+    }
+    if (gc.isVMF1file) {
+        gc.trpmodel.ReadFile();
+        Echo(v, "reading VIENNA TROP. MODEL/MAPP. FUNCTION file!");
+    }
+    if (gc.isGPT2file) {
+        gc.trpmodel.ReadFile();
+        Echo(v, "reading GPT2 TROP. MODEL/MAPP. FUNCTION file!");
+    }
+}
+
+// Touching the day is enough: a file that ends at the day's first epoch or
+// starts at its last still belongs to it.
+void CheckDailyData(const gCPosC& gc)
+{
+    const long n = gc.rnxd.GetNEpoch();
+    if (n < 1) return;  // the reader refuses a file without epochs
+    const long double c1 = gc.DateChkDaily.GetMJDDec();
+    const long double c2 = c1 + 1.0L;
+    const long double r1 = gc.rnxd.epoch(0).GetMJDDec();
+    const long double r2 = gc.rnxd.epoch(n - 1).GetMJDDec();
+    if (r2 > c1 && c2 > r1) return;
+    const ymdhms day = mjd2ymdhms(gc.DateChkDaily);
+    ProgramError(Prog, "CHECKING DAILY DATA PROBLEM: GNSS DATA NOT FOR DAY "
+                           + std::to_string(day.GetYear()) + "-" + std::to_string(day.GetMonth())
+                           + "-" + std::to_string(day.GetDay()) + "!");
+}
+
+void DropSystem(bool& isSys, bool& isXdcb, const std::string& name)
+{
+    isSys = false;
+    isXdcb = false;
+    ProgramWarningCout(Prog, "NO OR NOT ENOUGH " + name
+                                 + " DATA IN RINEX FILE - NOT USING " + name
+                                 + " OBSERVATIONS IN PROCESSING!");
+}
+
+}  // namespace
+
+void ReadFiles(gCPosC& gc)
+{
+    if (gc.verbose) std::cerr << "Orvo::ReadFiles(): READING INPUT DATA FILES!\n";
+    ReadAll(gc);
+
+    if (gc.isDateChkDaily) CheckDailyData(gc);
+
+    if (gc.isGPS && !gc.rnxd.HasGPSObs()) DropSystem(gc.isGPS, gc.isGPSxdcb, "GPS");
+    if (gc.isGLN && !gc.rnxd.HasGLONASSObs()) DropSystem(gc.isGLN, gc.isGLNxdcb, "GLONASS");
+    if (gc.isGAL && !gc.rnxd.HasGALILEOObs()) DropSystem(gc.isGAL, gc.isGALxdcb, "GALILEO");
+    if (!gc.isGPS && !gc.isGLN && !gc.isGAL)
+        ProgramError(Prog, "NO OR NOT ENOUGH GNSS (G|R|E) DATA IN RINEX FILE - PROBLEMATIC RINEX FILE!");
+
+    // Entry i of the clock file belongs to observation epoch i, so a file of
+    // another length would put every clock on the wrong epoch.
+    if (gc.isClkErr && gc.clkerr.GetNEpoch() != gc.rnxd.GetNEpoch()) {
+        ProgramWarningCout(Prog, "RINEX FILE AND APRIORI CLOCK ERROR FILE HAVE DIFFERENT NUMBER OF "
+                                 "EPOCHS - NOT USING RECEIVER CLOCK ERROR FILE!");
+        gc.isClkErr = false;
+    }
+
+    // The reader has already put P1 in place of a missing C1.
+    if (!gc.rnxh.HasC1() || !gc.rnxh.HasL1()) {
+        std::cout << "  *** PROBLEMATIC DATA - FIRST CARRIER OBSERVATIONS ARE MISSING (C1, L1)!!\n\n";
+        std::cout.flush();
+        ProgramError(Prog, "OBSERVATIONS (C1, L1) ON FIRST CARRIER ARE MISSING!");
+    }
+
+    if (!gc.rnxh.HasP2() && gc.rnxh.HasC2()) {
+        ProgramWarning(Prog, "RINEX FILE HAS ONLY C2 CODE OBSERVATIONS ON L2 - COPYING VALUES TO P2!");
+        gc.rnx.copyC2toP2();
+    }
+}

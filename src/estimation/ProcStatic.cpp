@@ -1,0 +1,511 @@
+#include "estimation/ProcStatic.h"
+
+#include <cmath>
+#include <iomanip>
+#include <iostream>
+#include <limits>
+#include <string>
+
+#include "driver/Console.h"
+#include "geodesy/CoordinateTransforms.h"
+#include "geodesy/TimeConverse.h"
+#include "geodesy/ymdhms.h"
+#include "numerics/ProgramError.h"
+#include "numerics/lur.h"
+#include "numerics/norm.h"
+#include "observations/GLONASSc.h"
+#include "preprocessing/SetAmbiguities.h"
+
+namespace {
+
+constexpr long double Pi = 3.14159265358979323846264338327950288L;
+
+// Satellite systems by their share of the satellite numbers.
+enum System { GPS = 0, GLN = 1, GAL = 2, NoSystem = 3 };
+
+System SystemOf(short prn)
+{
+    if (prn <= 99) return GPS;
+    if (prn <= 199) return GLN;
+    if (prn <= 299) return GAL;
+    return NoSystem;
+}
+
+// One code observation type as it enters the adjustment.
+struct CodeType {
+    bool on;                      // switched on, in the header and stored
+    matrix<gnssobs>* obs;
+    matrix<long double>* f;       // misclosure per record
+    matrix<bool>* used;
+    matrix<bool>* rejected;
+    bool dcb;                     // code bias unknowns of this type
+    matrix<long int>* ixdcb;
+    matrix<long double>* dcbValue;
+    long double* fTf;             // weighted square sum without base weight
+    const char* label;            // outlier line, nullptr for none
+    int kind;                     // 0 C1, 1 P1, 2 P2, 3 Pc3, 4 Pp3
+};
+
+void WeightLine(const char* label, long double sigma, long double weight)
+{
+    std::cout << label << "  S: " << std::setw(6) << std::setprecision(4) << sigma
+              << "     W: " << std::setw(8) << std::setprecision(4) << weight << "\n";
+}
+
+// The framed-less report line of an observation rejected by the blunder
+// bound; extra text may follow before the end of the line.
+void OutlierLine(short prn, long i, const mjd& t, const char* label, long double f)
+{
+    std::cout << "    Outlier detection:  PRN" << std::setw(4) << prn << "   EPOCH: " << std::setw(5)
+              << i + 1 << " [" << mjd2ymdhms(t) << "]" << label << std::setw(12)
+              << std::setprecision(3) << f;
+}
+
+// Standard deviation in mm of a variance; a variance that round-off has
+// pushed just below zero (a noise-free fit) reads as 0.
+long double StdMM(long double var)
+{
+    if (std::isnan(var)) return var;
+    return std::sqrt(var > 0.0L ? var : 0.0L) * 1000.0L;
+}
+
+bool Sized(long rows, long need) { return rows >= need; }
+
+}  // namespace
+
+void ProcStatic(gCPosC& gc)
+{
+    using namespace ProcStaticns;
+    RINEXHeader& h = gc.rnxh;
+    RINEXData& d = gc.rnxd;
+    const long nEp = d.nepochall, nRec = d.nsatall;
+    long int nUnk = gc.NUnk;
+    const long nAll = gc.NUnk + gc.ndcbConstr;
+
+    // The layout and the per-record model values come from the stages
+    // before; without them every index below would be out of range.
+    if (nUnk < 3 || gc.Nc.NRow() != nUnk || gc.NFin.NRow() != nAll || gc.xAll.NRow() != nAll)
+        ProgramError("Orvo", "STATIC SOLUTION: UNKNOWNS ARE NOT SET!");
+    if (nEp <= 0 || d.epoch.NRow() < nEp || d.nsat.NRow() < nEp || d.sat.NRow() < nRec)
+        ProgramError("Orvo", "STATIC SOLUTION: NO OBSERVATION EPOCHS!");
+    const long perRec[] = {gc.ELV.NRow(), gc.WGHT.NRow(), gc.TROP.NRow(), gc.MFTROP.NRow(),
+                           gc.ION.NRow(), gc.SETIDE.NRow(), gc.PTIDE.NRow(), gc.OTIDE.NRow(),
+                           gc.REL2.NRow(), gc.MFGRAD.NRow()};
+    for (long r : perRec)
+        if (r < nRec) ProgramError("Orvo", "STATIC SOLUTION: OBSERVATION CORRECTIONS ARE NOT SET!");
+    if (gc.ifEstTropoGrad && gc.MFGRAD.NCol() < 2)
+        ProgramError("Orvo", "STATIC SOLUTION: GRADIENT MAPPING VALUES ARE NOT SET!");
+    // Without an a-priori clock solution the adjustment starts from zero;
+    // the clock is re-solved in every iteration.
+    if (gc.dtAll.NRow() != nEp) gc.dtAll.Resize(nEp, 1, 0.0L);
+    if (gc.isPRCorr) {
+        matrix<long double>* prc[] = {&gc.prcdDst, &gc.prcdTs, &gc.prcdRel, &gc.prcdTr,
+                                      &gc.prcTrop, &gc.prcIon, &gc.prcTid};
+        for (matrix<long double>* m : prc)
+            if (m->NRow() != nRec) m->Resize(nRec, 1, 0.0L);
+    }
+    const bool storeRows = gc.ifEstKin || gc.isThresBlunder;
+    if (storeRows && (gc.mB.NRow() != nRec || gc.mIB.NRow() != nRec)) {
+        gc.mB.Resize(nRec, NSlots, 0.0L);
+        gc.mIB.Resize(nRec, NSlots, -1L);
+    }
+
+    const long double minElevation = Pi * static_cast<long double>(gc.MinElevation) / 180.0L;
+    matrix<short> SatList = d.satList;
+    long nSatList = SatList.NRow();
+
+    long double fTf = 0.0L, fTf_C1 = 0.0L, fTf_P1 = 0.0L, fTf_P2 = 0.0L, fTf_Pc3 = 0.0L,
+                fTf_Pp3 = 0.0L, fTf_L3 = 0.0L;
+    auto typeOn = [&](bool sw, bool hdr, const matrix<gnssobs>& o, const matrix<long double>& f) {
+        return sw && hdr && Sized(o.NRow(), nRec) && Sized(f.NRow(), nRec);
+    };
+    CodeType codes[5] = {
+        {typeOn(gc.ifC1, h.iC1, d.C1, gc.fc1), &d.C1, &gc.fc1, &gc.ifOc1, &gc.ifXc1, gc.isdcbC1,
+         &gc.ixdcbC1, &gc.dcbC1, &fTf_C1, "     f(C1) = ", 0},
+        {typeOn(gc.ifP1, h.iP1, d.P1, gc.fp1), &d.P1, &gc.fp1, &gc.ifOp1, &gc.ifXp1, gc.isdcbP1,
+         &gc.ixdcbP1, &gc.dcbP1, &fTf_P1, nullptr, 1},
+        {typeOn(gc.ifP2, h.iP2, d.P2, gc.fp2), &d.P2, &gc.fp2, &gc.ifOp2, &gc.ifXp2, gc.isdcbP2,
+         &gc.ixdcbP2, &gc.dcbP2, &fTf_P2, nullptr, 2},
+        {typeOn(gc.ifPc3, h.iPC3, d.PC3, gc.fc3), &d.PC3, &gc.fc3, &gc.ifOc3, &gc.ifXc3, gc.isdcbPc3,
+         &gc.ixdcbPc3, &gc.dcbPc3, &fTf_Pc3, "     f(PC3) = ", 3},
+        {typeOn(gc.ifPp3, h.iPP3, d.PP3, gc.fp3), &d.PP3, &gc.fp3, &gc.ifOp3, &gc.ifXp3, gc.isdcbPp3,
+         &gc.ixdcbPp3, &gc.dcbPp3, &fTf_Pp3, "     f(PP3) = ", 4},
+    };
+    const bool useL3 = typeOn(gc.ifL3, h.iL3, d.L3, gc.fl3) && gc.nAmb > 0 &&
+                       gc.ixAmb.NRow() >= gc.nAmb && gc.xAmb.NRow() >= gc.nAmb;
+
+    if (gc.verbose) std::cerr << "Orvo::ProcStatic(): PROCESSING OF CODE/PHASE OBSERVATIONS!\n";
+    ProgramSubSubTitle("ESTIMATING GNSS UNKNOWNS WITH PPP:", 0);
+    std::cout << std::fixed;
+    std::cout << "  Standard deviatons and weights      :\n";
+    WeightLine("      observation C/A             [m] :", gc.sigC, gc.p0C);
+    WeightLine("      observation P1/P2           [m] :", gc.sigP, gc.p0P);
+    WeightLine("      observation P3[C1,P2]-GPS   [m] :", gc.sigPc3G, gc.p0Pc3G);
+    WeightLine("      observation P3[C1,P2]-GLN   [m] :", gc.sigPc3R, gc.p0Pc3R);
+    WeightLine("      observation P3[C1,C7]-GAL   [m] :", gc.sigPc3E, gc.p0Pc3E);
+    WeightLine("      observation P3[P1,P2]-GPS   [m] :", gc.sigPp3G, gc.p0Pp3G);
+    WeightLine("      observation P3[P1,P2]-GLN   [m] :", gc.sigPp3R, gc.p0Pp3R);
+    WeightLine("      observation P3[P1,C7]-GAL   [m] :", gc.sigPp3E, gc.p0Pp3E);
+    WeightLine("      observation L3[L1,L2]-GPS   [m] :", gc.sigL3G, gc.p0L3G);
+    WeightLine("      observation L3[L1,L2]-GLN   [m] :", gc.sigL3R, gc.p0L3R);
+    WeightLine("      observation L3[L1,L7]-GAL   [m] :", gc.sigL3E, gc.p0L3E);
+    std::cout << "      reference std. dev. apriori [m] : " << std::setw(6) << std::setprecision(4)
+              << gc.sig0 << "\n\n";
+    std::cout << "  PROCESSING GNSS OBSERVATIONS:\n";
+
+    matrix<long double> N21(nEp, nUnk, 0.0L), N22(nEp, 1, 0.0L), t2(nEp, 1, 0.0L);
+    long double B_OBS[NSlots] = {0.0L};
+    long int B_OBS_I[NSlots];
+    for (long int& s : B_OBS_I) s = -1;
+    B_OBS[3] = B_OBS[4] = B_OBS[5] = -1.0L;
+
+    const bool sysOn[3] = {gc.isGPS, gc.isGLN, gc.isGAL};
+    long* sysCount[3] = {&gc.NObsG, &gc.NObsR, &gc.NObsE};
+    const long double p0Pc3[3] = {gc.p0Pc3G, gc.p0Pc3R, gc.p0Pc3E};
+    const long double p0Pp3[3] = {gc.p0Pp3G, gc.p0Pp3R, gc.p0Pp3E};
+    const long double p0L3[3] = {gc.p0L3G, gc.p0L3R, gc.p0L3E};
+
+    int niter = 1;
+    long double dcorr = 0.0L;
+    for (;;) {
+        gc.Nc *= 0.0L;
+        gc.Nt *= 0.0L;
+        gc.tc *= 0.0L;
+        gc.tt *= 0.0L;
+        N21 *= 0.0L;
+        N22 *= 0.0L;
+        t2 *= 0.0L;
+        fTf = fTf_C1 = fTf_P1 = fTf_P2 = fTf_Pc3 = fTf_Pp3 = fTf_L3 = 0.0L;
+        gc.NObs = gc.NObsG = gc.NObsR = gc.NObsE = gc.NClk = 0;
+
+        if (gc.isPclk) gc.pclkM.SetEpochIndex(d.epoch(0));
+        if (gc.verbose)
+            std::cerr << "Orvo::ProcStatic():         " << std::setw(3) << niter << ":   Process:       ";
+        int shown = -1;
+        long i1 = 0;
+        for (long int i = 0; i < nEp; ++i) {
+            if (gc.verbose) {
+                const int process = static_cast<int>(100.0f * static_cast<float>(i) / static_cast<float>(nEp));
+                if (process % 5 == 0 && process != shown) {
+                    std::cerr << "\b\b\b\b\b\b" << std::setw(4) << process << " %";
+                    shown = process;
+                }
+            }
+            const long i2 = i1 + d.nsat(i);
+            if (d.nsat(i) < 0 || i2 > nRec)
+                ProgramError("Orvo", "STATIC SOLUTION: RECORD COUNT OF EPOCH " + std::to_string(i + 1) +
+                                         " EXCEEDS THE RECORD STORE!");
+            if (gc.isPclk) gc.pclkM.SetEpochIndex(d.epoch(i), gc.pclkM.GetEpochIx());
+
+            long double tropoValf = 0.0L, tropoValfN = 0.0L, tropoValfE = 0.0L;
+            long double dtTropo1 = 0.0L, dtTropo2 = 0.0L, dtTropoGrad1 = 0.0L, dtTropoGrad2 = 0.0L;
+            for (int s = 6; s < NSlots; ++s) B_OBS_I[s] = -1;
+            long iTropo = -1, iTropoGrad = -1;
+            if (gc.ifEstTropo && gc.nTropoUnk > 1) {
+                GetTropoIndex(d.epoch(i), gc.TropoEpoch, iTropo);
+                if (iTropo >= 0) {
+                    const long double dtTropoI = gc.TropoEpoch(iTropo + 1) - gc.TropoEpoch(iTropo);
+                    dtTropo1 = (gc.TropoEpoch(iTropo + 1) - d.epoch(i)) / dtTropoI;
+                    dtTropo2 = (d.epoch(i) - gc.TropoEpoch(iTropo)) / dtTropoI;
+                    tropoValf = gc.xTropo(iTropo) * dtTropo1 + gc.xTropo(iTropo + 1) * dtTropo2;
+                    B_OBS_I[6] = gc.ixTropo(iTropo);
+                    B_OBS_I[7] = gc.ixTropo(iTropo + 1);
+                }
+                if (gc.ifEstTropoGrad && iTropo >= 0 && gc.nTropoUnkGradN > 1) {
+                    GetTropoIndex(d.epoch(i), gc.TropoGradEpoch, iTropoGrad);
+                    if (iTropoGrad >= 0) {
+                        const long double dtI =
+                            gc.TropoGradEpoch(iTropoGrad + 1) - gc.TropoGradEpoch(iTropoGrad);
+                        dtTropoGrad1 = (gc.TropoGradEpoch(iTropoGrad + 1) - d.epoch(i)) / dtI;
+                        dtTropoGrad2 = (d.epoch(i) - gc.TropoGradEpoch(iTropoGrad)) / dtI;
+                        tropoValfN = gc.xTropoGradN(iTropoGrad) * dtTropoGrad1 +
+                                     gc.xTropoGradN(iTropoGrad + 1) * dtTropoGrad2;
+                        tropoValfE = gc.xTropoGradE(iTropoGrad) * dtTropoGrad1 +
+                                     gc.xTropoGradE(iTropoGrad + 1) * dtTropoGrad2;
+                        B_OBS_I[8] = gc.ixTropoGradN(iTropoGrad);
+                        B_OBS_I[9] = gc.ixTropoGradN(iTropoGrad + 1);
+                        B_OBS_I[10] = gc.ixTropoGradE(iTropoGrad);
+                        B_OBS_I[11] = gc.ixTropoGradE(iTropoGrad + 1);
+                    }
+                }
+            }
+
+            for (long k = i1; k < i2; ++k) {
+                if (!(gc.ELV(k) > minElevation)) continue;
+                short satprn = d.sat(k);
+                const System sys = SystemOf(satprn);
+                if (sys == NoSystem || !sysOn[sys]) continue;
+                long double alpha1 = 1.0L, alpha2 = AlphaGPS;
+                if (sys == GLN) {
+                    // No frequency table row, no ionosphere scale: the slot
+                    // cannot be used.
+                    if (satprn - 101 < 0 || satprn - 101 >= GLONASSc::NSlots) continue;
+                    alpha1 = GLONASSc::alphaG(satprn - 101, 0);
+                    alpha2 = GLONASSc::alphaG(satprn - 101, 1);
+                } else if (sys == GAL) {
+                    alpha2 = AlphaGAL;
+                }
+
+                long double RecClkErr = gc.dtAll(i);
+                if (gc.ixDTsys[sys] != -1) RecClkErr += gc.dtGNSS[sys];
+                mjd CalcEph = d.epoch(i);
+                CalcEph += -RecClkErr / C_mps;
+                B_OBS_I[3] = gc.ixDTsys[sys];
+
+                bool SATisOK = false;
+                long double dist = 0.0L, Relativity = 0.0L;
+                xyzt PosSat, VelSat;
+                if (gc.isPEph) {
+                    dist = gc.pephM.CalcSatPosition(static_cast<unsigned short>(satprn), CalcEph,
+                                                    gc.RecPosFC, PosSat, VelSat);
+                    Relativity = gc.pephM.Relativity;
+                    if (gc.isPclk) {
+                        long double DtPrecise = 0.0L;
+                        gc.pclkM.GetSatelliteClock(satprn, CalcEph, DtPrecise);
+                        if (gc.pclkM.DTisOK) {
+                            gc.pephM.DTisOK = true;
+                            PosSat.dt = DtPrecise - gc.pephM.Relativity;
+                        }
+                    }
+                    SATisOK = gc.pephM.PSisOK && gc.pephM.DTisOK && dist > 0.0L;
+                }
+                if (!SATisOK) continue;
+
+                const xyz dPos = gc.RecPosFC - PosSat;
+                B_OBS[0] = -dPos.x / dist;
+                B_OBS[1] = -dPos.y / dist;
+                B_OBS[2] = -dPos.z / dist;
+                B_OBS_I[0] = gc.ixX;
+                B_OBS_I[1] = gc.ixY;
+                B_OBS_I[2] = gc.ixZ;
+
+                const long double RO = dist + gc.SETIDE(k) + gc.PTIDE(k) + gc.OTIDE(k) + gc.REL2(k) -
+                                       PosSat.dt * C_mps + RecClkErr;
+                long double TROP = gc.TROP(k) + gc.MFTROP(k) * tropoValf;
+                if (tropoValfN != 0.0L || tropoValfE != 0.0L)
+                    TROP += gc.MFGRAD(k, 0) * tropoValfN + gc.MFGRAD(k, 1) * tropoValfE;
+
+                if (gc.isPRCorr) {
+                    gc.prcdDst(k) = dist;
+                    gc.prcdTs(k) = -(PosSat.dt + Relativity) * C_mps;
+                    gc.prcdRel(k) = Relativity * C_mps;
+                    gc.prcdTr(k) = RecClkErr;
+                    gc.prcTrop(k) = TROP;
+                    gc.prcIon(k) = gc.ION(k);
+                    gc.prcTid(k) = gc.SETIDE(k) + gc.PTIDE(k) + gc.OTIDE(k);
+                }
+
+                if (B_OBS_I[6] >= 0) {
+                    B_OBS[6] = -gc.MFTROP(k) * dtTropo1;
+                    B_OBS[7] = -gc.MFTROP(k) * dtTropo2;
+                }
+                if (B_OBS_I[8] >= 0) {
+                    B_OBS[8] = -gc.MFGRAD(k, 0) * dtTropoGrad1;
+                    B_OBS[9] = -gc.MFGRAD(k, 0) * dtTropoGrad2;
+                    B_OBS[10] = -gc.MFGRAD(k, 1) * dtTropoGrad1;
+                    B_OBS[11] = -gc.MFGRAD(k, 1) * dtTropoGrad2;
+                }
+
+                if (storeRows) {
+                    for (int s = 0; s < NSlots; ++s) {
+                        gc.mB(k, s) = B_OBS[s];
+                        gc.mIB(k, s) = (s == 4 || s == 5) ? -1 : B_OBS_I[s];
+                    }
+                }
+
+                for (CodeType& ct : codes) {
+                    if (!ct.on || (*ct.rejected)(k) || (*ct.obs)(k).IsNull()) continue;
+                    const long double value = (*ct.obs)(k).obs;
+                    long double f = RO + TROP - value;
+                    long double p = gc.WGHT(k);
+                    switch (ct.kind) {
+                    case 0: f += gc.ION(k) * alpha1; p *= gc.p0C; break;
+                    case 1: f += gc.ION(k) * alpha1; p *= gc.p0P; break;
+                    case 2: f += gc.ION(k) * alpha2; p *= gc.p0P; break;
+                    case 3: p *= p0Pc3[sys]; break;
+                    default: p *= p0Pp3[sys]; break;
+                    }
+                    long ixdcb = -1, ixsat = -1;
+                    if (ct.dcb) GetIndexSatDCB(satprn, SatList, *ct.ixdcb, nSatList, ixdcb, ixsat);
+                    if (gc.isMaxfDiff && !(std::fabs(f) < gc.MaxfDiff)) {
+                        if (ct.label != nullptr) {
+                            OutlierLine(satprn, i, d.epoch(i), ct.label, f);
+                            if (ct.kind == 3) {
+                                std::cout << "  " << std::setw(8) << TROP;
+                                if (ixdcb >= 0) std::cout << "  " << std::setw(8) << (*ct.dcbValue)(ixsat);
+                            }
+                            std::cout << " m\n";
+                        }
+                        (*ct.rejected)(k) = true;
+                        continue;
+                    }
+                    ++gc.NObs;
+                    ++*sysCount[sys];
+                    fTf += f * f * p;
+                    *ct.fTf += f * f * gc.WGHT(k);
+                    B_OBS_I[4] = ixdcb;
+                    B_OBS_I[5] = -1;
+                    if (ixdcb >= 0) f += (*ct.dcbValue)(ixsat);
+                    (*ct.f)(k) = f;
+                    SetCRDNormalSystem(gc.Nc, gc.tc, B_OBS, f, p, B_OBS_I, N21, N22, t2, i);
+                    (*ct.used)(k) = true;
+                }
+
+                if (useL3 && !gc.ifXl3(k) && !d.L3(k).IsNull()) {
+                    long ieph = i, ixamb = -1;
+                    GetAmbIndex(satprn, ieph, gc.AmbIndex, gc.AmbSat, gc.nAmb, ixamb);
+                    if (ixamb < 0) continue;
+                    B_OBS_I[4] = -1;
+                    B_OBS_I[5] = gc.ixAmb(ixamb);
+                    long double f = RO + TROP - d.L3(k).obs + gc.xAmb(ixamb);
+                    long double p = gc.WGHT(k) * p0L3[sys];
+                    if (gc.isMaxfDiff && !(std::fabs(f) < gc.MaxfDiff / 2.0L)) {
+                        OutlierLine(satprn, i, d.epoch(i), "     f(L3)  = ", f);
+                        std::cout << " m\n";
+                        gc.ifXl3(k) = true;
+                        continue;
+                    }
+                    ++gc.NObs;
+                    ++*sysCount[sys];
+                    fTf += f * f * p;
+                    fTf_L3 += f * f * gc.WGHT(k);
+                    gc.fl3(k) = f;
+                    SetCRDNormalSystem(gc.Nc, gc.tc, B_OBS, f, p, B_OBS_I, N21, N22, t2, i);
+                    gc.ifOl3(k) = true;
+                }
+            }
+            SetElimNormalSystem(gc.Nt, gc.tt, N21, N22, t2, i, nUnk);
+            i1 = i2;
+        }
+        if (gc.verbose) std::cerr << "\b\b\b\b\b\b" << std::setw(4) << 100 << " %";
+
+        // The reduced system; the bordering rows behind NUnk keep what
+        // SetDCBConstraints wrote.
+        gc.NUnkUndef = 0;
+        for (long ii = 0; ii < nUnk; ++ii) {
+            gc.tall(ii) = gc.tc(ii) - gc.tt(ii);
+            for (long jj = 0; jj <= ii; ++jj) {
+                const long double v = gc.Nc(jj, ii) - gc.Nt(jj, ii);
+                gc.NFin(jj, ii) = v;
+                gc.NFin(ii, jj) = v;
+            }
+            gc.IsUnkOK(ii) = true;
+            if (std::fabs(gc.NFin(ii, ii)) < UndefDiag) {
+                gc.NFin(ii, ii) = 1.0L;
+                gc.IsUnkOK(ii) = false;
+                ++gc.NUnkUndef;
+            }
+        }
+        lur<long double> lu;
+        lu.dcmp(gc.NFin);
+        gc.xtemp = lu.solve(gc.tall);
+        gc.QxxAll = lu.inv();
+        gc.xAll += gc.xtemp;
+
+        dcorr = subnorm(gc.xtemp, nUnk, 2.0L);
+        std::cout << "   Processing iteration                : " << std::setw(6) << niter << std::scientific
+                  << std::setprecision(2) << std::setw(15) << dcorr << std::fixed << "\n";
+        if (gc.verbose)
+            std::cerr << std::scientific << std::setprecision(2) << std::setw(12) << dcorr << std::fixed
+                      << "\n";
+
+        long double xtc = 0.0L;
+        for (long ii = 0; ii < nUnk; ++ii)
+            if (gc.IsUnkOK(ii)) xtc += gc.xtemp(ii) * gc.tall(ii);
+        gc.vtPv = fTf - xtc;
+        fTf_C1 -= xtc;
+        fTf_P1 -= xtc;
+        fTf_P2 -= xtc;
+        fTf_Pc3 -= xtc;
+        fTf_Pp3 -= xtc;
+        fTf_L3 -= xtc;
+
+        for (int s = 0; s < 3; ++s)
+            if (gc.ixDTsys[s] != -1) gc.dtGNSS[s] += gc.xtemp(gc.ixDTsys[s]);
+
+        gc.NClk = 0;
+        for (long ie = 0; ie < nEp; ++ie) {
+            if (N22(ie) < ClockMinWeight) {
+                gc.dtAll(ie) = 0.0L;
+                continue;
+            }
+            ++gc.NClk;
+            long double nxdt = 0.0L;
+            for (long kk = 0; kk < nUnk; ++kk) nxdt += gc.xtemp(kk) * N21(ie, kk);
+            gc.dtAll(ie) += (t2(ie) - nxdt) / N22(ie);
+            gc.vtPv -= t2(ie) * t2(ie) / N22(ie);
+        }
+
+        const long dof = gc.NObs - gc.NUnk - gc.NClk + gc.ndcbConstr + gc.NUnkUndef;
+        if (dof > 0) {
+            const long double df = static_cast<long double>(dof);
+            gc.s0apost = gc.vtPv / df;
+            gc.s0apost_C1 = fTf_C1 / df;
+            gc.s0apost_P1 = fTf_P1 / df;
+            gc.s0apost_P2 = fTf_P2 / df;
+            gc.s0apost_Pc3 = fTf_Pc3 / df;
+            gc.s0apost_Pp3 = fTf_Pp3 / df;
+            gc.s0apost_L3 = fTf_L3 / df;
+        } else {
+            // No redundancy: the residuals say nothing about the noise.
+            const long double nan = std::numeric_limits<long double>::quiet_NaN();
+            gc.s0apost = gc.s0apost_C1 = gc.s0apost_P1 = gc.s0apost_P2 = nan;
+            gc.s0apost_Pc3 = gc.s0apost_Pp3 = gc.s0apost_L3 = nan;
+        }
+
+        gc.RecPosFC += xyz(gc.xtemp(0), gc.xtemp(1), gc.xtemp(2));
+        gc.RecPosFCG = xyz2flh(gc.RecPosFC, gc.eGPS);
+        gc.RecPosCorr = xyz(gc.xAll(0), gc.xAll(1), gc.xAll(2));
+        gc.RecPosEst = gc.RecPos0 + gc.RecPosCorr;
+        gc.RecPosEstG = xyz2flh(gc.RecPosEst, gc.eGPS);
+        gc.RecPosCorrG = g2lg(gc.RecPosCorr, gc.RecPosEstG);
+
+        for (CodeType& ct : codes) {
+            if (!ct.dcb) continue;
+            for (long s = 0; s < nSatList && s < ct.ixdcb->NRow() && s < ct.dcbValue->NRow(); ++s) {
+                const long int c = (*ct.ixdcb)(s);
+                if (c >= 0) (*ct.dcbValue)(s) += gc.xtemp(c);
+            }
+        }
+        if (gc.ifEstTropo)
+            for (long ii = 0; ii < gc.nTropoUnk; ++ii) gc.xTropo(ii) += gc.xtemp(gc.ixTropo(ii));
+        if (gc.ifEstTropo && gc.ifEstTropoGrad) {
+            for (long ii = 0; ii < gc.nTropoUnkGradN; ++ii)
+                gc.xTropoGradN(ii) += gc.xtemp(gc.ixTropoGradN(ii));
+            for (long ii = 0; ii < gc.nTropoUnkGradE; ++ii)
+                gc.xTropoGradE(ii) += gc.xtemp(gc.ixTropoGradE(ii));
+        }
+        for (long ii = 0; ii < gc.nAmb && ii < gc.ixAmb.NRow(); ++ii) gc.xAmb(ii) += gc.xtemp(gc.ixAmb(ii));
+
+        ++niter;
+        if (static_cast<long double>(gc.IterThres) > dcorr) break;
+        if (niter > gc.MaxIter) break;
+    }
+
+    if (!(gc.NObs - gc.NUnk - gc.NClk + gc.ndcbConstr + gc.NUnkUndef > 0))
+        ProgramWarning("Orvo", "NO REDUNDANT OBSERVATIONS IN STATIC SOLUTION: A-POSTERIORI VARIANCES UNDEFINED!");
+
+    std::cout << "\n  Estimated reference standard deviations:\n" << std::setprecision(1);
+    const struct {
+        bool on;
+        const char* text;
+        const char* rms;
+        long double var;
+    } lines[] = {{true, "  A-posteriori        : ", "RMS   : ", gc.s0apost},
+                 {gc.ifC1, "      A-posteriori C1 : ", "RMS C1: ", gc.s0apost_C1},
+                 {gc.ifP1, "      A-posteriori P1 : ", "RMS P1: ", gc.s0apost_P1},
+                 {gc.ifP2, "      A-posteriori P2 : ", "RMS P2: ", gc.s0apost_P2},
+                 {gc.ifPc3, "      A-posteriori Pc3: ", "RMS Pc3: ", gc.s0apost_Pc3},
+                 {gc.ifPp3, "      A-posteriori Pp3: ", "RMS Pp3: ", gc.s0apost_Pp3},
+                 {gc.ifL3, "      A-posteriori L3 : ", "RMS L3: ", gc.s0apost_L3}};
+    for (const auto& l : lines) {
+        if (!l.on) continue;
+        std::cout << l.text << std::setw(15) << std::setprecision(1) << StdMM(l.var) << " mm\n";
+        if (gc.verbose)
+            std::cerr << "Orvo::ProcStatic():         " << l.rms << std::fixed << std::setprecision(1)
+                      << StdMM(l.var) << " mm\n";
+    }
+    gc.IterDone = niter - 1;
+    gc.IterThresFin = static_cast<double>(dcorr);
+    std::cout << "\n\n";
+}

@@ -1,0 +1,389 @@
+#include "observations/RINEXData.h"
+
+#include <cctype>
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
+#include <iomanip>
+#include <iostream>
+
+#include "geodesy/TimeConverse.h"
+#include "geodesy/ymdhms.h"
+
+namespace {
+
+constexpr int SatsPerLine = 12;       // satellites on an epoch line
+constexpr std::size_t SatTextCol = 32;
+constexpr std::size_t SatTextWidth = 36;
+constexpr int FieldsPerLine = 5;      // 16-column fields on an observation line
+constexpr int FieldWidth = 16;
+constexpr std::size_t ObsLineWidth = FieldsPerLine * FieldWidth;
+
+bool Space(char c) { return std::isspace(static_cast<unsigned char>(c)) != 0; }
+bool Digit(char c) { return std::isdigit(static_cast<unsigned char>(c)) != 0; }
+bool DigitOrSpace(char c) { return Digit(c) || Space(c); }
+
+void PadTo(std::string& s, std::size_t width)
+{
+    if (s.size() < width) s.append(width - s.size(), ' ');
+}
+
+std::string AtLine(long line) { return " -> line: " + std::to_string(line); }
+
+// Reads the next line of a record. The record was announced by its epoch
+// line, so the end of the stream here means a cut file.
+void RecordLine(std::istream& in, std::string& line, long& lineNo, long epochLine)
+{
+    const RINEXLineState st = ReadRINEXLine(in, line);
+    if (st == RINEXLineState::End)
+        RINEXData::RINEXDataError("RINEX FILE ENDS INSIDE THE EPOCH OF LINE "
+                                  + std::to_string(epochLine));
+    lineNo++;
+    if (st == RINEXLineState::TooLong)
+        RINEXData::RINEXDataError("LINE LONGER THAN 99 CHARACTERS" + AtLine(lineNo));
+}
+
+}  // namespace
+
+RINEXData::RINEXData(RINEXHeader& h) : rhead(h) { Reset(); }
+
+void RINEXData::Reset()
+{
+    nepochall = 0;
+    nsatall = 0;
+    epoch = matrix<mjd>();
+    flag = matrix<char>();
+    nsat = matrix<short>();
+    sat = matrix<short>();
+    satList = matrix<short>();
+    AmbFile.clear();
+    TCorr = matrix<long double>();
+    IfTimeCorr = false;
+    for (unsigned short t = 0; t < RINEXObs::Unknown; t++) {
+        if (matrix<gnssobs>* m = ObsMatrix(t)) *m = matrix<gnssobs>();
+        if (matrix<gnssobsshort>* m = ShortMatrix(t)) *m = matrix<gnssobsshort>();
+    }
+    PC1 = PC3 = PP3 = L3 = L4 = MW = PC4 = PP4 = CL1 = CLI = matrix<gnssobs>();
+    IsEpochOKG = matrix<short>();
+    IsEpochOKR = matrix<short>();
+    NBadEphSat = NBadEphObs = NOKEph = 0;
+    obslast = mjd();
+    istart = iend = satstart = 0;
+    nComment = 0;
+}
+
+matrix<gnssobs>* RINEXData::ObsMatrix(unsigned short t)
+{
+    switch (t) {
+    case RINEXObs::C1: return &C1;   case RINEXObs::P1: return &P1;
+    case RINEXObs::C2: return &C2;   case RINEXObs::P2: return &P2;
+    case RINEXObs::C3R: return &C3R; case RINEXObs::C5: return &C5;
+    case RINEXObs::C6: return &C6;   case RINEXObs::C7: return &C7;
+    case RINEXObs::C8: return &C8;
+    case RINEXObs::L1: return &L1;   case RINEXObs::L2: return &L2;
+    case RINEXObs::L3R: return &L3R; case RINEXObs::L5: return &L5;
+    case RINEXObs::L6: return &L6;   case RINEXObs::L7: return &L7;
+    case RINEXObs::L8: return &L8;
+    default: return nullptr;
+    }
+}
+
+const matrix<gnssobs>* RINEXData::ObsMatrix(unsigned short t) const
+{
+    return const_cast<RINEXData*>(this)->ObsMatrix(t);
+}
+
+matrix<gnssobsshort>* RINEXData::ShortMatrix(unsigned short t)
+{
+    switch (t) {
+    case RINEXObs::D1: return &D1;   case RINEXObs::D2: return &D2;
+    case RINEXObs::D3R: return &D3R; case RINEXObs::D5: return &D5;
+    case RINEXObs::D6: return &D6;   case RINEXObs::D7: return &D7;
+    case RINEXObs::D8: return &D8;
+    case RINEXObs::S1: return &S1;   case RINEXObs::S2: return &S2;
+    case RINEXObs::S3R: return &S3R; case RINEXObs::S5: return &S5;
+    case RINEXObs::S6: return &S6;   case RINEXObs::S7: return &S7;
+    case RINEXObs::S8: return &S8;
+    default: return nullptr;
+    }
+}
+
+const matrix<gnssobsshort>* RINEXData::ShortMatrix(unsigned short t) const
+{
+    return const_cast<RINEXData*>(this)->ShortMatrix(t);
+}
+
+void RINEXData::RINEXDataError(const std::string& text)
+{
+    std::cout << "\n#### RINEXData: Error -> " << text << " ####\n"
+              << "     Exiting RINEXData ... \n\n";
+    std::cout.flush();
+    std::exit(1);
+}
+
+void RINEXData::RINEXDataWarning(const std::string& text)
+{
+    std::cout << "\n#### RINEXData: Warning -> " << text << " ####\n"
+              << "     Continuing RINEXData ... \n\n";
+}
+
+void RINEXData::SetData()
+{
+    if (nepochall <= 0) RINEXDataError("NUMBER OF EPOCH IN RINEX FILE NOT DETERMINED!");
+    epoch.Resize(nepochall, 1, mjd());
+    flag.Resize(nepochall, 1, ' ');
+    nsat.Resize(nepochall, 1, 0);
+    if (IfTimeCorr) TCorr.Resize(nepochall, 1, 0.0L);
+    if (nsatall <= 0) RINEXDataError("NUMBER OF OBSERVATIONS IN RINEX FILE NOT DETERMINED!");
+    sat.Resize(nsatall, 1, 0);
+    for (long k = 0; k < rhead.nobs; k++) {
+        if (matrix<gnssobs>* m = ObsMatrix(rhead.obs(k))) m->Resize(nsatall, 1, gnssobs());
+        if (matrix<gnssobsshort>* m = ShortMatrix(rhead.obs(k)))
+            m->Resize(nsatall, 1, gnssobsshort());
+    }
+}
+
+short RINEXSatNumber(const char* f)
+{
+    short base;
+    switch (f[0]) {
+    case 'G': case ' ': base = 0; break;
+    case 'R': base = 100; break;
+    case 'E': base = 200; break;
+    case 'C': base = 300; break;
+    case 'S': base = 400; break;
+    case 'J': base = 500; break;
+    default: base = 600; break;
+    }
+    const short tens = Digit(f[1]) ? static_cast<short>(f[1] - '0') : 0;
+    const short units = Digit(f[2]) ? static_cast<short>(f[2] - '0') : 0;
+    return static_cast<short>(base + 10 * tens + units);
+}
+
+char RINEXSatLetter(short s)
+{
+    static const char letters[] = {'G', 'R', 'E', 'C', 'S', 'J'};
+    const int b = s / 100;
+    return (b >= 0 && b < 6) ? letters[b] : 'X';
+}
+
+bool IsFirstObsLine(const std::string& line)
+{
+    if (line.size() <= 32) return false;
+    const char* l = line.c_str();
+    if (!Space(l[0])) return false;
+    // Year, month, day, hour, minute: a digit pair whose tens may be blank,
+    // each followed by white space.
+    for (int col = 1; col <= 13; col += 3)
+        if (!DigitOrSpace(l[col]) || !Digit(l[col + 1]) || !Space(l[col + 2])) return false;
+    if (!DigitOrSpace(l[16]) || !DigitOrSpace(l[17]) || l[18] != '.') return false;
+    for (int col = 19; col <= 25; col++)
+        if (!Digit(l[col])) return false;
+    return true;
+}
+
+void ParseFirstObsLine(const std::string& line, int& yr, int& mon, int& day, int& hh,
+                       int& mm, long double& sec, int& nobs)
+{
+    const char* l = line.c_str();
+    yr = std::atoi(l);
+    yr += yr <= 79 ? 2000 : 1900;
+    mon = std::atoi(l + 4);
+    day = std::atoi(l + 7);
+    hh = std::atoi(l + 10);
+    mm = std::atoi(l + 13);
+    sec = std::strtold(l + 16, nullptr);
+    nobs = line.size() > 30 ? std::atoi(l + 30) : 0;
+}
+
+void FillObsLine(std::string& line, int n)
+{
+    const std::size_t width = n > 0 ? static_cast<std::size_t>(n) * FieldWidth : 0;
+    if (line.size() < width) line.append(width - line.size(), ' ');
+    else line.resize(width);
+}
+
+std::istream& operator>>(std::istream& in, RINEXData& d)
+{
+    d.SetData();
+    RINEXHeader& h = d.rhead;
+
+    // Per column, the matrix its field goes to (none for an unknown code).
+    // The header reader allows no more types than the record buffer holds;
+    // a header filled by hand is held to the same bound.
+    const int ntypes = h.nobs;
+    if (ntypes > RINEXns::MaxObsTypes || (ntypes > 0 && h.obs.NRow() < ntypes))
+        RINEXData::RINEXDataError("OBSERVATION TYPES OF THE HEADER NOT VALID");
+    matrix<gnssobs>* colObs[RINEXns::MaxObsTypes] = {};
+    matrix<gnssobsshort>* colShort[RINEXns::MaxObsTypes] = {};
+    for (int k = 0; k < ntypes; k++) {
+        colObs[k] = d.ObsMatrix(h.obs(k));
+        colShort[k] = d.ShortMatrix(h.obs(k));
+    }
+    const int linesPerRecord = (ntypes + FieldsPerLine - 1) / FieldsPerLine;
+
+    short scratch[RINEXns::ScratchSatellites] = {};
+    std::string line, satText, obsText, piece;
+    obsText.reserve(ObsLineWidth * static_cast<std::size_t>(linesPerRecord));
+    long lineNo = h.nlines;
+    long i = -1;   // epoch
+    long r = 0;    // record
+
+    for (;;) {
+        const RINEXLineState st = ReadRINEXLine(in, line);
+        if (st == RINEXLineState::End) break;
+        lineNo++;
+        if (st == RINEXLineState::TooLong)
+            RINEXData::RINEXDataError("LINE LONGER THAN 99 CHARACTERS" + AtLine(lineNo));
+        if (!IsFirstObsLine(line)) {
+            d.nComment++;
+            continue;
+        }
+        const long epochLine = lineNo;
+        int yr, mon, day, hh, mm, count;
+        long double sec;
+        ParseFirstObsLine(line, yr, mon, day, hh, mm, sec, count);
+        if (count < 0 || count > RINEXns::MaxEpochSatellites)
+            RINEXData::RINEXDataError("SATELLITE COUNT OF EPOCH NOT VALID" + AtLine(lineNo));
+        if (++i >= d.nepochall)
+            RINEXData::RINEXDataError("MORE EPOCHS THAN COUNTED IN RINEX FILE" + AtLine(lineNo));
+
+        const ymdhms t(static_cast<unsigned short>(yr), static_cast<unsigned short>(mon),
+                       static_cast<unsigned short>(day), static_cast<unsigned short>(hh),
+                       static_cast<unsigned short>(mm), sec);
+        d.epoch(i) = ymdhms2mjd(t);
+        d.nsat(i) = static_cast<short>(count);
+        d.flag(i) = line[28];
+        d.obslast = d.epoch(i);
+        if (d.IfTimeCorr)
+            d.TCorr(i) = std::strtold(RINEXField(line, 68, 12).c_str(), nullptr);
+
+        // The smallest step of the second of day is the sampling; a step
+        // across midnight is large and changes nothing.
+        if (i > 0) {
+            const long double step =
+                std::fabs(d.epoch(i).GetSecond() - d.epoch(i - 1).GetSecond());
+            if (h.interval < 0.0f || h.interval > step) h.interval = static_cast<float>(step);
+        }
+
+        satText = RINEXField(line, SatTextCol,
+                             std::min<std::size_t>(3 * static_cast<std::size_t>(count), SatTextWidth));
+        PadTo(satText, std::min<std::size_t>(3 * static_cast<std::size_t>(count), SatTextWidth));
+        const int ncont = count / SatsPerLine - (count % SatsPerLine == 0 ? 1 : 0);
+        for (int c = 0; c < ncont; c++) {
+            RecordLine(in, line, lineNo, epochLine);
+            piece = RINEXField(line, SatTextCol, SatTextWidth);
+            const std::size_t last = piece.find_last_not_of(' ');
+            piece.resize(last == std::string::npos ? 0 : last + 1);
+            satText += piece;
+        }
+        // A list shorter than its count (an event record read as an epoch)
+        // reads as blank entries, which are GPS number 0.
+        PadTo(satText, 3 * static_cast<std::size_t>(count));
+
+        for (int s = 0; s < count; s++, r++) {
+            if (r >= d.nsatall)
+                RINEXData::RINEXDataError("MORE RECORDS THAN COUNTED IN RINEX FILE" + AtLine(lineNo));
+            obsText.clear();
+            for (int l = 0; l < linesPerRecord; l++) {
+                RecordLine(in, line, lineNo, epochLine);
+                FillObsLine(line, FieldsPerLine);
+                obsText += line;
+            }
+            const short sn = RINEXSatNumber(satText.c_str() + 3 * s);
+            d.sat(r) = sn;
+            scratch[sn] = sn;
+            const char* fields = obsText.c_str();
+            for (int k = 0; k < ntypes; k++) {
+                if (colObs[k]) (*colObs[k])(r) >> (fields + FieldWidth * k);
+                else if (colShort[k]) (*colShort[k])(r) >> (fields + FieldWidth * k);
+            }
+        }
+    }
+    if (i + 1 != d.nepochall || r != d.nsatall)
+        RINEXData::RINEXDataError("EPOCHS OR RECORDS OF RINEX FILE DO NOT AGREE WITH THEIR COUNT");
+
+    long nlist = 0;
+    for (int k = 1; k < RINEXns::ScratchSatellites; k++)
+        if (scratch[k] != 0) nlist++;
+    if (nlist > 0) {
+        d.satList.Resize(nlist);
+        long j = 0;
+        for (int k = 1; k < RINEXns::ScratchSatellites; k++)
+            if (scratch[k] != 0) d.satList(j++) = scratch[k];
+    } else {
+        d.satList = matrix<short>();
+    }
+    d.istart = 0;
+    d.satstart = 0;
+    d.iend = d.nepochall;
+
+    // Later stages count on C1 wherever P1 was observed.
+    if (h.iP1 && !h.iC1) {
+        d.C1 = d.P1;
+        h.iC1 = true;
+    }
+    return in;
+}
+
+std::ostream& operator<<(std::ostream& out, const RINEXData& d)
+{
+    const std::ios::fmtflags flags = out.flags();
+    const std::streamsize prec = out.precision();
+    const char fill = out.fill();
+    const short ptype = ymdhmsns::PrintType;
+    ymdhmsns::PrintType = 1;
+    out << std::fixed << std::right << std::setfill(' ');
+
+    const RINEXHeader& h = d.rhead;
+    long r = d.satstart;
+    for (long i = d.istart; i < d.iend; i++) {
+        out << mjd2ymdhms(d.epoch(i)) << std::setw(3) << d.flag(i) << std::setw(3) << d.nsat(i);
+        const int n = d.nsat(i);
+        for (int s = 0; s < n || s == 0; s += SatsPerLine) {
+            const int inLine = std::min(SatsPerLine, n - s);
+            if (s > 0) out << std::string(SatTextCol, ' ');
+            for (int k = 0; k < inLine; k++) {
+                const short sn = d.sat(r + s + k);
+                out << RINEXSatLetter(sn) << std::setfill('0') << std::setw(2)
+                    << (sn >= 0 ? sn % 100 : 0) << std::setfill(' ');
+            }
+            // The reader takes the clock offset from columns 68-79 of the
+            // first line, so a short first line is padded to reach them.
+            if (d.IfTimeCorr && (s == 0 || inLine == SatsPerLine)) {
+                out << std::string(3 * static_cast<std::size_t>(SatsPerLine - inLine), ' ')
+                    << std::setw(12) << std::setprecision(9) << d.TCorr(i);
+            }
+            out << '\n';
+            if (n == 0) break;
+        }
+        for (int s = 0; s < n; s++, r++) {
+            for (int k = 0; k < h.nobs; k++) {
+                if (k > 0 && k % FieldsPerLine == 0) out << '\n';
+                const unsigned short type = h.obs(k);
+                if (const matrix<gnssobs>* m = d.ObsMatrix(type)) {
+                    const gnssobs& o = (*m)(r);
+                    if (std::fabs(o.obs) > 0.00001L)
+                        out << std::setw(14) << std::setprecision(3) << o.obs
+                            << static_cast<char>('0' + o.lli) << static_cast<char>('0' + o.ss);
+                    else
+                        out << std::setw(14) << "0.000" << "  ";
+                } else if (const matrix<gnssobsshort>* m = d.ShortMatrix(type)) {
+                    const gnssobsshort& o = (*m)(r);
+                    if (std::fabs(o.obs) > 0.00001L)
+                        out << std::setw(14) << std::setprecision(3) << o.obs << "  ";
+                    else
+                        out << std::setw(14) << 0 << "  ";
+                } else {
+                    out << std::string(FieldWidth, ' ');
+                }
+            }
+            if (h.nobs > 0) out << '\n';
+        }
+    }
+    ymdhmsns::PrintType = ptype;
+    out.flags(flags);
+    out.precision(prec);
+    out.fill(fill);
+    return out;
+}

@@ -1,0 +1,247 @@
+#pragma once
+// All epochs and observations of one RINEX 2 observation file, held flat:
+// record r (0 .. nsatall-1) runs in file order, the records of epoch i are
+// the nsat(i) behind those of epoch i-1, and every observation matrix is
+// indexed by r. Nothing is ever removed; a rejected value is set to 0.
+#include <iosfwd>
+#include <string>
+
+#include "geodesy/mjd.h"
+#include "numerics/matrix.h"
+#include "observations/RINEXHeader.h"
+#include "observations/gnssobs.h"
+
+namespace RINEXns {
+/// Entries of the satellite scratch list: numbers stay below it because
+/// the largest base is 600 (letters outside the table) and PRNs below 100.
+inline constexpr int ScratchSatellites = 700;
+}  // namespace RINEXns
+
+class RINEXData {
+public:
+    long nepochall;           // epochs
+    long nsatall;             // satellite records over all epochs
+    matrix<mjd> epoch;        // per epoch
+    matrix<char> flag;        // per epoch: epoch flag as in the file
+    matrix<short> nsat;       // per epoch: satellite count
+    matrix<short> sat;        // per record: satellite number
+    matrix<short> satList;    // distinct satellite numbers, ascending
+    std::string AmbFile;
+    matrix<long double> TCorr;  // per epoch: receiver clock offset, s
+    bool IfTimeCorr;
+
+    matrix<gnssobs> C1, P1, C2, P2, C3R, C5, C6, C7, C8;
+    matrix<gnssobs> L1, L2, L3R, L5, L6, L7, L8;
+    matrix<gnssobsshort> D1, D2, D3R, D5, D6, D7, D8;
+    matrix<gnssobsshort> S1, S2, S3R, S5, S6, S7, S8;
+    matrix<gnssobs> PC1, PC3, PP3, L3, L4, MW, PC4, PP4, CL1, CLI;
+
+    matrix<short> IsEpochOKG, IsEpochOKR;
+    long NBadEphSat, NBadEphObs, NOKEph;
+
+    RINEXHeader& rhead;       // must outlive this object
+    mjd obslast;              // epoch of the last epoch line read
+    long istart, iend, satstart;  // the writer's epoch range and first record
+    long nComment;            // data-section lines outside records that are no epoch lines
+
+    /// Empty data bound to header h.
+    explicit RINEXData(RINEXHeader& h);
+    /// Drops every epoch, record and matrix.
+    void Reset();
+
+    /// Sets the counts that the data pass allocates for.
+    void SetNRecords(long ne, long ns) { nepochall = ne; nsatall = ns; }
+    /// Says whether epoch lines carry a receiver clock offset.
+    void SetTimeCorr(bool b) { IfTimeCorr = b; }
+    /// Sizes the per-epoch vectors and the matrix of every type the header
+    /// lists, all zero. A count of 0 stops the run with RINEXDataError.
+    void SetData();
+
+    long GetNEpoch() const { return nepochall; }
+    long GetNObs() const { return nsatall; }
+    long GetNSat() const { return satList.NRow(); }
+    short GetSat(long i) const { return satList(i); }
+    mjd GetMJD(long i) const { return epoch(i); }
+    short GetObsSat(long i) const { return sat(i); }
+    short GetEphNSat(long i) const { return nsat(i); }
+    void SetAmbFile(const std::string& name) { AmbFile = name; }
+
+    /// The code or phase matrix of an observed type, null for Doppler,
+    /// signal strength and unknown types.
+    matrix<gnssobs>* ObsMatrix(unsigned short type);
+    const matrix<gnssobs>* ObsMatrix(unsigned short type) const;
+    /// The Doppler or signal-strength matrix of a type, null otherwise.
+    matrix<gnssobsshort>* ShortMatrix(unsigned short type);
+    const matrix<gnssobsshort>* ShortMatrix(unsigned short type) const;
+
+    // Conditioning in memory (RINEXDataConditioning.cpp): clock-jump and
+    // time-tag repairs, linear combinations, presence of a system's data.
+
+    /// Finds receiver clock steps of whole milliseconds from the jump of
+    /// code minus phase (C1, P2 against L1, L2) between neighbouring epochs
+    /// of GPS and GLONASS satellites, and shifts L1 and L2 of GPS and
+    /// GLONASS behind each step by the accumulated step (cycles), so that
+    /// phase follows code. Codes stay as they are. nMSJumps returns the
+    /// number of steps found. GLONASS satellites without a frequency channel
+    /// are neither used nor shifted; a GLONASS record at a step's own epoch
+    /// is not shifted.
+    void CorrMSJumps(long& nMSJumps);
+    /// Single-frequency form of CorrMSJumps on C1 and L1: a step is taken
+    /// when more than one satellite pair sees the same whole number of
+    /// milliseconds (within 1e-5 ms); L1 and L2 of GPS and GLONASS from that
+    /// epoch on are shifted. nMSJumps returns the number of changes of the
+    /// accumulated step.
+    void CorrMSJumpsSF(long& nMSJumps);
+    /// Moves every epoch to the nearest multiple of the header interval and
+    /// adds the shift times c (m) to the non-null C1, P1, P2 and C5 of that
+    /// epoch. Does nothing without a positive interval.
+    void Corr4ClockError();
+    /// Folds runs of equal epochs into their first epoch, which takes the
+    /// satellite counts of the whole run; epoch, flag, nsat (and TCorr)
+    /// shrink, nepochall and iend fall, the records stay as they are.
+    void CorrRNX_Leap0Red();
+
+    /// Graphic combination (C1 + lamb1·L1)/2 (m) for GPS, GLONASS with a
+    /// channel, and Galileo; iCLI set when C1 and L1 exist.
+    void SetLC_CLI();
+    /// Code minus phase C1 - lamb1·L1 (m), systems as SetLC_CLI; iCL1.
+    void SetLC_CL1();
+    /// P1 - C1 (m) for every record; iPC1.
+    void SetLC_PC1();
+    /// Ionosphere-free code from P1, P2 (GPS, GLONASS) and P1, C7
+    /// (Galileo), m; iPP3.
+    void SetLC_PP3();
+    /// Ionosphere-free code from C1, P2 (GPS, GLONASS) and C1, C7
+    /// (Galileo), m; iPC3.
+    void SetLC_PC3();
+    /// Ionosphere-free phase from L1, L2 (GPS, GLONASS with a channel) and
+    /// L1, L7 (Galileo), m; iL3.
+    void SetLC_L3();
+    /// Geometry-free code P2 - C1 (GPS, GLONASS) and C7 - C1 (Galileo), m;
+    /// iPC4.
+    void SetLC_PC4();
+    /// Geometry-free code P2 - P1 (GPS, GLONASS), m; iPP4.
+    void SetLC_PP4();
+    /// Geometry-free phase lamb1·L1 - lamb2·L2 (GPS, GLONASS with a
+    /// channel) and L1, L7 (Galileo), m; iL4.
+    void SetLC_L4();
+    /// Melbourne-Wübbena (m) from L1, L2/L7, the first code (C1 when UseC1,
+    /// else P1) and P2/C7. iMW is cleared and nothing is formed when the
+    /// header lacks one of these.
+    void SetLC_MW(bool UseC1);
+
+    /// True when the file holds GPS satellites (up to 99) and more than 10 %
+    /// of all records are theirs.
+    bool HasGPSObs() const;
+    /// As HasGPSObs for GLONASS (101..199).
+    bool HasGLONASSObs() const;
+    /// As HasGPSObs for Galileo (201..299).
+    bool HasGALILEOObs() const;
+
+    // Arc screening (RINEXDataScreening.cpp): cuts each satellite's phase
+    // into arcs with one ambiguity and keeps them in the binary file AmbFile
+    // (AmbRecord, 18 bytes an arc), satellites in satList order, each by
+    // time. A record belongs to a satellite's series when its sat is the
+    // satellite, the screened combination is not null and Elev (rad, one
+    // per record) is above MinElev (rad; equal is out). An arc is kept when
+    // it holds at least MinObsAmb observations; shorter ones are dropped
+    // without a trace. An unset AmbFile name, a file that cannot be written
+    // or read back, elevations that do not cover every record, or epoch
+    // counts that disagree with nsatall stop the run with RINEXDataError.
+
+    /// Cuts on L4 between consecutive accepted records: an arc ends when the
+    /// time since the last accepted epoch exceeds MaxTimeGap (s) or |dL4|
+    /// exceeds sqrt(|dt - 1 s|)·ddL4 + dL40 (dL40 in m, ddL4 in m/sqrt(s)),
+    /// so a slowly drifting ionosphere over a long gap is not taken for a
+    /// slip. Creates AmbFile; NAmbAll returns the number of arcs written.
+    void ScreenL4(const matrix<long double>& Elev, long double MinElev, long MinObsAmb,
+                  long double dL40, long double ddL4, long double MaxTimeGap,
+                  long& NAmbAll) const;
+    /// Cuts on L4 by fitting three consecutive epochs at a time, so that a
+    /// steady trend of any slope passes and only a jump of the second
+    /// difference above sqrt(MaxTimeGap)·ddL4 + dL40/3 (m) ends an arc;
+    /// unbroken stretches end at file gaps above MaxTimeGap (s) and at
+    /// epochs without the satellite. Arguments and file as ScreenL4.
+    void ScreenL4Linear(const matrix<long double>& Elev, long double MinElev, long MinObsAmb,
+                        long double dL40, long double ddL4, long double MaxTimeGap,
+                        long& NAmbAll) const;
+    /// Re-reads the NAmbAll arcs of AmbFile and rewrites it: an arc whose
+    /// Melbourne-Wuebbena scatter (weighted RMS, weight 2·sin|E| below 30
+    /// degrees, E in rad per record) exceeds RMS (m) is split at jumps that
+    /// two neighbouring values agree on, a lone outlier leaves it whole.
+    /// Arcs without MW values pass unchanged. NAmbAll returns the number of
+    /// arcs written; each split part records one observation fewer than it
+    /// accepted.
+    void ScreenMW(long double RMS, long MinObsAmb, const matrix<long double>& E,
+                  long& NAmbAll) const;
+    /// Single-frequency cut on code minus phase CL1: an arc ends when the
+    /// time since the last accepted epoch exceeds MaxTimeGap (s) or |dCL1|
+    /// exceeds lam1Mult L1 wavelengths. Satellites whose L1 wavelength is
+    /// below 0.01 m (Galileo, GLONASS without channel) are passed over.
+    /// Creates AmbFile; NAmbAll returns the number of arcs written.
+    void ScreenCL1(const matrix<long double>& Elev, long double MinElev, long MinObsAmb,
+                   long double lam1Mult, long& NAmbAll, long double MaxTimeGap) const;
+
+    /// Prints "#### RINEXData: Error -> text ####" framed on the output
+    /// stream and exits with status 1.
+    [[noreturn]] static void RINEXDataError(const std::string& text);
+    /// Prints the framed warning on the output stream and returns.
+    static void RINEXDataWarning(const std::string& text);
+
+private:
+    // Steps of ScreenL4Linear. Epochs are walked with their first record
+    // index beside them; Elev and MinElev define the series as above.
+
+    // From epoch iEpoch (first record iRec) on, the first epoch holding a
+    // record of sat's L4 series; false when none is left.
+    bool FirstSatObsL4(short sat, long& iEpoch, long& iRec, const matrix<long double>& Elev,
+                       long double MinElev) const;
+    // Last epoch of the unbroken stretch that begins at iStart (first
+    // record ioStart): before a file gap above MaxTimeGap or an epoch
+    // without the series, else the file's last epoch.
+    long LastSatObsL4(short sat, long iStart, long ioStart, long double MaxTimeGap,
+                      const matrix<long double>& Elev, long double MinElev) const;
+    // Moves arcStart (first record arcoStart) to the first of three
+    // consecutive epochs up to iEnd whose L4 fits a straight line within
+    // dVL4Max and steps within dL4Max (m); false when no triple fits.
+    bool FindContStart(short sat, long& arcStart, long& arcoStart, long iEnd,
+                       long double dVL4Max, long double dL4Max, const matrix<long double>& Elev,
+                       long double MinElev) const;
+    // Ends the arc begun at arcStart: at the epoch before the first second
+    // difference of L4 above dAL4Max (m), returning true, or at iEnd,
+    // returning false. arcoEnd is the first record of arcEnd.
+    bool FindCSlipL4(short sat, long arcStart, long arcoStart, long iEnd, long& arcEnd,
+                     long& arcoEnd, long double dAL4Max, const matrix<long double>& Elev,
+                     long double MinElev) const;
+};
+
+/// Satellite number of a three-character satellite field (letter, tens or
+/// blank, units): G or blank 0, R 100, E 200, C 300, S 400; J gets 500 and
+/// any other letter 600, outside every system the program processes. A
+/// digit position holding no digit counts 0.
+short RINEXSatNumber(const char* field);
+/// The letter of a satellite number, the inverse of RINEXSatNumber ('X'
+/// for 600 and above).
+char RINEXSatLetter(short sat);
+
+/// True for a RINEX 2 epoch line: blank column 0, date and time digits in
+/// their columns (tens may be blank), a full stop at 18, seven digits at 19
+/// to 25, and more than 32 characters.
+bool IsFirstObsLine(const std::string& line);
+/// Reads year (two digits: up to 79 is 20yy, 80 and above 19yy), month,
+/// day, hour, minute, seconds and the satellite count from an epoch line;
+/// each number starts at its column and stops at the first character that
+/// does not fit. The caller has tested the line with IsFirstObsLine.
+void ParseFirstObsLine(const std::string& line, int& yr, int& mon, int& day, int& hh,
+                       int& mm, long double& sec, int& nobs);
+/// Pads line with blanks to 16·n characters and cuts it there.
+void FillObsLine(std::string& line, int n);
+
+/// Reads the data section (the header must have been read from the same
+/// stream) into the storage sized by SetNRecords. An epoch cut short by the
+/// end of the stream, an over-long line, a satellite count outside 0..341
+/// or records that disagree with the counts stop the run with
+/// RINEXDataError. Ends with C1 copied from P1 when only P1 was observed.
+std::istream& operator>>(std::istream& in, RINEXData& d);
+/// Writes epochs istart to iend-1 from record satstart as RINEX 2 data.
+std::ostream& operator<<(std::ostream& out, const RINEXData& d);

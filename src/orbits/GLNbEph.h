@@ -1,0 +1,146 @@
+#pragma once
+// GLONASS broadcast ephemeris from a RINEX 2 GLONASS navigation file: the
+// Earth-fixed state vector of each record (PZ-90), carried to the wanted
+// epoch by a fourth-order Runge-Kutta integration of the satellite's motion
+// in the rotating frame (GLONASS ICD, edition 5.1, appendix J).
+#include <istream>
+#include <string>
+
+#include "geodesy/mjd.h"
+#include "geodesy/xyz.h"
+#include "geodesy/ymdhms.h"
+#include "numerics/matrix.h"
+#include "observations/gnssobs.h"
+
+namespace GLNbEphns {
+/// Speed of light (m/s).
+constexpr long double C_mps = 299792458.0L;
+/// Record epochs this far (s) from the wanted epoch are warned of: a record
+/// serves 15 min either side of its epoch.
+constexpr long double StaleLimit_s = 960.0L;
+/// Record epochs are whole minutes; seconds off by more (s) are warned of.
+constexpr long double FullMinuteTol_s = 0.01L;
+/// Integrator steps at most: 30 000 s of arc at 30 s.
+constexpr long MaxSteps = 1000;
+/// A remaining step below this (s) ends the integration.
+constexpr long double MinStep_s = 1e-8L;
+/// Light-time iterations at most, and the closure (m) that ends them.
+constexpr int MaxLightIter = 500;
+constexpr long double LightTimeTol_m = 1e-5L;
+/// Longest header line kept, and longest record line (characters).
+constexpr std::size_t HeaderLineSize = 99;
+}  // namespace GLNbEphns
+
+/// Header of the navigation file.
+class GLNbEphHeader {
+public:
+    GLNbEphHeader();
+    float version;
+    char type[20];
+    char pgm[21], runby[21];
+    char date[20];
+    long double TauC;  // GLONASS system time to UTC(SU) correction, s
+    ymdhms RefTimeCorr;
+    short leaps;
+};
+
+/// Reads header lines up to "END OF HEADER". Unknown labels are warned of; a
+/// file that ends before "END OF HEADER" ends the run with GLNbEphError.
+std::istream& operator>>(std::istream& in, GLNbEphHeader& h);
+
+/// Records of the navigation file in file order.
+class GLNbEphData {
+public:
+    /// Columns of data, in file order (km, km/s, km/s^2 for the state).
+    enum {
+        TAUN = 0, GAMMAN, TK, X0, XD0, XDDS, HEALTH, Y0, YD0, YDDS, FRQNUM, Z0, ZD0, ZDDS, AGE
+    };
+    GLNbEphData();
+    /// Sizes the tables for n records.
+    void SetNRecords(long n);
+
+    long nsatall;
+    matrix<mjd> mjdo;  // record epochs on the GPS time scale
+    matrix<short> sat, satList;
+    matrix<long double> data;
+    bool isSet;
+};
+
+class GLNbEph {
+public:
+    GLNbEph();
+
+    /// Stores the file name; a null name or one of 256 characters or more
+    /// ends the run with GLNbEphError.
+    void SetFile(const char* file);
+    /// Reads header and records in two passes (count, then fill). Record
+    /// epochs (UTC in the file) are moved to GPS time by LeapSecond. A file
+    /// that does not open, has no END OF HEADER or ends inside a record
+    /// ends the run with GLNbEphError; a record epoch off whole minutes is
+    /// warned of and kept.
+    void ReadFile();
+    /// Records read.
+    long GetNSat() const { return nsatall; }
+    /// Epoch (GPS time) of record i.
+    mjd GetMJD(long i) const { return rdata.mjdo(i); }
+    /// Last periodic relativity term 2 r.v/c^2 (s), already taken out of the
+    /// clock that CalcSatPosition returns.
+    long double GetRelativity() const { return Relativity; }
+    /// Sorted slot numbers of the file.
+    const matrix<short>& GetSatList() const { return rdata.satList; }
+    /// The records as read.
+    const GLNbEphData& GetData() const { return rdata; }
+    /// The header as read.
+    const GLNbEphHeader& GetHeader() const { return rhead; }
+
+    /// Record of slot st used for epoch t0: the first record when t0 is
+    /// earlier, the nearer of the two around t0 (a tie to the earlier), the
+    /// last after the end. A slot without records ends the run with
+    /// GLNbEphError "SAT: Rnn IS NOT LISTED IN GLONASS NAVIGATION FILE!!!".
+    long GetDataIndex(short st, const mjd& t0) const;
+
+    /// Position (m, PZ-90 Earth-fixed) and velocity (m/s) of slot st
+    /// (1..99) at t0 from the record chosen for tindex, integrated in 30 s
+    /// steps; pos.dt is the clock correction (s) TAUN - GAMMAN dt + TauC
+    /// less the relativity term. With warning non-zero a record more than
+    /// 16 min away is warned of. The integration stops after 1000 steps.
+    void CalcSatPosition(short st, mjd& t0, mjd& tindex, xyzt& pos, xyzt& vel, short warning);
+
+    /// Light-time iteration from the reception epoch eph to the receiver at
+    /// prec (m): psat, vsat at transmission; returns the geometric distance
+    /// (m) with the Earth's rotation during the signal travel applied to the
+    /// receiver. More than 500 iterations are warned of.
+    long double CalcSatPosition(short sati, mjd& eph, mjd& tindex, xyz& prec, xyzt& psat,
+                                xyzt& vsat, short warning);
+
+    /// One pass with the travel time P/c from the pseudorange P (m): the
+    /// satellite at eph - P/c, rotated into the frame of eph; returns the
+    /// distance (m) to prec.
+    long double CalcSatPosition(short sati, mjd& eph, mjd& tindex, xyz& prec, xyzt& psat,
+                                xyzt& vsat, gnssobs& P, short warning);
+
+private:
+    long CountNav();
+    void ReadRecords(std::istream& in);
+    bool ReadParameter(std::istream& in, long double& value);
+    void DiffEqTwoBody(const matrix<long double>& x, long double ax, long double ay,
+                       long double az, matrix<long double>& y) const;
+
+    char navig[256];
+    long double diffinterval;
+    GLNbEphHeader rhead;
+    GLNbEphData rdata;
+    long nsatall;
+    long double GMz, OMEGAz, aE, C20;
+    long double Relativity;
+    long double x0, y0, z0, vx0, vy0, vz0, asx, asy, asz;
+    matrix<long double> Xp, Yp, D1, D2, D3, D4, tmp;
+    xyzt p0, v0;
+    xyz ps;
+    mjd ephr;
+};
+
+/// Framed error of the reader on the output stream; ends the run with 1.
+[[noreturn]] void GLNbEphError(const std::string& text);
+/// Framed warning of the reader on the output stream.
+void GLNbEphWarning(const std::string& text);

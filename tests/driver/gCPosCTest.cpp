@@ -1,0 +1,74 @@
+#include "driver/gCPosC.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "ContextFixture.h"
+
+using drivertest::Context;
+
+// Defaults derived from other defaults are computed in long double; 1e-18 is
+// a few units of its last place at these magnitudes.
+constexpr long double DerivedTol = 1e-18L;
+
+TEST(gCPosC, FileNamesAndPresenceFlagsStartEmpty)
+{
+    Context c;
+    const gCPosC& g = c.gc;
+    const char* names[] = {g.rnxfile, g.sp3file, g.pclkfile, g.atxfile, g.otidefile,
+                           g.clkfile, g.CoutFile, g.CerrFile, g.gnuplotKin, g.gnuplotStat};
+    for (const char* n : names) EXPECT_STREQ(n, "");
+    EXPECT_FALSE(g.isRnx || g.isPEph || g.isPclk || g.isAtx || g.isCoutFile || g.isCerrFile);
+    EXPECT_FALSE(g.GetVerbose() || g.GetIsGPS() || g.GetIsGLN() || g.GetIsGAL());
+    EXPECT_FALSE(g.GetIsMP1() || g.GetIsMP2() || g.GetIsMyDBC() || g.GetIsSCRX());
+    EXPECT_TRUE(g.GetRunProg());
+    EXPECT_TRUE(g.CorrAmbig);
+    EXPECT_TRUE(g.isSolidTide);
+    EXPECT_FALSE(g.GetNOutl());
+}
+
+TEST(gCPosC, SettingsDefaults)
+{
+    Context c;
+    const gCPosC& g = c.gc;
+    EXPECT_EQ(g.obsP, gCPosC::COSZ);
+    EXPECT_EQ(g.TrpModel, -1);
+    EXPECT_EQ(g.TrpMappFun, -1);
+    EXPECT_EQ(g.MinElevation, 10.0);
+    EXPECT_EQ(g.MinDailyObs, 50.0);
+    EXPECT_EQ(g.MaxIter, 10);
+    EXPECT_EQ(g.MinObsAmb, 120);
+    EXPECT_EQ(g.nTropoGradInt, 1);
+    // Phase sigma is a hundredth of the C/A code sigma, the reference sigma
+    // a tenth of the P code sigma: 2 mm and 2 cm.
+    EXPECT_NEAR(g.sigL1, 0.002L, DerivedTol);
+    EXPECT_NEAR(g.sig0, 0.02L, DerivedTol);
+    // 14 degrees: 14 pi / 180 = 0.24434609527920614 rad.
+    EXPECT_NEAR(g.satEclipsThres, 0.244346095279206134L, 1e-17L);
+    EXPECT_EQ(g.EclipsSat.NRow(), 100);
+    EXPECT_EQ(g.EclipsNObs.NRow(), 100);
+    for (long i = 0; i < 100; ++i) {
+        EXPECT_EQ(g.EclipsSat(i), 0);
+        EXPECT_EQ(g.EclipsNObs(i), 0);
+    }
+    for (int s = 0; s < 3; ++s) EXPECT_EQ(g.ixDTsys[s], -1);
+}
+
+TEST(gCPosC, EllipsoidsOfTheSystems)
+{
+    Context c;
+    // GRS 80 for GPS and Galileo (a = 6378137 m, 1/f = 298.257222101),
+    // PZ-90 for GLONASS (a = 6378136 m).
+    EXPECT_EQ(c.gc.eGPS.a, 6378137.0L);
+    EXPECT_EQ(c.gc.eGAL.a, 6378137.0L);
+    EXPECT_NEAR(1.0L / c.gc.eGPS.f, 298.257222101L, 1e-9L);
+    EXPECT_EQ(c.gc.eGLN.a, 6378136.0L);
+}
+
+TEST(gCPosC, OutlierCountAnswersGetNOutl)
+{
+    Context c;
+    c.gc.NObsOutl = 3;
+    EXPECT_TRUE(c.gc.GetNOutl());
+}
