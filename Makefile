@@ -12,7 +12,7 @@ all: release
 
 release:
 	cmake -S . -B build/release -DCMAKE_BUILD_TYPE=Release -DORVO_TESTS=OFF >/dev/null
-	cmake --build build/release -j $(JOBS) --target orvo
+	cmake --build build/release -j $(JOBS) --target orvo orvo-simulate
 
 run: release
 	./build/release/orvo $(RUN_ARGS)

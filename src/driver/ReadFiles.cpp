@@ -32,6 +32,11 @@ void ReadAll(gCPosC& gc)
         Echo(v, "reading APRIORI RECEIVER CLOCK ERROR file - "
                     + std::to_string(gc.clkerr.GetNEpoch()) + " epochs!");
     }
+    if (gc.isGLNnav) {
+        gc.glnnav.ReadFile();
+        Echo(v, "reading GLONASS NAVIGATION file - " + std::to_string(gc.glnnav.GetNSat())
+                    + " records");
+    }
     if (gc.isPEph) {
         gc.pephM.ReadFile();
         Echo(v, "reading MULTI-GNSS PRECISE EPHEMERIS file - "

@@ -28,6 +28,10 @@ void SetFiles(gCPosC& gc)
         Echo(v, "setting APRIORI RECEIVER CLOCK ERROR file!");
         gc.clkerr.SetFile(gc.clkFName);
     }
+    if (gc.isGLNnav) {
+        Echo(v, "setting GLONASS NAVIGATION file!");
+        gc.glnnav.SetFile(gc.rnavfile);
+    }
     if (gc.isPEph) {
         Echo(v, "setting MULTI-GNSS PRECISE EPHEMERIS file!");
         gc.pephM.SetFile(gc.sp3file);

@@ -19,6 +19,7 @@
 #include "orbits/ClkErr.h"
 #include "orbits/GNSSpClk.h"
 #include "orbits/GLNSat.h"
+#include "orbits/GLNbEph.h"
 #include "orbits/GNSSpEph.h"
 
 namespace gCPosCns {
@@ -47,6 +48,7 @@ public:
 
     // Group 2: model and file objects and reference ellipsoids.
     ClkErr clkerr;
+    GLNbEph glnnav;
     GNSSpEph pephM;
     SatCRX scrx;
     GNSSpClk pclkM;

@@ -127,14 +127,22 @@ void SetGlonassFrequency(gCPosC& gc)
                                      + " OUTSIDE THE FREQUENCY TABLES - NO FREQ. CHANNEL SET!");
             continue;
         }
-        // The channel file wins over the navigation file. No navigation
-        // reader stands behind isGLNnav yet, so that source lists nobody.
+        // The channel file wins over the navigation file.
         long double k = 0.0L;
         bool found = false;
-        if (gc.isGLNfrch && gc.rnxd.GetNEpoch() > 0) {
-            mjd first = gc.rnxd.epoch(0);
-            k = gc.glnfc.GetFreqNum(prn, first);
-            found = gc.glnfc.GetIsGLNSat();
+        if (gc.isGLNfrch) {
+            if (gc.rnxd.GetNEpoch() > 0) {
+                mjd first = gc.rnxd.epoch(0);
+                k = gc.glnfc.GetFreqNum(prn, first);
+                found = gc.glnfc.GetIsGLNSat();
+            }
+        } else {
+            const GLNbEphData& nav = gc.glnnav.GetData();
+            for (long r = 0; r < nav.nsatall && !found; ++r) {
+                if (nav.sat(r) != slot) continue;
+                k = nav.data(r, GLNbEphData::FRQNUM);
+                found = true;
+            }
         }
         if (found) {
             const std::ios_base::fmtflags flags = std::cout.flags();

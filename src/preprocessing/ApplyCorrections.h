@@ -16,14 +16,13 @@ constexpr long double Deg = 57.2957795130823208767981548141051703L;
 
 /// Fills the GLONASS frequency tables (GLONASSc) for every GLONASS
 /// satellite of the observation file when GLONASS is processed and a
-/// channel or navigation file was named. With the channel file (isGLNfrch)
-/// a satellite takes the channel that the file gives it at the first
-/// observation epoch; the navigation file has no reader yet, so without the
-/// channel file every satellite is unlisted. An unlisted satellite gets
-/// channel 0 with a warning on the error stream naming the source it is
-/// missing from; slots above 32 have no row in the tables and are skipped
-/// with a warning. Each satellite and its channel are listed on the output
-/// stream.
+/// channel or navigation file was named. The channel file (isGLNfrch) wins:
+/// a satellite takes the channel that it gives at the first observation
+/// epoch. Otherwise the first record of the slot in the GLONASS navigation
+/// file gives it (column FRQNUM). An unlisted satellite gets channel 0 with
+/// a warning on the error stream naming the source it is missing from;
+/// slots above 32 have no row in the tables and are skipped with a warning.
+/// Each satellite and its channel are listed on the output stream.
 void SetGlonassFrequency(gCPosC& gc);
 
 /// Sizes the per-record arrays of gc (nsatall rows; MFGRAD two columns;

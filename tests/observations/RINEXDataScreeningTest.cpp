@@ -17,7 +17,6 @@
 #include "TestSupport.h"
 #include "observations/AmbRecord.h"
 #include "observations/GPSc.h"
-#include "observations/GALILEOc.h"
 #include "observations/RINEX.h"
 #include "observations/RINEXData.h"
 

@@ -140,4 +140,36 @@ TEST(SetGlonassFrequency, SlotMissingOrNotYetValidFallsBackToChannelZero)
     EXPECT_NEAR(GLONASSc::lamb(0, 0), C / (1602.0e6L + 0.5625e6L), WaveTol_m);
 }
 
+TEST(SetGlonassFrequency, NavigationFileGivesTheChannelsWithoutAChannelFile)
+{
+    ClearTables();
+    const std::map<int, int> list = ChannelList();
+    Context c;
+    gCPosC& g = c.gc;
+    SetName(g.rnxfile, CutObs("glnfc-nav.20o", 0, 1));
+    SetName(g.rnavfile, orvotest::Data("esbc-2020-177/esbc1770.20g"));
+    g.isRnx = g.isGLNnav = true;
+    g.isGPS = g.isGLN = true;
+    std::string err;
+    {
+        Capture o(std::cout);
+        Capture e(std::cerr);
+        SetFiles(g);
+        ReadFiles(g);
+        SetGlonassFrequency(g);
+        err = e.Text();
+    }
+    EXPECT_EQ(err.find("NOT LISTED"), std::string::npos);
+    int n = 0;
+    for (long i = 0; i < c.rnxd.GetNSat(); ++i) {
+        const short prn = c.rnxd.GetSat(i);
+        if (prn <= 100 || prn > 199) continue;
+        const long double k = list.at(prn - 100);
+        EXPECT_NEAR(GLONASSc::lamb(prn - 101, 0), C / (1602.0e6L + 0.5625e6L * k), WaveTol_m);
+        EXPECT_NEAR(GLONASSc::lamb(prn - 101, 1), C / (1246.0e6L + 0.4375e6L * k), WaveTol_m);
+        ++n;
+    }
+    EXPECT_EQ(n, 10);
+}
+
 }  // namespace
