@@ -2,9 +2,18 @@
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
 DATA ?= ../shared/data/esbc-2020-177
 
-# The main job on the default example: the real ESBC day with precise
-# orbits and clocks.
+# The main job: a simulated station-day with known truth (orvo-simulate
+# defaults: 24 h at 30 s of GPS, GLONASS and Galileo, 0.3 m code and 2 mm
+# phase noise), processed by a full static PPP run, then compared with the
+# truth. EXAMPLE is the folder of the data set; SIM_ARGS adds simulator
+# options that keep the day and marker (e.g. -h6 -nc0), used only when the
+# folder holds no data set yet; RUN_ARGS adds orvo options.
+EXAMPLE ?= example
+SIM_ARGS ?=
 RUN_ARGS ?=
+EX_OBS = SIMU1770.20o
+ORVO_EXAMPLE = -csGRE -r$(EX_OBS) -epSIMU1770.sp3 -ecSIMU1770.clk -gf$(EX_OBS).glnfc \
+	-lPc3,L3 -tmSAAST,NIELL -ti01:00:00 -tg -me5 -st -xSTA -gpsSIMU1770.gps -otSIMU1770.trp
 
 .PHONY: all release run test bench sanitize clean
 
@@ -15,7 +24,12 @@ release:
 	cmake --build build/release -j $(JOBS) --target orvo orvo-simulate
 
 run: release
-	./build/release/orvo $(RUN_ARGS)
+	@test -f $(EXAMPLE)/$(EX_OBS) || { mkdir -p $(EXAMPLE) && ./build/release/orvo-simulate -o$(EXAMPLE) $(SIM_ARGS); }
+	@# orvo keeps a scratch file in its working folder: run it beside the data.
+	cd $(EXAMPLE) && { $(CURDIR)/build/release/orvo $(ORVO_EXAMPLE) $(RUN_ARGS) > SIMU1770.report; \
+	  rc=$$?; cat SIMU1770.report; exit $$rc; }
+	@echo
+	./build/release/orvo-simulate --compare $(EXAMPLE)/SIMU1770.truth $(EXAMPLE)/SIMU1770.gps $(EXAMPLE)/SIMU1770.trp
 
 test:
 	cmake -S . -B build/test -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
@@ -26,6 +40,7 @@ bench:
 	cmake -S . -B build/bench -DCMAKE_BUILD_TYPE=Release -DORVO_TESTS=OFF -DORVO_BENCH=ON >/dev/null
 	cmake --build build/bench -j $(JOBS) --target orvo orvo_bench
 	./build/bench/orvo_bench
+	./bench/whole_day.sh build/bench/orvo $(DATA)
 
 sanitize:
 	cmake -S . -B build/sanitize -DCMAKE_BUILD_TYPE=Debug -DORVO_SANITIZE=ON >/dev/null

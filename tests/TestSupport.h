@@ -3,6 +3,7 @@
 // scratch files cut from them.
 #include <cstdio>
 #include <fstream>
+#include <ostream>
 #include <sstream>
 #include <string>
 #include <unistd.h>
@@ -59,5 +60,18 @@ inline std::string FirstLines(const std::string& path, int n)
     for (int i = 0; i < n && std::getline(in, line); ++i) out += line + "\n";
     return out;
 }
+
+/// Everything written on a stream while the object lives.
+class Capture {
+public:
+    explicit Capture(std::ostream& s) : s_(s), old_(s.rdbuf(buf_.rdbuf())) {}
+    ~Capture() { s_.rdbuf(old_); }
+    std::string Text() const { return buf_.str(); }
+
+private:
+    std::ostream& s_;
+    std::ostringstream buf_;
+    std::streambuf* old_;
+};
 
 }  // namespace orvotest

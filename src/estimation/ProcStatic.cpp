@@ -1,6 +1,7 @@
 #include "estimation/ProcStatic.h"
 
 #include <cmath>
+#include <initializer_list>
 #include <iomanip>
 #include <iostream>
 #include <limits>
@@ -446,6 +447,12 @@ void ProcStatic(gCPosC& gc)
             gc.s0apost_Pc3 = fTf_Pc3 / df;
             gc.s0apost_Pp3 = fTf_Pp3 / df;
             gc.s0apost_L3 = fTf_L3 / df;
+            // Each type sum loses the whole xtc, so a type with few or no
+            // observations (a file without phase under -l...L3) can drop
+            // below zero; a variance cannot, and the reports take its root.
+            for (long double* v : {&gc.s0apost, &gc.s0apost_C1, &gc.s0apost_P1, &gc.s0apost_P2,
+                                   &gc.s0apost_Pc3, &gc.s0apost_Pp3, &gc.s0apost_L3})
+                if (*v < 0.0L) *v = 0.0L;
         } else {
             // No redundancy: the residuals say nothing about the noise.
             const long double nan = std::numeric_limits<long double>::quiet_NaN();

@@ -17,6 +17,7 @@ constexpr std::size_t SatTextCol = 32;
 constexpr std::size_t SatTextWidth = 36;
 constexpr int FieldsPerLine = 5;      // 16-column fields on an observation line
 constexpr int FieldWidth = 16;
+constexpr std::size_t ValueWidth = 14;  // F14.3 ahead of the LLI and signal strength
 constexpr std::size_t ObsLineWidth = FieldsPerLine * FieldWidth;
 
 bool Space(char c) { return std::isspace(static_cast<unsigned char>(c)) != 0; }
@@ -41,6 +42,17 @@ void RecordLine(std::istream& in, std::string& line, long& lineNo, long epochLin
     lineNo++;
     if (st == RINEXLineState::TooLong)
         RINEXData::RINEXDataError("LINE LONGER THAN 99 CHARACTERS" + AtLine(lineNo));
+}
+
+// A last line without its line end was cut while written or copied. Ending
+// inside the 14 value columns of a field it would read as a number short of
+// its last digits (metres or cycles off by powers of ten), so it stops the run.
+void StopIfCutInValue(const std::string& line, long lineNo)
+{
+    const std::size_t part = line.size() % FieldWidth;
+    if (part == 0 || part >= ValueWidth) return;
+    if (line.find_first_not_of(' ', line.size() - part) == std::string::npos) return;
+    RINEXData::RINEXDataError("RINEX FILE ENDS INSIDE AN OBSERVATION VALUE" + AtLine(lineNo));
 }
 
 }  // namespace
@@ -287,6 +299,7 @@ std::istream& operator>>(std::istream& in, RINEXData& d)
             obsText.clear();
             for (int l = 0; l < linesPerRecord; l++) {
                 RecordLine(in, line, lineNo, epochLine);
+                if (in.eof()) StopIfCutInValue(line, lineNo);
                 FillObsLine(line, FieldsPerLine);
                 obsText += line;
             }

@@ -39,6 +39,15 @@ std::size_t TrimmedLength(const std::string& line)
     return line.find_last_not_of(ws) - b + 1;
 }
 
+// A data line ends with the seconds of its start (column 50) or of its end
+// (column 71). Ending inside a date it was cut, and the fields it lacks
+// would read 0 or an open end: a period shifted without a word.
+bool IsCutDataLine(const std::string& line)
+{
+    const std::size_t last = line.find_last_not_of(" \t\r\n\v\f");
+    return last < ColFrom[5] + 1 || (last >= ColTo[0] && last < ColTo[5] + 1);
+}
+
 bool IsDataLine(const std::string& line)
 {
     if (line.size() <= ColKind) return false;
@@ -64,14 +73,20 @@ void SatCRX::WalkDataLines(Take take)
     std::ifstream in(file);
     if (!in) ProgramError("Orvo", "SATELLITE PROBLEM FILE CAN NOT BE OPENED!");
     std::string line;
-    for (int i = 0; i < SatCRXns::HeaderLines; ++i)
+    long lineNo = 0;
+    for (int i = 0; i < SatCRXns::HeaderLines; ++i, ++lineNo)
         if (!std::getline(in, line)) return;
     while (std::getline(in, line)) {
+        ++lineNo;
         // A line beyond the 512-character buffer fails the read, and the
         // list ends there as at the end of the file.
         if (line.size() > SatCRXns::MaxLineLength) return;
         if (TrimmedLength(line) <= SatCRXns::MaxEndLineLength) return;
-        if (IsDataLine(line)) take(line);
+        if (!IsDataLine(line)) continue;
+        if (IsCutDataLine(line))
+            ProgramError("Orvo", "SATELLITE PROBLEM FILE " + file + ": line " + std::to_string(lineNo)
+                                     + ": DATA LINE ENDS INSIDE A DATE!");
+        take(line);
     }
 }
 

@@ -39,7 +39,8 @@ public:
     /// Reads the list in two passes (CountGNSSats, ReadSatProblems). A file
     /// that does not open stops the run with "SATELLITE PROBLEM FILE CAN NOT
     /// BE OPENED!"; a file of 6 lines or fewer gives an empty list. A date
-    /// field that is no valid date stops the run with the ymdhms message.
+    /// field that is no valid date stops the run with the ymdhms message, a
+    /// data line that ends inside a date with the framed error and its line.
     void ReadFile();
     /// Number of periods read.
     long GetNSat() const { return nsat; }

@@ -153,8 +153,10 @@ void GNSSpClk::CheckData(std::istream& in)
     while (NextLine(in, line)) {
         ++lineNo;
         if (line.compare(0, 2, "AS") != 0) continue;
-        // The clock bias is read from posDate + 30 on.
-        if (line.size() <= posDate + 30) Fail(lineNo, "AS record too short");
+        // The clock bias is the E19.12 field that ends 50 characters behind
+        // posDate; a line cut inside it (the last line of a cut file) would
+        // read a number off by powers of ten without any sign.
+        if (line.size() < posDate + GNSSpClkns::BiasFieldEnd) Fail(lineNo, "AS record too short");
         const std::string date = DateText(line, posDate);
         if (nepoch == 0 || date != previous) ++nepoch;
         previous = date;
@@ -180,7 +182,7 @@ void GNSSpClk::ReadFileData()
     while (NextLine(in, line)) {
         ++lineNo;
         if (line.compare(0, 2, "AS") != 0) continue;
-        if (line.size() <= posDate + 30) Fail(lineNo, "AS record too short");
+        if (line.size() < posDate + GNSSpClkns::BiasFieldEnd) Fail(lineNo, "AS record too short");
         const std::string date = DateText(line, posDate);
         if (ieph < 0 || date != previous) {
             ++ieph;

@@ -18,6 +18,9 @@ constexpr long double NoClock_s = 999.999L;
 constexpr long double MaxClock_s = 999.0L;
 /// Distance (s) beyond the file's first or last epoch that is reported.
 constexpr long double MaxOutside_s = 300.0L;
+/// End of the clock bias field of an AS record, counted from the date's
+/// first column: date 26, count 3, blanks 2, bias E19.12.
+constexpr std::size_t BiasFieldEnd = 50;
 }  // namespace GNSSpClkns
 
 class GNSSpClk {

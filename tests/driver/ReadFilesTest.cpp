@@ -226,7 +226,7 @@ TEST(ReadFiles, ReceiverClockFileMustMatchTheEpochs)
 TEST(ReadFilesDeath, BrokenOrForeignProductFilesStopTheRun)
 {
     const std::string obs = CutObs("products.20o", 0, kEpochs);
-    // A missing orbit file: Part 1.3 normally refuses it; here the reader does.
+    // A missing orbit file: the argument checks normally refuse it; here the reader does.
     EXPECT_EXIT(
         {
             Context c;

@@ -41,18 +41,7 @@ struct Context {
     gCPosC gc{rnxh, rnxd, rnx};
 };
 
-/// Everything written on a stream while the object lives.
-class Capture {
-public:
-    explicit Capture(std::ostream& s) : s_(s), old_(s.rdbuf(buf_.rdbuf())) {}
-    ~Capture() { s_.rdbuf(old_); }
-    std::string Text() const { return buf_.str(); }
-
-private:
-    std::ostream& s_;
-    std::ostringstream buf_;
-    std::streambuf* old_;
-};
+using orvotest::Capture;
 
 /// Solves the dense system A x = b by Gaussian elimination with partial
 /// pivoting; A is n by n, row-major. Independent of the program's solvers.

@@ -157,18 +157,7 @@ struct Synthetic {
     }
 };
 
-/// Everything written on a stream while the object lives.
-class Capture {
-public:
-    explicit Capture(std::ostream& s) : s_(s), old_(s.rdbuf(buf_.rdbuf())) {}
-    ~Capture() { s_.rdbuf(old_); }
-    std::string Text() const { return buf_.str(); }
-
-private:
-    std::ostream& s_;
-    std::ostringstream buf_;
-    std::streambuf* old_;
-};
+using orvotest::Capture;
 
 /// Number of times pattern occurs in text.
 inline int Occurrences(const std::string& text, const std::string& pattern)

@@ -124,11 +124,7 @@ std::string File(const std::vector<std::string>& types, const std::vector<Epoch>
 std::vector<std::string> Sats(const std::string& letter, int n)
 {
     std::vector<std::string> v;
-    char buf[8];
-    for (int p = 1; p <= n; p++) {
-        std::snprintf(buf, sizeof buf, "%s%02d", letter.c_str(), p);
-        v.push_back(buf);
-    }
+    for (int p = 1; p <= n; p++) v.push_back(letter + (p < 10 ? "0" : "") + std::to_string(p));
     return v;
 }
 

@@ -40,18 +40,7 @@ inline void SetName(char* member, const std::string& name)
     std::strcpy(member, name.c_str());
 }
 
-/// Everything written on a stream while the object lives.
-class Capture {
-public:
-    explicit Capture(std::ostream& s) : s_(s), old_(s.rdbuf(buf_.rdbuf())) {}
-    ~Capture() { s_.rdbuf(old_); }
-    std::string Text() const { return buf_.str(); }
-
-private:
-    std::ostream& s_;
-    std::ostringstream buf_;
-    std::streambuf* old_;
-};
+using orvotest::Capture;
 
 /// Chooses the records of one epoch to keep from its satellite fields
 /// ("G05", "E11", ...).

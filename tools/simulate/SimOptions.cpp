@@ -105,7 +105,10 @@ void PrintSimHelp()
         << "  -slip<sat>,<epoch>,<n1>,<n2>  cycle slip, e.g. -slipG05,120,3,-2 (epoch from 0)\n"
         << "  -jump<epoch>     receiver clock step of +1 ms at that epoch (from 0)\n"
         << "  -seed<n>         random stream (default 1)\n"
-        << "  -help            this list\n";
+        << "  -help, --help    this list\n"
+        << "orvo-simulate --compare TRUTH PLOTFILE [TROPOFILE]\n"
+        << "                   north, east, up of orvo's static plot file (-gps) minus the\n"
+        << "                   truth, and the zenith wet delay of its troposphere file (-ot)\n";
 }
 
 SimOptions ParseSimOptions(int argc, const char* const* argv)

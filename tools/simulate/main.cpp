@@ -1,13 +1,29 @@
 // orvo-simulate: writes a simulated data set with known truth for one
-// station and one day, for testing the positioning program end to end.
+// station and one day, for testing the positioning program end to end, and
+// compares a result of the program with that truth.
 #include <iostream>
+#include <string>
 
+#include "SimCompare.h"
 #include "SimObservations.h"
 #include "SimOptions.h"
 #include "SimWriters.h"
+#include "numerics/ProgramError.h"
 
 int main(int argc, char** argv)
 {
+    const std::string first = argc > 1 && argv[1] ? argv[1] : "";
+    if (first == "--help") {
+        PrintSimHelp();
+        return 0;
+    }
+    if (first == "--compare") {
+        // Truth and plot file are a must; the troposphere file is optional.
+        if (argc != 4 && argc != 5)
+            ProgramError("Orvo", "orvo-simulate --compare needs TRUTH PLOTFILE [TROPOFILE]");
+        CompareWithTruth(argv[2], argv[3], argc == 5 ? argv[4] : "");
+        return 0;
+    }
     const SimOptions o = ParseSimOptions(argc, argv);
     const SimData d = Simulate(o);
     const SimFileNames n = WriteAll(d);

@@ -1,0 +1,70 @@
+#!/usr/bin/env bash
+# Whole-program timing on the real ESBC day (G+R+E, Pc3 and L3, troposphere
+# with gradients): wall time, CPU time and peak memory for 6, 12 and 24 hours
+# of observations cut from the same file, so that the growth with the number
+# of epochs can be read off. Run from the repository root after a Release
+# build; `make bench` does both.
+#
+#   bench/whole_day.sh [orvo binary] [data folder] [repeats]
+set -euo pipefail
+
+ORVO=${1:-build/bench/orvo}
+DATA=${2:-../shared/data/esbc-2020-177}
+REPEATS=${3:-3}
+
+if [[ ! -x $ORVO ]]; then echo "whole_day.sh: no program at $ORVO" >&2; exit 1; fi
+if [[ ! -r $DATA/esbc1770.20o ]]; then echo "whole_day.sh: no ESBC data in $DATA" >&2; exit 1; fi
+if [[ ! -x /usr/bin/time ]]; then echo "whole_day.sh: /usr/bin/time (GNU time) is needed" >&2; exit 1; fi
+
+# Absolute paths: the runs happen in a scratch folder, where the plot and
+# report files land.
+ORVO=$(readlink -f "$ORVO")
+DATA=$(readlink -f "$DATA")
+WORK=$(mktemp -d /tmp/orvo_whole_day_XXXXXX)
+trap 'rm -rf "$WORK"' EXIT
+
+# First n epochs of a RINEX 2 observation file: the header, then per epoch
+# the epoch line, its satellite continuation lines (12 satellites a line) and
+# ceil(types/5) lines per satellite.
+cut_epochs() {
+    awk -v n="$2" '
+        hdr == 0 {
+            print
+            if (index($0, "# / TYPES OF OBSERV") && substr($0, 1, 6) !~ /^ *$/) ntypes = substr($0, 1, 6) + 0
+            if (index($0, "END OF HEADER")) { hdr = 1; per = int((ntypes + 4) / 5) }
+            next
+        }
+        left > 0 { print; left--; next }
+        {
+            if (ep >= n) exit
+            ep++
+            print
+            nsat = substr($0, 30, 3) + 0
+            left = int((nsat - 1) / 12) + nsat * per
+        }' "$1"
+}
+
+ARGS=(-ep"$DATA"/GRG0MGXFIN_20201770000_01D_15M_ORB.SP3 -ec"$DATA"/GRG0MGXFIN_20201770000_01D_30S_CLK.CLK
+      -csGRE -gf"$DATA"/esbc1770.20o.glnfc -lPc3,L3 -tmSAAST,NIELL -ti02:00:00 -tg -xSTA)
+
+printf '\nWhole program, ESBC 2020-177, G+R+E, Pc3+L3, ZTD 2 h + gradients (best of %d runs)\n' "$REPEATS"
+printf '%6s %8s %10s %10s %12s %14s %12s\n' hours epochs wall_s cpu_s peak_MiB cpu_ms/epoch iterations
+for hours in 6 12 24; do
+    epochs=$((hours * 120))
+    obs=$WORK/esbc_${hours}h.20o
+    cut_epochs "$DATA/esbc1770.20o" "$epochs" > "$obs"
+    best_wall=""; best_cpu=""; peak=0
+    for ((r = 0; r < REPEATS; r++)); do
+        (cd "$WORK" && /usr/bin/time -v -o time.txt "$ORVO" -r"$obs" "${ARGS[@]}" > report.txt 2> log.txt) ||
+            { echo "whole_day.sh: run of $hours h failed" >&2; cat "$WORK/log.txt" >&2; exit 1; }
+        wall=$(awk -F': ' '/Elapsed \(wall clock\)/ { n = split($2, t, ":"); s = 0; for (i = 1; i <= n; i++) s = s * 60 + t[i]; print s }' "$WORK/time.txt")
+        cpu=$(awk -F': ' '/User time/ { u = $2 } /System time/ { s = $2 } END { print u + s }' "$WORK/time.txt")
+        rss=$(awk -F': ' '/Maximum resident set size/ { print $2 }' "$WORK/time.txt")
+        if [[ -z $best_wall ]] || awk -v a="$wall" -v b="$best_wall" 'BEGIN { exit !(a < b) }'; then best_wall=$wall; fi
+        if [[ -z $best_cpu ]] || awk -v a="$cpu" -v b="$best_cpu" 'BEGIN { exit !(a < b) }'; then best_cpu=$cpu; fi
+        (( rss > peak )) && peak=$rss
+    done
+    iters=$(awk -F': *' '/# of ITERATIONS :/ { split($2, a, " "); print a[1]; exit }' "$WORK/report.txt")
+    awk -v h="$hours" -v e="$epochs" -v w="$best_wall" -v c="$best_cpu" -v k="$peak" -v it="$iters" \
+        'BEGIN { printf "%6d %8d %10.2f %10.2f %12.1f %14.3f %12s\n", h, e, w, c, k / 1024, 1000 * c / e, it }'
+done
