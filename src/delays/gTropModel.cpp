@@ -57,9 +57,13 @@ void gTropModel::SetFile(const char* name)
     // then reports it.
     const TropFile kind = KindOf(name);
     const bool series = kind != TropFile::Grid, grid = kind != TropFile::Series;
+    const bool seriesWanted = TropM == 4 || MappF == 5;
     if (series && TropM == 4) tVmf1.SetFile(name);
     if (series && MappF == 5) mVmf1.SetFile(name);
-    if (grid && (TropM == 3 || GPT2ForMapping())) tGPT2.SetFile(name);
+    // A foreign file named for a GPT2-only choice would otherwise reach no
+    // reader, and the run would stop claiming no grid file was given; the
+    // grid reader's own checks name what is wrong with it.
+    if ((grid || !seriesWanted) && (TropM == 3 || GPT2ForMapping())) tGPT2.SetFile(name);
 }
 
 void gTropModel::ReadFile()

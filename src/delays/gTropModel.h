@@ -54,7 +54,7 @@ public:
     /// (first character '%') to the GPT2 model (model 3, or mapping 6 with
     /// any model), any other file to the VMF1 series of model 4 and mapping
     /// 5. A file that does not open goes to all chosen consumers, so that
-    /// ReadFile reports it.
+    /// ReadFile reports it; so does any file when no VMF1 series is chosen.
     void SetFile(const char* name);
 
     /// Reads the file of each consumer chosen as for SetFile.
