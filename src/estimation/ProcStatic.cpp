@@ -332,8 +332,10 @@ void ProcStatic(gCPosC& gc)
                         if (ct.label != nullptr) {
                             OutlierLine(satprn, i, d.epoch(i), ct.label, f);
                             if (ct.kind == 3) {
-                                std::cout << "  " << std::setw(8) << TROP;
-                                if (ixdcb >= 0) std::cout << "  " << std::setw(8) << (*ct.dcbValue)(ixsat);
+                                // Free-width fields in the precision of the misclosure.
+                                std::cout << "  " << TROP;
+                                if (ixsat >= 0 && ixsat < ct.dcbValue->NRow())
+                                    std::cout << "  " << (*ct.dcbValue)(ixsat);
                             }
                             std::cout << " m\n";
                         }

@@ -42,7 +42,9 @@ std::string DecimalMJD(const mjd& t)
 // One share test of the daily data amount; below the minimum the run ends.
 void TestShare(const gCPosC& gc, const char* label, long double share)
 {
-    std::cout << label << std::fixed << std::setprecision(1) << std::setw(6) << share << "%\n";
+    // One decimal and no field width: the value follows the label as the
+    // settings report prints its per-cent values.
+    std::cout << label << std::fixed << std::setprecision(1) << share << "%\n";
     if (static_cast<long double>(gc.MinDailyObs) > share) {
         std::cout << "  *** PROBLEMATIC QUANTITY OF DATA ... ABORTING PROCESS!!\n";
         std::cout.flush();

@@ -8,6 +8,7 @@
 #include <memory>
 
 #include "ContextFixture.h"
+#include "TestSupport.h"
 #include "geodesy/TimeConverse.h"
 
 using drivertest::Context;
@@ -496,6 +497,40 @@ TEST(ParseArgumentValuesDeath, OverlongFileNameAndBadDateEndTheRun)
             Parse(c.gc, {"-cd2020-13-01"});
         },
         ::testing::ExitedWithCode(1), "ymdhms: Error -> MONTH not valid");
+}
+
+TEST(ParseArgumentsDeath, RedirectionFileThatCannotBeWrittenEndsTheRun)
+{
+    // A folder that does not exist cannot take the file: the run must stop
+    // rather than lose the report or the log without a word.
+    const std::string absent = orvotest::TempDir() + "/no-such-folder/stream.txt";
+    EXPECT_EXIT(
+        {
+            Context c;
+            Parse(c.gc, {"-we" + absent, "-ca"});
+        },
+        ::testing::ExitedWithCode(1),
+        "\\*\\*\\*\\* Orvo: Error -> CERR REDIRECTION FILE CAN NOT BE OPENED: .*no-such-folder");
+    EXPECT_EXIT(
+        {
+            Context c;
+            Parse(c.gc, {"-WO" + absent, "-ca"});
+        },
+        ::testing::ExitedWithCode(1),
+        "\\*\\*\\*\\* Orvo: Error -> COUT REDIRECTION FILE CAN NOT BE OPENED: .*no-such-folder");
+
+    // Equal names of 251 characters leave no room for ".CERR" in the 255
+    // that a name member holds: the warning comes, then the framed stop, never
+    // a name cut to another file.
+    const std::string name(251, 'n');
+    EXPECT_EXIT(
+        {
+            Context c;
+            Parse(c.gc, {"-wo" + name, "-we" + name});
+        },
+        ::testing::ExitedWithCode(1),
+        "APPENDING .CERR TO CERR FILENAME! ####(.|\n)*\\*\\*\\*\\* Orvo: Error -> CERR "
+        "REDIRECTION FILE NAME TOO LONG FOR .CERR");
 }
 
 TEST(ParseArguments, ProgramPathIsNoOption)

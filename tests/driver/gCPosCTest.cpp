@@ -55,6 +55,43 @@ TEST(gCPosC, SettingsDefaults)
     for (int s = 0; s < 3; ++s) EXPECT_EQ(g.ixDTsys[s], -1);
 }
 
+TEST(gCPosC, ThresholdAndModelDefaultsOfTheSettingsTable)
+{
+    // Each value is a literal of the settings table, stored without
+    // arithmetic, so equality is exact.
+    Context c;
+    const gCPosC& g = c.gc;
+    EXPECT_EQ(g.IonexUnit, 0);
+    EXPECT_EQ(g.IonexProc, 1);
+    EXPECT_EQ(g.IonexTECV, 0);
+    EXPECT_FALSE(g.ifC1 || g.ifP1 || g.ifP2 || g.ifPc3 || g.ifPp3 || g.ifL3);
+    EXPECT_FALSE(g.ifEstKin || g.ifEstSta || g.ifEstTropo || g.ifEstTropoGrad);
+    EXPECT_FALSE(g.isMinElev || g.isMinDailyObs || g.isThresBlunder || g.isMaxfDiff);
+    EXPECT_FALSE(g.isAzmOffAtx);
+    EXPECT_EQ(g.AzmOffAtx, 0.0);
+    EXPECT_EQ(g.ThresBlunder, 4.0L);
+    EXPECT_EQ(g.MaxfDiff, 500.0L);
+    EXPECT_EQ(g.sigC, 0.2L);
+    EXPECT_EQ(g.sigP, 0.2L);
+    EXPECT_EQ(g.MaxAmbTimeGap, 30.5L);
+    EXPECT_EQ(g.ThresL40, 0.05L);
+    EXPECT_EQ(g.dThresL4, 0.02L);
+    EXPECT_FALSE(g.isThresL4 || g.isL4ScreenConst);
+    EXPECT_EQ(g.MWRMSThres, 0.86L);
+    EXPECT_EQ(g.MWOutliersThres, 4.0L);
+    EXPECT_EQ(g.P3OutliersThres, 4.0L);
+    EXPECT_EQ(g.IterDone, 0);
+    EXPECT_EQ(g.IterThres, 0.0001);
+    EXPECT_EQ(g.IterThresFin, 0.0);
+    EXPECT_FALSE(g.splitMidnightAmbs || g.doCopyFilterC || g.isHelp);
+    EXPECT_FALSE(g.isGNUPlotKin || g.isGNUPlotStat || g.isClkFile || g.isresfile);
+    EXPECT_EQ(g.TropoInterval, 0.0L);
+    EXPECT_EQ(g.TropoShift, 0.0L);
+    EXPECT_EQ(g.NEclipsSat, 0);
+    EXPECT_EQ(g.nAmb, 0);
+    EXPECT_EQ(g.NObsOutl, 0);
+}
+
 TEST(gCPosC, EllipsoidsOfTheSystems)
 {
     Context c;

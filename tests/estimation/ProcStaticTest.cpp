@@ -4,9 +4,16 @@
 // epoch clocks.
 #include <gtest/gtest.h>
 
+#include <cstdio>
+#include <iomanip>
+#include <regex>
+#include <sstream>
+
 #include "EstimationSupport.h"
 #include "estimation/ProcStatic.h"
 #include "estimation/SetUnknowns.h"
+#include "geodesy/TimeConverse.h"
+#include "geodesy/ymdhms.h"
 
 using namespace esttest;
 
@@ -228,9 +235,109 @@ TEST(ProcStatic, BlunderBeyondMaxfDiffIsRejectedForGood)
     ProcStatic(gc);
     EXPECT_TRUE(gc.ifXc3(bad));
     EXPECT_FALSE(gc.ifOc3(bad));
-    EXPECT_NE(out.Text().find("    Outlier detection:  PRN"), std::string::npos);
-    EXPECT_NE(out.Text().find("     f(PC3) = "), std::string::npos);
     EXPECT_LT(Dist(gc.RecPosEst, tr.station), TruthTol_m);
+
+    // The one outlier line: number, epoch, label, misclosure 12.3, then the
+    // modelled troposphere in free width (no code biases are estimated).
+    long epochOfBad = 0;
+    for (long k = 0, i = 0; i < ctx.rnxd.nepochall; ++i)
+        for (long j = 0; j < ctx.rnxd.nsat(i); ++j, ++k)
+            if (k == bad) epochOfBad = i;
+    std::ostringstream head;
+    head << "    Outlier detection:  PRN" << std::setw(4) << ctx.rnxd.sat(bad) << "   EPOCH: "
+         << std::setw(5) << epochOfBad + 1 << " [" << mjd2ymdhms(ctx.rnxd.epoch(epochOfBad))
+         << "]     f(PC3) = ";
+    std::istringstream in(out.Text());
+    std::vector<std::string> outliers;
+    for (std::string l; std::getline(in, l);)
+        if (l.find("Outlier detection") != std::string::npos) outliers.push_back(l);
+    ASSERT_EQ(outliers.size(), 1u) << out.Text();
+    const std::string& line = outliers[0];
+    ASSERT_EQ(line.substr(0, head.str().size()), head.str());
+    const std::string rest = line.substr(head.str().size());
+    ASSERT_GE(rest.size(), 12u);
+    // Computed minus observed: the 1000 m blunder, less the a-priori
+    // offset of 0.54 m projected on the line of sight.
+    EXPECT_NEAR(std::stold(rest.substr(0, 12)), -1000.0L, 0.6L);
+    EXPECT_EQ(rest.substr(12), "  0.000 m");  // TROP(bad) is 0 in the generated data
+}
+
+TEST(ProcStatic, ReportListsWeightsIterationsAndDeviations)
+{
+    Context ctx;
+    LoadProducts(ctx, false);
+    Truth tr;
+    Generate(ctx, GpsAndGalileo(false), 10, 600.0L, tr);
+    gCPosC& gc = ctx.gc;
+    gc.isGPS = true;
+    gc.sigC = 0.3L;
+    gc.p0C = 0.027777L;
+    gc.sigP = 0.2L;
+    gc.p0P = 0.0625L;
+    gc.p0Pc3G = 0.25L;  // sigma 0.1 against sig0 0.05
+    gc.sigPc3G = 0.1L;
+    SetApriori(gc, tr.station + kOffset);
+    Capture out(std::cout);
+    SetUnknowns(gc);
+    ProcStatic(gc);
+    std::vector<std::string> lines;
+    {
+        std::istringstream in(out.Text());
+        for (std::string l; std::getline(in, l);) lines.push_back(l);
+    }
+    auto fmt = [](const char* f, long double a, long double b) {
+        char buf[160];
+        std::snprintf(buf, sizeof(buf), f, a, b);
+        return std::string(buf);
+    };
+    auto fmt1 = [](const char* f, long double a) {
+        char buf[160];
+        std::snprintf(buf, sizeof(buf), f, a);
+        return std::string(buf);
+    };
+    const auto head = std::find(lines.begin(), lines.end(), "  Standard deviatons and weights      :");
+    ASSERT_NE(head, lines.end()) << out.Text();
+    size_t at = static_cast<size_t>(head - lines.begin()) + 1;
+    ASSERT_GE(lines.size(), at + 14);
+    EXPECT_EQ(lines[at], fmt("      observation C/A             [m] :  S: %6.4Lf     W: %8.4Lf", 0.3L, 0.027777L));
+    EXPECT_EQ(lines[at + 1], fmt("      observation P1/P2           [m] :  S: %6.4Lf     W: %8.4Lf", 0.2L, 0.0625L));
+    EXPECT_EQ(lines[at + 2], fmt("      observation P3[C1,P2]-GPS   [m] :  S: %6.4Lf     W: %8.4Lf", 0.1L, 0.25L));
+    EXPECT_EQ(lines[at + 3].substr(0, 39), "      observation P3[C1,P2]-GLN   [m] :");
+    EXPECT_EQ(lines[at + 4].substr(0, 39), "      observation P3[C1,C7]-GAL   [m] :");
+    EXPECT_EQ(lines[at + 5].substr(0, 39), "      observation P3[P1,P2]-GPS   [m] :");
+    EXPECT_EQ(lines[at + 6].substr(0, 39), "      observation P3[P1,P2]-GLN   [m] :");
+    EXPECT_EQ(lines[at + 7].substr(0, 39), "      observation P3[P1,C7]-GAL   [m] :");
+    EXPECT_EQ(lines[at + 8].substr(0, 39), "      observation L3[L1,L2]-GPS   [m] :");
+    EXPECT_EQ(lines[at + 9].substr(0, 39), "      observation L3[L1,L2]-GLN   [m] :");
+    EXPECT_EQ(lines[at + 10], fmt("      observation L3[L1,L7]-GAL   [m] :  S: %6.4Lf     W: %8.4Lf", 0.0005L, 10000.0L));
+    EXPECT_EQ(lines[at + 11], fmt1("      reference std. dev. apriori [m] : %6.4Lf", 0.05L));
+    EXPECT_EQ(lines[at + 12], "");
+    EXPECT_EQ(lines[at + 13], "  PROCESSING GNSS OBSERVATIONS:");
+
+    // One line per solve, numbered from 1, the norm in 15 columns as d.dde+xx.
+    const std::regex iterLine("   Processing iteration                : [ 0-9]{5}[0-9] {7}[0-9]\\.[0-9]{2}e[-+][0-9]{2}");
+    long nIter = 0;
+    for (const std::string& l : lines)
+        if (l.rfind("   Processing iteration", 0) == 0) {
+            ++nIter;
+            EXPECT_TRUE(std::regex_match(l, iterLine)) << l;
+            EXPECT_EQ(std::stol(l.substr(41, 6)), nIter);
+        }
+    EXPECT_EQ(nIter, gc.IterDone);
+
+    // Closing: empty line, title, the global and the Pc3 deviation (the only
+    // type on), two empty lines.
+    const auto dev = std::find(lines.begin(), lines.end(), "  Estimated reference standard deviations:");
+    ASSERT_NE(dev, lines.end());
+    at = static_cast<size_t>(dev - lines.begin());
+    ASSERT_EQ(lines.size(), at + 5) << out.Text();
+    EXPECT_EQ(lines[at - 1], "");
+    EXPECT_EQ(lines[at + 1], fmt1("  A-posteriori        : %15.1Lf mm", std::sqrt(gc.s0apost) * 1000.0L));
+    EXPECT_EQ(lines[at + 2], fmt1("      A-posteriori Pc3: %15.1Lf mm", std::sqrt(gc.s0apost_Pc3) * 1000.0L));
+    EXPECT_EQ(lines[at + 3], "");
+    EXPECT_EQ(lines[at + 4], "");
+    // Exact data: the deviations are far below the 0.05 m a-priori one.
+    EXPECT_LT(std::sqrt(gc.s0apost), 1e-3L);
 }
 
 TEST(ProcStaticDeath, RunWithoutLayoutStopsWithFramedError)

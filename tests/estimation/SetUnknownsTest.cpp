@@ -2,6 +2,8 @@
 // columns and their constraint rows, sizes of the estimator arrays.
 #include <gtest/gtest.h>
 
+#include <sstream>
+
 #include "EstimationSupport.h"
 #include "estimation/NormalSystem.h"
 #include "estimation/SetUnknowns.h"
@@ -261,6 +263,60 @@ TEST(SetUnknowns, GradientNodesSpanTheDelayNodes)
     EXPECT_EQ(gc.ixTropoGradE(0), 3 + 4);
     EXPECT_EQ(gc.ixTropoGradN(0), 3 + 4 + 4);
     EXPECT_EQ(gc.NUnk, 3 + 4 + 8);
+}
+
+TEST(SetUnknowns, CountListHasEveryLineInSixColumns)
+{
+    // G01, G02, E11 in three epochs: Galileo bias against GPS, a Pc3 bias
+    // for each of the three satellites with one constraint per system,
+    // 10:00..10:01 on a 1 h grid (2 nodes), one gradient interval (2 nodes
+    // each way), two arcs.
+    Context ctx;
+    MakeStore(ctx, {{1, 2, 211}, {1, 2, 211}, {1, 2, 211}}, 30.0L);
+    gCPosC& gc = ctx.gc;
+    gc.isGPS = gc.isGAL = true;
+    gc.ifPc3 = true;
+    gc.isGPSxdcb = gc.isGALxdcb = true;
+    gc.ifEstTropo = gc.ifEstTropoGrad = true;
+    gc.TropoInterval = 3600.0L;
+    gc.nTropoGradInt = 1;
+    gc.ifL3 = true;
+    gc.nAmb = 2;
+    Capture out(std::cout);
+    SetUnknowns(gc);
+    std::vector<std::string> lines;
+    {
+        std::istringstream in(out.Text());
+        for (std::string l; std::getline(in, l);) lines.push_back(l);
+    }
+    const auto first = std::find(lines.begin(), lines.end(), "  Coordinate unknowns dX, dY, dZ      :      3");
+    ASSERT_NE(first, lines.end()) << out.Text();
+    // 3 + 1 + 3 + 2 + 2 * 2 + 2 = 15 unknowns, 3 epoch clocks.
+    const std::vector<std::string> want = {
+        "  Coordinate unknowns dX, dY, dZ      :      3",
+        "  GNSS inter-system clock biases      :      1  [YES]",
+        "  Differential code biases (DCB)      :      3",
+        "                         C1 DCB       :      0",
+        "                         P1 DCB       :      0",
+        "                         P2 DCB       :      0",
+        "               P3[C1,P2/C7] DCB       :      3",
+        "               P3[P1,P2/C7] DCB       :      0",
+        "                DCB constraints       :      2",
+        "  Troposphere zenit delays (wet)      :      2",
+        "  Troposphere Gradient parameters [E] :      2",
+        "  Troposphere Gradient parameters [N] :      2",
+        "  L3 ambiguity parameters             :      2",
+        "  GNSS clk parameters [preeliminated] :      3",
+        "",
+        "  Number of all estimated unknowns    :     15",
+        "  Number of all unknowns (+clock unk) :     18",
+        "",
+        "",
+    };
+    const size_t at = static_cast<size_t>(first - lines.begin());
+    ASSERT_EQ(lines.size(), at + want.size()) << out.Text();
+    for (size_t i = 0; i < want.size(); ++i) EXPECT_EQ(lines[at + i], want[i]) << i;
+    EXPECT_EQ(gc.NUnk, 15);
 }
 
 TEST(SetUnknownsDeath, FileWithoutEpochsStopsWithFramedError)

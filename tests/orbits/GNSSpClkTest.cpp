@@ -365,6 +365,39 @@ TEST(GNSSpClkReader, Version304LayoutReadsTheSameClocks)
     }
 }
 
+TEST(GNSSpClkReader, WholeListLinesStopAtTheLastNeededLine)
+{
+    // Exactly 15 satellites in a version 3.00 file: one list line, and the
+    // very next line is END OF HEADER. Reading nsat/15 + 1 = 2 list lines
+    // would swallow it and never find the header's end. The AS records of
+    // the 60 satellites outside the list are passed over.
+    const std::vector<std::string>& h = Parsed().header;
+    std::size_t list = 0;
+    while (list < h.size() && h[list].find("PRN LIST") == std::string::npos) ++list;
+    ASSERT_LT(list, h.size());
+    std::string sats = h[list];  // E01 ... E19
+    std::string f = h[0] + "\n";
+    f += std::string("    15") + std::string(54, ' ') + "# OF SOLN SATS\n";
+    f += sats + "\n";
+    f += std::string(60, ' ') + "END OF HEADER\n";
+    for (long k = 0; k < 5; ++k) f += Join(Parsed().records.at(k));
+    auto c = Load(WriteTemp("fifteen.clk", f));
+    EXPECT_EQ(c->GetNSatList(), 15);
+    EXPECT_EQ(c->GetNEpoch(), 5);
+    // The 15th entry is readable at a node; the first one left out is not.
+    const std::string last = sats.substr(4 * 14, 3);
+    short prn = static_cast<short>(200 + std::atoi(last.c_str() + 1));
+    mjd t = Epoch(2);
+    c->SetEpochIndex(t);
+    long double dt = 0.0L;
+    c->GetSatelliteClock(prn, t, dt);
+    ASSERT_TRUE(c->DTisOK);
+    EXPECT_NEAR(dt, Value(2, last), NodeTol_s);
+    short outside = 221;  // E21 opens the second list line of the real file
+    c->GetSatelliteClock(outside, t, dt);
+    EXPECT_FALSE(c->DTisOK);
+}
+
 namespace {
 void ReadClk(const std::string& path)
 {

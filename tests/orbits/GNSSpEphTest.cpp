@@ -168,6 +168,80 @@ TEST_F(GrgOrbit, InterpolationAtANodeGivesTheNode)
         }
 }
 
+namespace {
+// Plain Lagrange polynomial through nodes first..first+n-1 (seconds from
+// node 0), written here in seconds rather than the reader's hours and
+// stored denominators.
+long double LagrangeAt(const long double* y, int first, int n, long double x_s)
+{
+    long double sum = 0.0L;
+    for (int i = first; i < first + n; ++i) {
+        long double b = 1.0L;
+        for (int j = first; j < first + n; ++j)
+            if (j != i) b *= (x_s - 900.0L * j) / (900.0L * (i - j));
+        sum += y[i] * b;
+    }
+    return sum;
+}
+}  // namespace
+
+// 1e-7 m: the same polynomial evaluated two ways. Half an interval outside
+// the nodes the Lagrange weights sum in magnitude to some thousands, which
+// turns long double round-off on 2.6e7 m into a few 1e-9 m (measured 4e-9 m
+// there, 6e-12 m inside). The file's 1 mm rounding of the nodes makes a
+// window shifted by one node land 1e-5 m and more away, which the test also
+// demands so that it can tell the windows apart.
+constexpr long double WindowTol_m = 1e-7L;
+// Clocks of 1e-4 s through four nodes: round-off near 1e-20 s; the file's
+// 1e-12 s rounding separates neighbouring windows by far more.
+constexpr long double WindowClkTol_s = 1e-16L;
+
+TEST_F(GrgOrbit, NodeWindowsAreCentredAndSlideInwardAtTheEnds)
+{
+    // Epoch (node k + offset) and the first node of the 14-node position
+    // window and of the 4-node clock window that the centring rule gives.
+    struct Case { int k; long double off_s; int firstPos, firstClk; };
+    const Case cases[] = {
+        {0, -450.0L, 0, 0},    // before the file: ix truncates to 0
+        {3, 450.0L, 0, 2},     // position window clipped at the start
+        {40, 450.0L, 34, 39},  // centred on the interval 40..41
+        {89, 100.0L, 82, 88},  // position window clipped at the end
+        {95, 450.0L, 82, 92},  // after the last node
+    };
+    long double y[3][96], clk[96];
+    for (int k = 0; k < 96; ++k) {
+        const Node n = FileNode(*lines, k, "PG05");
+        ASSERT_TRUE(n.found);
+        y[0][k] = n.pos.x;
+        y[1][k] = n.pos.y;
+        y[2][k] = n.pos.z;
+        clk[k] = n.clk;
+    }
+    for (const Case& c : cases) {
+        mjd t = At(*eph, c.k, c.off_s);
+        const long double x = 900.0L * c.k + c.off_s;
+        xyzt p, v;
+        eph->CalcSatPosition(5, t, p, v);
+        ASSERT_TRUE(eph->PSisOK && eph->DTisOK) << c.k;
+        auto windowPos = [&](int first) {
+            return xyz(LagrangeAt(y[0], first, 14, x), LagrangeAt(y[1], first, 14, x),
+                       LagrangeAt(y[2], first, 14, x));
+        };
+        EXPECT_LT(Dist(p, windowPos(c.firstPos)), WindowTol_m) << c.k;
+        for (int shift : {-1, 1}) {
+            const int f = c.firstPos + shift;
+            if (f < 0 || f + 14 > 96) continue;
+            EXPECT_GT(Dist(p, windowPos(f)), 50.0L * WindowTol_m) << c.k << " shift " << shift;
+        }
+        EXPECT_NEAR(p.dt, LagrangeAt(clk, c.firstClk, 4, x), WindowClkTol_s) << c.k;
+        for (int shift : {-1, 1}) {
+            const int f = c.firstClk + shift;
+            if (f < 0 || f + 4 > 96) continue;
+            EXPECT_GT(std::fabs(p.dt - LagrangeAt(clk, f, 4, x)), 10.0L * WindowClkTol_s) << c.k;
+        }
+    }
+}
+
 // Thinning to every second node (30 min) and interpolating at the removed
 // nodes: the measured worst case over all satellites in near-circular orbit
 // is 9.5 mm where the window is centred (nodes 13 to 81). 2 cm bounds it;

@@ -232,6 +232,7 @@ struct Options {
     std::string dropClk;
     bool tropo = false;
     bool estTropo = false;
+    bool tropEphFile = false;  // -oT asked for: the wet mapping is kept
     bool antipode = false;
     std::string sky;
     std::string rcvClock;
@@ -257,6 +258,7 @@ std::unique_ptr<Context> Stage(const Options& o)
         g.TrpModel = 0;    // Saastamoinen
         g.TrpMappFun = 0;  // Niell
         g.ifEstTropo = g.ifEstTropoGrad = o.estTropo;
+        g.isOutTropEphFile = o.tropEphFile;
     }
     if (!o.rcvClock.empty()) {
         SetName(g.clkFName, o.rcvClock);
@@ -510,6 +512,35 @@ TEST(Corrections, TroposphereTotalOrDryDependingOnEstimation)
         EXPECT_NEAR(dry->gc.MFGRAD(k, 0), mg * std::cos(dry->gc.AZM(k)), 1e-9L);
         EXPECT_NEAR(dry->gc.MFGRAD(k, 1), mg * std::sin(dry->gc.AZM(k)), 1e-9L);
         EXPECT_EQ(total->gc.MFGRAD(k, 0), 0.0L);
+        ++checked;
+    }
+    EXPECT_GT(checked, 100);
+}
+
+TEST(Corrections, EpochTroposphereFileKeepsTheWetMappingWithoutEstimation)
+{
+    // Asking for the epoch troposphere file fills MFTROP even when the wet
+    // delay is modelled rather than estimated; the delay itself stays the
+    // total one. The wet mapping is that of the same model at the same
+    // epoch and elevation, so it equals the value of an estimating run.
+    Options o;
+    o.tropo = true;
+    o.clk = false;
+    o.tropEphFile = true;
+    auto kept = Stage(o);
+    o.tropEphFile = false;
+    auto total = Stage(o);
+    o.estTropo = true;
+    auto dry = Stage(o);
+    int checked = 0;
+    for (long k = 0; k < kept->rnxd.GetNObs(); ++k) {
+        if (!kept->gc.OKSAT(k) || kept->gc.ELV(k) < 15.0L * Pi / 180.0L) continue;
+        const long double s = std::sin(kept->gc.ELV(k));
+        EXPECT_NEAR(kept->gc.MFTROP(k) * s, 1.0L, 0.03L);  // 1/sin(E) within 3% above 15 deg
+        EXPECT_NEAR(kept->gc.MFTROP(k), dry->gc.MFTROP(k), 1e-15L);  // same computation
+        EXPECT_NEAR(kept->gc.TROP(k), total->gc.TROP(k), 1e-15L);    // still dry + wet
+        EXPECT_GT(kept->gc.TROP(k), dry->gc.TROP(k));
+        EXPECT_EQ(kept->gc.MFGRAD(k, 0), 0.0L);  // gradients only when estimated
         ++checked;
     }
     EXPECT_GT(checked, 100);

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdio>
 #include <iostream>
 #include <memory>
 #include <string>
@@ -93,8 +94,8 @@ TEST(ReceiverProperties, DailyShareEqualToTheMinimumPasses)
         Stage(c, CutObs("half.20o", 0, 1441), false);
         out = o.Text();
     }
-    EXPECT_NE(out.find("  Quantity of daily GNSS data span    :   50.0%"), std::string::npos);
-    EXPECT_NE(out.find("  Number of daily GNSS data           :   50.0%"), std::string::npos);
+    EXPECT_NE(out.find("  Quantity of daily GNSS data span    : 50.0%"), std::string::npos);
+    EXPECT_NE(out.find("  Number of daily GNSS data           : 50.0%"), std::string::npos);
     EXPECT_NE(out.find("  MARKER NAME / MARKER NUMBER         : ESBC00DNK / 10118M001"),
               std::string::npos);
 }
@@ -112,9 +113,38 @@ TEST(ReceiverPropertiesDeath, ShortDataSpanAborts)
             Stage(c, obs, false);
         },
         ::testing::ExitedWithCode(1),
-        "  Quantity of daily GNSS data span    :   50.0%\n"
+        "  Quantity of daily GNSS data span    : 50.0%\n"
         "  \\*\\*\\* PROBLEMATIC QUANTITY OF DATA ... ABORTING PROCESS!!\n"
         "(.|\n)*\\*\\*\\*\\* Orvo: Error -> DAILY GNSS DATA 49.965% BELOW THE MINIMUM 50.000%!");
+}
+
+TEST(ReceiverPropertiesDeath, EpochShareCountsTheEpochsOfAFullDay)
+{
+    // The same 1441 epochs (12 h) under a header INTERVAL of 15 s: the span
+    // share is 50.0% and passes a minimum of 40%, but a full day at 15 s
+    // holds 86400/15 + 1 = 5761 epochs, of which 1441 are 25.013%. The
+    // second test must abort on that; a denominator of 86400 s alone would
+    // give 25.017%, a span-based one 50%.
+    const std::string obs = CutObs("sparse.20o", 0, 1441, stagingtest::KeepAll,
+                                   "    30.000  ", "    15.000  ");
+    const long double fullDayEpochs = 86400.0L / 15.0L + 1.0L;
+    char share[64];
+    std::snprintf(share, sizeof share, "%.3Lf", 1441.0L / fullDayEpochs * 100.0L);
+    ASSERT_EQ(std::string(share), "25.013");  // the arithmetic of the comment
+    EXPECT_EXIT(
+        {
+            std::cout.rdbuf(std::cerr.rdbuf());
+            Context c;
+            c.gc.isMinDailyObs = true;
+            c.gc.MinDailyObs = 40.0;
+            Stage(c, obs, false);
+        },
+        ::testing::ExitedWithCode(1),
+        "  Quantity of daily GNSS data span    : 50.0%\n"
+        "  Number of daily GNSS data           : 25.0%\n"
+        "  \\*\\*\\* PROBLEMATIC QUANTITY OF DATA ... ABORTING PROCESS!!\n"
+        "(.|\n)*\\*\\*\\*\\* Orvo: Error -> DAILY GNSS DATA "
+            + std::string(share) + "% BELOW THE MINIMUM 40.000%!");
 }
 
 TEST(ReceiverPropertiesDeath, HeaderWithoutPositionStops)

@@ -172,4 +172,101 @@ TEST(SetGlonassFrequency, NavigationFileGivesTheChannelsWithoutAChannelFile)
     EXPECT_EQ(n, 10);
 }
 
+// The navigation file of the day without the records of slot `dropSlot`:
+// a GLONASS record is an epoch line with the slot in columns 1-2, and
+// three lines that start with at least three blanks.
+std::string NavWithoutSlot(int dropSlot)
+{
+    std::ifstream in(orvotest::Data("esbc-2020-177/esbc1770.20g"));
+    std::string line, text;
+    bool header = true;
+    int skip = 0;
+    while (std::getline(in, line)) {
+        if (skip > 0) {
+            --skip;
+            continue;
+        }
+        if (!header && line.size() > 2 && line.compare(0, 3, "   ") != 0
+            && std::atoi(line.substr(0, 2).c_str()) == dropSlot) {
+            skip = 3;
+            continue;
+        }
+        if (line.find("END OF HEADER") != std::string::npos) header = false;
+        text += line + "\n";
+    }
+    return orvotest::WriteTemp("noR" + std::to_string(dropSlot) + ".20g", text);
+}
+
+// Runs SetGlonassFrequency on the first epoch with the sources given (an
+// empty name: that source is absent) and returns its output and warnings.
+void FrequencyStage(const std::string& channels, const std::string& nav, std::string& out,
+                    std::string& err)
+{
+    ClearTables();
+    Context c;
+    gCPosC& g = c.gc;
+    SetName(g.rnxfile, CutObs("glnfc-both.20o", 0, 1));
+    g.isRnx = g.isGPS = g.isGLN = true;
+    if (!channels.empty()) {
+        SetName(g.glnfreqch, channels);
+        g.isGLNfrch = true;
+    }
+    if (!nav.empty()) {
+        SetName(g.rnavfile, nav);
+        g.isGLNnav = true;
+    }
+    Capture o(std::cout);
+    Capture e(std::cerr);
+    SetFiles(g);
+    ReadFiles(g);
+    SetGlonassFrequency(g);
+    out = o.Text();
+    err = e.Text();
+}
+
 }  // namespace
+
+TEST(SetGlonassFrequency, ChannelFileWinsOverTheNavigationFile)
+{
+    // R02 (channel -4 in the navigation file) is left out of the channel
+    // file. Given both, the channel file alone decides: R02 falls back to
+    // channel 0 with the channel file's warning instead of taking -4.
+    std::ifstream in(kChannels);
+    std::string line, text;
+    while (std::getline(in, line))
+        if (line.compare(0, 3, "R02") != 0) text += line + "\n";
+    std::string out, err;
+    FrequencyStage(orvotest::WriteTemp("noR02.glnfc", text),
+                   orvotest::Data("esbc-2020-177/esbc1770.20g"), out, err);
+    EXPECT_NE(err.find("GLONASS SATELLITE 102 NOT LISTED IN GLONASS FREQUENCY CHANNEL FILE - "
+                       "USING FREQ. CHANNEL k = 0!"),
+              std::string::npos)
+        << err;
+    EXPECT_EQ(err.find("BROADCAST EPHEMERIS"), std::string::npos);
+    EXPECT_NEAR(GLONASSc::lamb(1, 0), C / 1602.0e6L, WaveTol_m);
+    EXPECT_NEAR(GLONASSc::lamb(1, 1), C / 1246.0e6L, WaveTol_m);
+    EXPECT_NE(out.find("    Satellite:  R02    f. channel:  NOT FOUND -> SETTING TO 0.0"),
+              std::string::npos);
+    // The others follow the channel file, which agrees with the list.
+    const std::map<int, int> list = ChannelList();
+    const long double k1 = list.at(1);
+    EXPECT_NEAR(GLONASSc::lamb(0, 0), C / (1602.0e6L + 0.5625e6L * k1), WaveTol_m);
+}
+
+TEST(SetGlonassFrequency, SlotMissingFromTheNavigationFileGetsChannelZero)
+{
+    std::string out, err;
+    FrequencyStage("", NavWithoutSlot(2), out, err);
+    EXPECT_NE(err.find("GLONASS SATELLITE 102 NOT LISTED IN GLONASS BROADCAST EPHEMERIS FILE - "
+                       "USING FREQ. CHANNEL k = 0!"),
+              std::string::npos)
+        << err;
+    EXPECT_NEAR(GLONASSc::lamb(1, 0), C / 1602.0e6L, WaveTol_m);
+    EXPECT_NEAR(GLONASSc::lamb(1, 1), C / 1246.0e6L, WaveTol_m);
+    EXPECT_NE(out.find("    Satellite:  R02    f. channel:  NOT FOUND -> SETTING TO 0.0"),
+              std::string::npos);
+    // R01 keeps the channel of its own records.
+    const long double k1 = ChannelList().at(1);
+    EXPECT_NEAR(GLONASSc::lamb(0, 0), C / (1602.0e6L + 0.5625e6L * k1), WaveTol_m);
+    EXPECT_EQ(err.find("GLONASS SATELLITE 101"), std::string::npos);
+}
