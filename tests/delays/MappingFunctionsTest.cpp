@@ -15,6 +15,7 @@
 #include <functional>
 #include <string>
 #include <vector>
+#include "numerics/NearLD.h"
 
 namespace {
 
@@ -84,8 +85,8 @@ TEST(MappingFunctions, OneAtTheZenith)
     constexpr long double ZenithTol = 1e-12L;
     for (const Named& f : AllFunctions()) {
         const gTropDelay t = f.at(Pi / 2.0L);
-        EXPECT_NEAR(t.mfdry, 1.0L, ZenithTol) << f.name;
-        EXPECT_NEAR(t.mfwet, 1.0L, ZenithTol) << f.name;
+        EXPECT_NEAR_LD(t.mfdry, 1.0L, ZenithTol) << f.name;
+        EXPECT_NEAR_LD(t.mfwet, 1.0L, ZenithTol) << f.name;
     }
 }
 
@@ -100,12 +101,12 @@ TEST(MappingFunctions, FollowAnExponentialAtmosphere)
     for (long double deg : {5.0L, 10.0L, 30.0L, 60.0L}) {
         const long double ref = StraightPathMapping(Rad(deg), 8000.0L);
         for (const Named& f : AllFunctions())
-            EXPECT_NEAR(f.at(Rad(deg)).mfdry, ref, RelTol * ref) << f.name << " " << deg;
+            EXPECT_NEAR_LD(f.at(Rad(deg)).mfdry, ref, RelTol * ref) << f.name << " " << deg;
     }
     // Near 1/sin E high up, about 10 at 5 degrees.
     for (const Named& f : AllFunctions()) {
-        EXPECT_NEAR(f.at(Rad(60.0L)).mfdry, 1.0L / std::sin(Rad(60.0L)), HighElevationTol) << f.name;
-        EXPECT_NEAR(f.at(Rad(5.0L)).mfdry, 10.1L, FiveDegreeTol) << f.name;
+        EXPECT_NEAR_LD(f.at(Rad(60.0L)).mfdry, 1.0L / std::sin(Rad(60.0L)), HighElevationTol) << f.name;
+        EXPECT_NEAR_LD(f.at(Rad(5.0L)).mfdry, 10.1L, FiveDegreeTol) << f.name;
     }
 }
 
@@ -136,8 +137,8 @@ TEST(MappingFunctions, DavisAndMariniGiveOneValueForBoth)
     marini.SetAtmParams(flh(Rad(45.0L), 0.0L, 0.0L));
     // At 45 degrees and sea level the gravity factor is 1 and ksi the bare
     // published constant.
-    EXPECT_NEAR(marini.g, 1.0L, ExactTol);
-    EXPECT_NEAR(marini.ksi, 0.02644L, ExactTol);
+    EXPECT_NEAR_LD(marini.g, 1.0L, ExactTol);
+    EXPECT_NEAR_LD(marini.ksi, 0.02644L, ExactTol);
     long double prev = 1e9L;
     for (int deg = 3; deg <= 90; deg += 3) {
         gTropDelay d, m;
@@ -154,13 +155,13 @@ TEST(MappingFunctions, DavisAndMariniGiveOneValueForBoth)
     }
     // Davis folds the standard atmosphere into its coefficients: the site
     // does not enter, and alpha is the standard lapse of -6.576 K/km.
-    EXPECT_NEAR(davis.alpha, -5.93L - 0.0359L * 18.0L, ExactTol);
+    EXPECT_NEAR_LD(davis.alpha, -5.93L - 0.0359L * 18.0L, ExactTol);
     // Marini is not normalised: at the zenith it gives
     // (1 + ksi)/(1 + ksi/(1.015 (1 + ksi))).
     gTropDelay z;
     marini.GetMappFunction(z, Pi / 2.0L);
     const long double k = 0.02644L;
-    EXPECT_NEAR(z.mfdry, (1.0L + k) / (1.0L + k / (1.015L * (1.0L + k))), RoundOffTol);
+    EXPECT_NEAR_LD(z.mfdry, (1.0L + k) / (1.0L + k / (1.015L * (1.0L + k))), RoundOffTol);
 }
 
 TEST(Niell, TableRowsByLatitudeBand)
@@ -180,8 +181,8 @@ TEST(Niell, TableRowsByLatitudeBand)
     EXPECT_EQ(n.ad1, m.ad1);
     EXPECT_EQ(n.bd2, m.bd2);
     EXPECT_EQ(n.cw, m.cw);
-    EXPECT_NEAR(n.ad1, (1.2769934e-3L + 1.2683230e-3L) / 2.0L, ExactTol);
-    EXPECT_NEAR(n.bw, (1.4275268e-3L + 1.5138625e-3L) / 2.0L, ExactTol);
+    EXPECT_NEAR_LD(n.ad1, (1.2769934e-3L + 1.2683230e-3L) / 2.0L, ExactTol);
+    EXPECT_NEAR_LD(n.bw, (1.4275268e-3L + 1.5138625e-3L) / 2.0L, ExactTol);
     // 75 degrees exactly: the last row, not a row beyond the table.
     n.SetAtmParams(flh(Rad(75.0L), 0.0L, 0.0L));
     EXPECT_EQ(n.ad1, 1.2045996e-3L);
@@ -226,14 +227,14 @@ TEST(Niell, MatchesIndependentEvaluationOfThePublishedFunctions)
         gTropDelay t;
         setRow(2, -1.0L);
         n.GetMappFunction(t, flh(Rad(45.0L), 0.0L, 0.0L), doy28, E[i]);
-        EXPECT_NEAR(t.mfdry, mh45[i], NiellTol) << i;
-        EXPECT_NEAR(t.mfwet, mw45[i], NiellTol) << i;
+        EXPECT_NEAR_LD(t.mfdry, mh45[i], NiellTol) << i;
+        EXPECT_NEAR_LD(t.mfwet, mw45[i], NiellTol) << i;
         n.GetMappFunction(t, flh(Rad(45.0L), 0.0L, 1000.0L), doy200, E[i]);
-        EXPECT_NEAR(t.mfdry, mh45h1[i], NiellTol) << i;
+        EXPECT_NEAR_LD(t.mfdry, mh45h1[i], NiellTol) << i;
         setRow(1, 1.0L);
         n.GetMappFunction(t, flh(Rad(-30.0L), 0.0L, 500.0L), doy28, E[i]);
-        EXPECT_NEAR(t.mfdry, mhS30[i], NiellTol) << i;
-        EXPECT_NEAR(t.mfwet, mwS30[i], NiellTol) << i;
+        EXPECT_NEAR_LD(t.mfdry, mhS30[i], NiellTol) << i;
+        EXPECT_NEAR_LD(t.mfwet, mwS30[i], NiellTol) << i;
     }
 }
 
@@ -250,16 +251,16 @@ TEST(VMF1Mapping, SouthernConstantsAndHalfYearShift)
     const long double k40 = 1.0L - std::cos(Rad(40.0L));
     gTropDelay t;
     m.GetMappFunction(t, flh(Rad(40.0L), 0.0L, 0.0L), d28, E, ah, aw);
-    EXPECT_NEAR(t.mfdry, MappingFraction(ah, 0.0029L, 0.062L + 0.006L * k40, E), Tol);
-    EXPECT_NEAR(m.phh, 0.0L, Tol);
+    EXPECT_NEAR_LD(t.mfdry, MappingFraction(ah, 0.0029L, 0.062L + 0.006L * k40, E), Tol);
+    EXPECT_NEAR_LD(m.phh, 0.0L, Tol);
     m.GetMappFunction(t, flh(Rad(-40.0L), 0.0L, 0.0L), d28, E, ah, aw);
-    EXPECT_NEAR(t.mfdry, MappingFraction(ah, 0.0029L, 0.062L + 0.002L * k40, E), Tol);
-    EXPECT_NEAR(m.phh, Pi, Tol);
-    EXPECT_NEAR(m.c11h, 0.007L, Tol);
+    EXPECT_NEAR_LD(t.mfdry, MappingFraction(ah, 0.0029L, 0.062L + 0.002L * k40, E), Tol);
+    EXPECT_NEAR_LD(m.phh, Pi, Tol);
+    EXPECT_NEAR_LD(m.c11h, 0.007L, Tol);
     m.GetMappFunction(t, flh(0.0L, 0.0L, 0.0L), mjd(57257, 0.0L), E, ah, aw);
-    EXPECT_NEAR(t.mfdry, MappingFraction(ah, 0.0029L, 0.062L, E), Tol);
+    EXPECT_NEAR_LD(t.mfdry, MappingFraction(ah, 0.0029L, 0.062L, E), Tol);
     // The wet function has fixed b and c.
-    EXPECT_NEAR(t.mfwet, MappingFraction(aw, 0.00146L, 0.04391L, E), Tol);
+    EXPECT_NEAR_LD(t.mfwet, MappingFraction(aw, 0.00146L, 0.04391L, E), Tol);
 }
 
 TEST(VMF1Mapping, HeightCorrectionIsNiells)
@@ -274,7 +275,7 @@ TEST(VMF1Mapping, HeightCorrectionIsNiells)
     m.GetMappFunction(t2, flh(Rad(46.0L), 0.0L, 2000.0L), day, E, 0.00125L, 0.0006L);
     const long double corr = 2.0L * (1.0L / std::sin(E)
                                      - MappingFraction(2.53e-5L, 5.49e-3L, 1.14e-3L, E));
-    EXPECT_NEAR(t2.mfdry - t0.mfdry, corr, RoundOffTol);
+    EXPECT_NEAR_LD(t2.mfdry - t0.mfdry, corr, RoundOffTol);
     // Of the order of 0.1 % per km at 5 degrees.
     EXPECT_GT(corr / t0.mfdry, 0.001L);
     EXPECT_LT(corr / t0.mfdry, 0.01L);

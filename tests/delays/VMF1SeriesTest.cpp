@@ -9,6 +9,7 @@
 
 #include <cmath>
 #include <sstream>
+#include "numerics/NearLD.h"
 
 namespace {
 
@@ -58,9 +59,9 @@ TEST(VMF1Series, CountsAndReadsEverySeries)
     EXPECT_EQ(v.ndata(0), 4);
     EXPECT_EQ(v.ndata(1), 2);
     // Epoch = day + seconds/86400.
-    EXPECT_NEAR(v.ephs(0, 1), 57257.25L, EpochTol_d);
-    EXPECT_NEAR(v.data(0, 2), 2.05L, InterpTol);
-    EXPECT_NEAR(v.data(1, 1), 0.2L, InterpTol);
+    EXPECT_NEAR_LD(v.ephs(0, 1), 57257.25L, EpochTol_d);
+    EXPECT_NEAR_LD(v.data(0, 2), 2.05L, InterpTol);
+    EXPECT_NEAR_LD(v.data(1, 1), 0.2L, InterpTol);
 }
 
 TEST(VMF1Series, ZenithDelaysInterpolateLinearlyWithoutExtrapolation)
@@ -76,15 +77,15 @@ TEST(VMF1Series, ZenithDelaysInterpolateLinearlyWithoutExtrapolation)
     // 03:00 is halfway between the first two values; 0.25 d into the wet
     // series a quarter of the way.
     v.GetZenithDelay(td, mjd(57257, 10800.0L));
-    EXPECT_NEAR(td.tdry, 2.065L, InterpTol);
-    EXPECT_NEAR(td.twet, 0.1L + 0.125L * 0.1L, InterpTol);
+    EXPECT_NEAR_LD(td.tdry, 2.065L, InterpTol);
+    EXPECT_NEAR_LD(td.twet, 0.1L + 0.125L * 0.1L, InterpTol);
     // Before the first and after the last epoch: the end values.
     v.GetZenithDelay(td, mjd(57256, 0.0L));
-    EXPECT_NEAR(td.tdry, 2.06L, InterpTol);
-    EXPECT_NEAR(td.twet, 0.1L, InterpTol);
+    EXPECT_NEAR_LD(td.tdry, 2.06L, InterpTol);
+    EXPECT_NEAR_LD(td.twet, 0.1L, InterpTol);
     v.GetZenithDelay(td, mjd(57259, 3600.0L));
-    EXPECT_NEAR(td.tdry, 2.04L, InterpTol);
-    EXPECT_NEAR(td.twet, 0.2L, InterpTol);
+    EXPECT_NEAR_LD(td.tdry, 2.04L, InterpTol);
+    EXPECT_NEAR_LD(td.twet, 0.2L, InterpTol);
     // A point with only a hydrostatic series warns and gives no wet delay.
     testing::internal::CaptureStderr();
     v.SetPoint("WTZR");
@@ -93,7 +94,7 @@ TEST(VMF1Series, ZenithDelaysInterpolateLinearlyWithoutExtrapolation)
               std::string::npos) << warn;
     EXPECT_EQ(warn.find("HYDROSTATIC"), std::string::npos) << warn;
     v.GetZenithDelay(td, mjd(57257, 0.0L));
-    EXPECT_NEAR(td.tdry, 2.2L, InterpTol);
+    EXPECT_NEAR_LD(td.tdry, 2.2L, InterpTol);
     EXPECT_EQ(td.twet, 0.0L);
 }
 
@@ -132,10 +133,10 @@ TEST(VMF1Series, CubicReproducesACubicCourseInInnerIntervals)
     v.ReadFile();
     gTMns::intType = 1;
     for (long double x : {0.6L, 0.9L, 1.1L, 1.5L})
-        EXPECT_NEAR(v.Interpolate(57000.0L + x, 0), y(x), CubicTol) << x;
+        EXPECT_NEAR_LD(v.Interpolate(57000.0L + x, 0), y(x), CubicTol) << x;
     // First and last interval stay linear.
     const long double lin = 0.5L * y(0.0L) + 0.5L * y(0.25L);
-    EXPECT_NEAR(v.Interpolate(57000.125L, 0), lin, CubicTol);
+    EXPECT_NEAR_LD(v.Interpolate(57000.125L, 0), lin, CubicTol);
     EXPECT_GT(std::fabs(lin - y(0.125L)), 1e-4L);
     gTMns::intType = 0;
     // Linear in an inner interval does not follow the curve.
@@ -159,8 +160,8 @@ TEST(VMF1Series, MappingCoefficientsComeFromTheFile)
     gTropDelay fromFile, given;
     m.GetMappFunction(fromFile, pos, noon, E);
     m.GetMappFunction(given, pos, noon, E, 0.00123L, 0.00055L);
-    EXPECT_NEAR(fromFile.mfdry, given.mfdry, CoeffTol);
-    EXPECT_NEAR(fromFile.mfwet, given.mfwet, CoeffTol);
+    EXPECT_NEAR_LD(fromFile.mfdry, given.mfdry, CoeffTol);
+    EXPECT_NEAR_LD(fromFile.mfwet, given.mfwet, CoeffTol);
     testing::internal::CaptureStderr();
     m.SetPoint("WTZR");
     const std::string warn = testing::internal::GetCapturedStderr();

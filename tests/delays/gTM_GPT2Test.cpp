@@ -10,6 +10,7 @@
 #include <fstream>
 #include <sstream>
 #include <vector>
+#include "numerics/NearLD.h"
 
 namespace {
 
@@ -56,22 +57,22 @@ TEST_F(GPT2Grid, FindsTheFiveDegreeLayout)
     EXPECT_EQ(grid->nF, 36);
     EXPECT_EQ(grid->nL, 72);
     EXPECT_EQ(grid->nLine, 36 * 72);
-    EXPECT_NEAR(grid->minF, -87.5L, CoordTol_deg);
-    EXPECT_NEAR(grid->maxF, 87.5L, CoordTol_deg);
+    EXPECT_NEAR_LD(grid->minF, -87.5L, CoordTol_deg);
+    EXPECT_NEAR_LD(grid->maxF, 87.5L, CoordTol_deg);
     // Each row of the file runs 2.5 ... 177.5, -177.5 ... -2.5 degrees.
-    EXPECT_NEAR(grid->minL, -177.5L, CoordTol_deg);
-    EXPECT_NEAR(grid->maxL, 177.5L, CoordTol_deg);
-    EXPECT_NEAR(grid->dF, 5.0L, CoordTol_deg);
-    EXPECT_NEAR(grid->dL, 5.0L, CoordTol_deg);
+    EXPECT_NEAR_LD(grid->minL, -177.5L, CoordTol_deg);
+    EXPECT_NEAR_LD(grid->maxL, 177.5L, CoordTol_deg);
+    EXPECT_NEAR_LD(grid->dF, 5.0L, CoordTol_deg);
+    EXPECT_NEAR_LD(grid->dL, 5.0L, CoordTol_deg);
     // Row 0 is the southernmost even though the file starts in the north:
     // the node at 87.5 N, 2.5 E (first data line: mean pressure 101421 Pa,
     // humidity 1.64 g/kg, wet coefficient 0.5792e-3) lies in the last row,
     // column 36.
-    EXPECT_NEAR(grid->pG(35, 36)(gpt2_grd::A0), 101421.0L, ReadTol_Pa);
-    EXPECT_NEAR(grid->pG(35, 36)(gpt2_grd::B1), 409.0L, ReadTol_Pa);
-    EXPECT_NEAR(grid->qG(35, 36)(gpt2_grd::A0), 1.64e-3L, ReadTol);
-    EXPECT_NEAR(grid->aWG(35, 36)(gpt2_grd::A0), 0.5792e-3L, ReadTol);
-    EXPECT_NEAR(grid->hN(35, 36), 19.36L, ReadTol);
+    EXPECT_NEAR_LD(grid->pG(35, 36)(gpt2_grd::A0), 101421.0L, ReadTol_Pa);
+    EXPECT_NEAR_LD(grid->pG(35, 36)(gpt2_grd::B1), 409.0L, ReadTol_Pa);
+    EXPECT_NEAR_LD(grid->qG(35, 36)(gpt2_grd::A0), 1.64e-3L, ReadTol);
+    EXPECT_NEAR_LD(grid->aWG(35, 36)(gpt2_grd::A0), 0.5792e-3L, ReadTol);
+    EXPECT_NEAR_LD(grid->hN(35, 36), 19.36L, ReadTol);
 }
 
 TEST_F(GPT2Grid, ReproducesIersTestCase)
@@ -95,21 +96,21 @@ TEST_F(GPT2Grid, ReproducesIersTestCase)
     grid->SetAtmParams(pos);
     gTropDelay td;
     grid->GetZenithDelay(td, mjd(56141, 0.0L));
-    EXPECT_NEAR(grid->pres, 1002.555031899637015L, HarmonicTol);
-    EXPECT_NEAR(grid->temp, 22.121274188593230L, HarmonicTol);
-    EXPECT_NEAR(grid->dT * 1000.0L, -6.525262725051438L, HarmonicTol);
-    EXPECT_NEAR(grid->e, 15.625300656392879L, HarmonicTol);
-    EXPECT_NEAR(grid->GetCoeffAH(), 0.001264668783781L, IersTol);
-    EXPECT_NEAR(grid->GetCoeffAW(), 0.000572557214095L, IersTol);
-    EXPECT_NEAR(grid->undu, 44.05609719704228L, IersTol);
+    EXPECT_NEAR_LD(grid->pres, 1002.555031899637015L, HarmonicTol);
+    EXPECT_NEAR_LD(grid->temp, 22.121274188593230L, HarmonicTol);
+    EXPECT_NEAR_LD(grid->dT * 1000.0L, -6.525262725051438L, HarmonicTol);
+    EXPECT_NEAR_LD(grid->e, 15.625300656392879L, HarmonicTol);
+    EXPECT_NEAR_LD(grid->GetCoeffAH(), 0.001264668783781L, IersTol);
+    EXPECT_NEAR_LD(grid->GetCoeffAW(), 0.000572557214095L, IersTol);
+    EXPECT_NEAR_LD(grid->undu, 44.05609719704228L, IersTol);
     // The header's rounded digits hold for the nominal site as well.
     grid->SetAtmParams(flh(Rad(48.20L), Rad(16.37L), 156.0L));
     grid->GetZenithDelay(td, mjd(56141, 0.0L));
-    EXPECT_NEAR(grid->pres, 1002.56L, HeaderDigitTol);
-    EXPECT_NEAR(grid->temp, 22.12L, HeaderDigitTol);
-    EXPECT_NEAR(grid->e, 15.63L, HeaderDigitTol);
-    EXPECT_NEAR(grid->GetCoeffAH(), 0.0012647L, HeaderCoeffTol);
-    EXPECT_NEAR(grid->GetCoeffAW(), 0.0005726L, HeaderCoeffTol);
+    EXPECT_NEAR_LD(grid->pres, 1002.56L, HeaderDigitTol);
+    EXPECT_NEAR_LD(grid->temp, 22.12L, HeaderDigitTol);
+    EXPECT_NEAR_LD(grid->e, 15.63L, HeaderDigitTol);
+    EXPECT_NEAR_LD(grid->GetCoeffAH(), 0.0012647L, HeaderCoeffTol);
+    EXPECT_NEAR_LD(grid->GetCoeffAW(), 0.0005726L, HeaderCoeffTol);
 }
 
 namespace {
@@ -149,7 +150,7 @@ TEST_F(GPT2Grid, MatchesWeatherMeasuredAtZimmerwald)
     long double pMet = 0.0L, tMet = 0.0L;
     MetDayMean(orvotest::Data("zimm-2015-235/zimm2350.15m"), pMet, tMet);
     // The met file's own sanity: a site at 956 m sees about 900 hPa.
-    ASSERT_NEAR(pMet, 909.0L, MetSanityTol_hPa);
+    ASSERT_NEAR_LD(pMet, 909.0L, MetSanityTol_hPa);
     // Zimmerwald pressure sensor, 46.877 N 7.465 E, 956.3 m (met header).
     grid->SetAtmParams(flh(Rad(46.8771L), Rad(7.4650L), 956.345L));
     gTropDelay td;
@@ -159,11 +160,11 @@ TEST_F(GPT2Grid, MatchesWeatherMeasuredAtZimmerwald)
     // temperatures near 4 K; three of those are allowed.
     constexpr long double WeatherTol_hPa = 25.0L;
     constexpr long double WeatherTol_K = 12.0L;
-    EXPECT_NEAR(grid->pres, pMet, WeatherTol_hPa);
-    EXPECT_NEAR(grid->temp, tMet, WeatherTol_K);
+    EXPECT_NEAR_LD(grid->pres, pMet, WeatherTol_hPa);
+    EXPECT_NEAR_LD(grid->temp, tMet, WeatherTol_K);
     // Saastamoinen on about 905 hPa gives 2.06 m: 2.277 mm per hPa, gravity
     // factor within 0.3 % of 1.
-    EXPECT_NEAR(td.tdry, 0.002277L * grid->pres, SaastamoinenTol_m);
+    EXPECT_NEAR_LD(td.tdry, 0.002277L * grid->pres, SaastamoinenTol_m);
     EXPECT_GT(td.twet, 0.03L);
     EXPECT_LT(td.twet, 0.30L);
 }
@@ -182,8 +183,8 @@ TEST_F(GPT2Grid, BeyondTheOutermostRowsOnlyLongitudeCounts)
         p[i] = grid->pres;
     }
     EXPECT_EQ(grid->IX[0][0], grid->IX[2][0]);
-    EXPECT_NEAR(p[1], p[0], SameTol);
-    EXPECT_NEAR(p[2], p[0], SameTol);
+    EXPECT_NEAR_LD(p[1], p[0], SameTol);
+    EXPECT_NEAR_LD(p[2], p[0], SameTol);
     // The same in the south.
     grid->SetAtmParams(flh(Rad(-89.0L), Rad(31.0L), 100.0L));
     EXPECT_EQ(grid->IX[0][0], 0);
@@ -204,10 +205,10 @@ TEST_F(GPT2Grid, CrossesTheDateLineContinuously)
         return grid->pres;
     };
     const long double west = presAt(177.5L), east = presAt(-177.5L);
-    EXPECT_NEAR(presAt(180.0L), (west + east) / 2.0L, SeamTol);
-    EXPECT_NEAR(presAt(-180.0L), (west + east) / 2.0L, SeamTol);
-    EXPECT_NEAR(grid->L2 - grid->L1, 5.0L, SeamTol);
-    EXPECT_NEAR(presAt(-179.0L), 0.3L * west + 0.7L * east, SeamTol);
+    EXPECT_NEAR_LD(presAt(180.0L), (west + east) / 2.0L, SeamTol);
+    EXPECT_NEAR_LD(presAt(-180.0L), (west + east) / 2.0L, SeamTol);
+    EXPECT_NEAR_LD(grid->L2 - grid->L1, 5.0L, SeamTol);
+    EXPECT_NEAR_LD(presAt(-179.0L), 0.3L * west + 0.7L * east, SeamTol);
 }
 
 namespace {
@@ -239,13 +240,13 @@ TEST(GPT2, SeamCellOnAZeroTo360Grid)
     gTM_GPT2 g;
     g.SetFile(orvotest::WriteTemp("grid0360.grd", SyntheticGrid()).c_str());
     g.ReadFile();
-    EXPECT_NEAR(g.minL, 2.5L, CoordTol_deg);
-    EXPECT_NEAR(g.maxL, 357.5L, CoordTol_deg);
+    EXPECT_NEAR_LD(g.minL, 2.5L, CoordTol_deg);
+    EXPECT_NEAR_LD(g.maxL, 357.5L, CoordTol_deg);
     // 358 degrees, given as -2 as the program's longitudes run: between the
     // last column (357.5) and the first (2.5 = 362.5).
     g.SetAtmParams(flh(Rad(10.0L), Rad(-2.0L), 0.0L));
-    EXPECT_NEAR(g.L1, 357.5L, CoordTol_deg);
-    EXPECT_NEAR(g.L2, 362.5L, CoordTol_deg);
+    EXPECT_NEAR_LD(g.L1, 357.5L, CoordTol_deg);
+    EXPECT_NEAR_LD(g.L2, 362.5L, CoordTol_deg);
     EXPECT_EQ(g.IX[0][1], 71);
     EXPECT_EQ(g.IX[1][1], 0);
     gTropDelay td;
@@ -255,10 +256,10 @@ TEST(GPT2, SeamCellOnAZeroTo360Grid)
     const long double expect_Pa = 0.9L * (100000.0L + 3575.0L) + 0.1L * (100000.0L + 25.0L) + 10.0L;
     // Bilinear sums of values near 1e3 (hPa, K): round-off only.
     constexpr long double SumTol = 1e-12L;
-    EXPECT_NEAR(g.pres, expect_Pa / 100.0L, SumTol);
-    EXPECT_NEAR(g.temp, 288.0L - 273.15L, SumTol);
-    EXPECT_NEAR(g.GetCoeffAH(), 1.2e-3L, ReadTol);
-    EXPECT_NEAR(g.GetCoeffAW(), 0.6e-3L, ReadTol);
+    EXPECT_NEAR_LD(g.pres, expect_Pa / 100.0L, SumTol);
+    EXPECT_NEAR_LD(g.temp, 288.0L - 273.15L, SumTol);
+    EXPECT_NEAR_LD(g.GetCoeffAH(), 1.2e-3L, ReadTol);
+    EXPECT_NEAR_LD(g.GetCoeffAW(), 0.6e-3L, ReadTol);
 }
 
 // Broken copies of the real grid, cut by the tests themselves.
@@ -342,5 +343,6 @@ TEST(GPT2Death, MissingGridStopsBeforeUse)
     gpt2_grd node;
     EXPECT_EXIT(node(5), ::testing::ExitedWithCode(1),
                 "\\*\\*\\*\\* Orvo: Error -> GRD::OPERATOR\\(\\) INPUT INDEX NOT IN RAGNE!");
-    EXPECT_EXIT(node(-1), ::testing::ExitedWithCode(1), "INPUT INDEX NOT IN RAGNE");
+    EXPECT_EXIT(node(-1), ::testing::ExitedWithCode(1),
+                "\\*\\*\\*\\* Orvo: Error -> GRD::OPERATOR\\(\\) INPUT INDEX NOT IN RAGNE!");
 }

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include "numerics/NearLD.h"
 
 namespace {
 
@@ -56,7 +57,7 @@ TEST(Saastamoinen, SeaLevelHydrostaticDelayMatchesPublishedForm)
     for (const auto& c : cases) {
         gTropDelay td;
         SiteAt(c.lat, 0.0L).GetZenithDelay(td);
-        EXPECT_NEAR(td.tdry, c.zhd, FormTol_m) << c.lat;
+        EXPECT_NEAR_LD(td.tdry, c.zhd, FormTol_m) << c.lat;
     }
 }
 
@@ -64,25 +65,25 @@ TEST(Saastamoinen, StandardAtmosphereAtHeight)
 {
     gTM_Saastamoinen s = SiteAt(45.0L, 0.0L);
     // At the reference height the standard values come back: exact inputs.
-    EXPECT_NEAR(s.p, 1013.25L, ExactTol);
-    EXPECT_NEAR(s.T, 291.16L, ExactTol);
-    EXPECT_NEAR(s.H, 50.0L, ExactTol);
+    EXPECT_NEAR_LD(s.p, 1013.25L, ExactTol);
+    EXPECT_NEAR_LD(s.T, 291.16L, ExactTol);
+    EXPECT_NEAR_LD(s.H, 50.0L, ExactTol);
     // Half the saturation pressure of the Magnus form (WMO 2008: 6.112
     // exp(17.62 t/(243.12 + t)) hPa), an independent fit: the two fits
     // differ by about 2 % at 18 C, 3 % allowed.
     const long double magnus = 6.112L * std::exp(17.62L * 18.0L / (243.12L + 18.0L));
-    EXPECT_NEAR(s.e, 0.5L * magnus, MagnusRelTol * 0.5L * magnus);
+    EXPECT_NEAR_LD(s.e, 0.5L * magnus, MagnusRelTol * 0.5L * magnus);
 
     // 5 km: the ICAO standard atmosphere has 540.5 hPa; this one starts 3 K
     // warmer and uses a rounded exponent, which is worth 1 to 2 hPa.
     gTM_Saastamoinen high = SiteAt(45.0L, 5000.0L);
-    EXPECT_NEAR(high.p, 540.5L, IcaoTol_hPa);
-    EXPECT_NEAR(high.T, 291.16L - 32.5L, ExactTol);
+    EXPECT_NEAR_LD(high.p, 540.5L, IcaoTol_hPa);
+    EXPECT_NEAR_LD(high.T, 291.16L - 32.5L, ExactTol);
     // Less air and less water above a high site.
     gTropDelay lo, hi;
     s.GetZenithDelay(lo);
     high.GetZenithDelay(hi);
-    EXPECT_NEAR(hi.tdry / lo.tdry, (high.p / s.p) * (s.g / high.g), RatioTol);
+    EXPECT_NEAR_LD(hi.tdry / lo.tdry, (high.p / s.p) * (s.g / high.g), RatioTol);
     EXPECT_LT(hi.twet, lo.twet / 2.0L);
     // Sea level wet delay of a 50 % humid 18 C atmosphere: 5 to 20 cm.
     EXPECT_GT(lo.twet, 0.05L);
@@ -96,7 +97,7 @@ TEST(Saastamoinen, AboveTheAtmosphereThereIsNoPressure)
     gTropDelay td;
     SiteAt(45.0L, 50000.0L).GetZenithDelay(td);
     EXPECT_TRUE(std::isfinite(td.tdry));
-    EXPECT_NEAR(td.tdry, 0.0L, ExactTol);
+    EXPECT_NEAR_LD(td.tdry, 0.0L, ExactTol);
 }
 
 TEST(Hopfield, SeaLevelAgreesWithSaastamoinen)
@@ -112,9 +113,9 @@ TEST(Hopfield, SeaLevelAgreesWithSaastamoinen)
     h.GetZenithDelay(th, pos);
     gTropDelay ts;
     SiteAt(45.0L, 0.0L).GetZenithDelay(ts);
-    EXPECT_NEAR(th.tdry, ts.tdry, ModelSpreadTol_m);
+    EXPECT_NEAR_LD(th.tdry, ts.tdry, ModelSpreadTol_m);
     const long double saasWet = stdAtm::SaastamoinenWet(291.16L, stdAtm::e0, 1.0L);
-    EXPECT_NEAR(th.twet, saasWet, WetRelTol * saasWet);
+    EXPECT_NEAR_LD(th.twet, saasWet, WetRelTol * saasWet);
 }
 
 TEST(Hopfield, HeightActsOnlyThroughLayerTopAndGravity)
@@ -133,13 +134,13 @@ TEST(Hopfield, HeightActsOnlyThroughLayerTopAndGravity)
     const long double hd2 = 148.72L * (18.0L - 13.0L) + 40136.0L;
     const long double g0 = stdAtm::GravityFactor(low.f, 0.0L);
     const long double g2 = stdAtm::GravityFactor(low.f, 2000.0L);
-    EXPECT_NEAR(t2.tdry / t0.tdry, (hd2 / hd0) * (g0 / g2), RatioTol);
-    EXPECT_NEAR(t2.twet / t0.twet, g0 / g2, RatioTol);
+    EXPECT_NEAR_LD(t2.tdry / t0.tdry, (hd2 / hd0) * (g0 / g2), RatioTol);
+    EXPECT_NEAR_LD(t2.twet / t0.twet, g0 / g2, RatioTol);
 }
 
 TEST(StdAtm, GravityFactorIsOneAtFortyFiveDegreesAndSeaLevel)
 {
-    EXPECT_NEAR(stdAtm::GravityFactor(Rad(45.0L), 0.0L), 1.0L, FactorTol);
-    EXPECT_NEAR(stdAtm::GravityFactor(0.0L, 0.0L), 0.9974L, FactorTol);
-    EXPECT_NEAR(stdAtm::GravityFactor(Rad(45.0L), 1000.0L), 1.0L - 0.00028L, FactorTol);
+    EXPECT_NEAR_LD(stdAtm::GravityFactor(Rad(45.0L), 0.0L), 1.0L, FactorTol);
+    EXPECT_NEAR_LD(stdAtm::GravityFactor(0.0L, 0.0L), 0.9974L, FactorTol);
+    EXPECT_NEAR_LD(stdAtm::GravityFactor(Rad(45.0L), 1000.0L), 1.0L - 0.00028L, FactorTol);
 }

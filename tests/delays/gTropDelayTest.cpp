@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <sstream>
+#include "numerics/NearLD.h"
 
 namespace {
 // Products and sums of decimals of order 1 to 25: round-off only.
@@ -24,9 +25,9 @@ TEST(TropDelay, StartsNeutralAndFormsSlantDelays)
     td.twet = 0.15L;
     td.mfdry = 10.0L;
     td.mfwet = 11.0L;
-    EXPECT_NEAR(td.DelayDry(), 23.0L, RoundOffTol_m);
-    EXPECT_NEAR(td.DelayWet(), 1.65L, RoundOffTol_m);
-    EXPECT_NEAR(td.Delay(), 24.65L, RoundOffTol_m);
+    EXPECT_NEAR_LD(td.DelayDry(), 23.0L, RoundOffTol_m);
+    EXPECT_NEAR_LD(td.DelayWet(), 1.65L, RoundOffTol_m);
+    EXPECT_NEAR_LD(td.Delay(), 24.65L, RoundOffTol_m);
     EXPECT_EQ(td.ZenithDelayDry(), 2.3L);
     EXPECT_EQ(td.ZenithDelayWet(), 0.15L);
 }
@@ -53,10 +54,10 @@ TEST(TropDelay, PrintsFixedColumnsAndLeavesTheStreamAsItWas)
     long double a, b, c, d;
     std::string x1, x2;
     in >> a >> x1 >> b >> c >> x2 >> d;
-    EXPECT_NEAR(a, td.mfdry, MapPrintTol);
-    EXPECT_NEAR(b, td.tdry, DelayPrintTol_m);
-    EXPECT_NEAR(c, td.mfwet, MapPrintTol);
-    EXPECT_NEAR(d, td.twet, DelayPrintTol_m);
+    EXPECT_NEAR_LD(a, td.mfdry, MapPrintTol);
+    EXPECT_NEAR_LD(b, td.tdry, DelayPrintTol_m);
+    EXPECT_NEAR_LD(c, td.mfwet, MapPrintTol);
+    EXPECT_NEAR_LD(d, td.twet, DelayPrintTol_m);
     // The caller's scientific notation survives.
     EXPECT_TRUE(out.flags() & std::ios::scientific);
     EXPECT_EQ(out.precision(), 3);

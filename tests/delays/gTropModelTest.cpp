@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include "numerics/NearLD.h"
 
 namespace {
 
@@ -127,7 +128,7 @@ TEST(TropModel, EachModelGivesAPlausibleDelayAtZimmerwald)
             EXPECT_GT(td.tdry, 2.20L);
             EXPECT_LT(td.tdry, 2.31L);
         } else {
-            EXPECT_NEAR(td.tdry, 2.06L, WeatherTol_m) << m;
+            EXPECT_NEAR_LD(td.tdry, 2.06L, WeatherTol_m) << m;
         }
         EXPECT_GT(td.twet, 0.03L) << m;
         EXPECT_LT(td.twet, 0.30L) << m;
@@ -190,14 +191,14 @@ TEST(TropModel, ViennaSeriesThroughTheSelector)
     t.SetAtmParams(kSite);
     gTropDelay td;
     t.GetZenithDelay(td, kSite, kDay);  // noon: halfway
-    EXPECT_NEAR(td.tdry, 2.06L, SeriesTol_m);
-    EXPECT_NEAR(td.twet, 0.11L, SeriesTol_m);
+    EXPECT_NEAR_LD(td.tdry, 2.06L, SeriesTol_m);
+    EXPECT_NEAR_LD(td.twet, 0.11L, SeriesTol_m);
     t.GetMappFunction(td, kSite, kDay, Rad(20.0L));
     gMF_VMF1 direct;
     gTropDelay ref;
     direct.GetMappFunction(ref, kSite, kDay, Rad(20.0L), 0.00121L, 0.00051L);
-    EXPECT_NEAR(td.mfdry, ref.mfdry, RoundOffTol);
-    EXPECT_NEAR(td.mfwet, ref.mfwet, RoundOffTol);
+    EXPECT_NEAR_LD(td.mfdry, ref.mfdry, RoundOffTol);
+    EXPECT_NEAR_LD(td.mfwet, ref.mfwet, RoundOffTol);
 }
 
 TEST(TropModel, ViennaDelaysWithGPT2MappingTakeEachItsFile)
@@ -217,12 +218,12 @@ TEST(TropModel, ViennaDelaysWithGPT2MappingTakeEachItsFile)
     t.SetAtmParams(kSite);
     gTropDelay td;
     t.GetZenithDelay(td, kSite, kDay);
-    EXPECT_NEAR(td.tdry, 2.05L, SeriesTol_m);
-    EXPECT_NEAR(td.twet, 0.10L, SeriesTol_m);
+    EXPECT_NEAR_LD(td.tdry, 2.05L, SeriesTol_m);
+    EXPECT_NEAR_LD(td.twet, 0.10L, SeriesTol_m);
     t.GetMappFunction(td, kSite, kDay, Rad(7.0L));
     // The zenith delays stay those of the series; the mapping uses the
     // grid's coefficients, which lie in their published range.
-    EXPECT_NEAR(td.tdry, 2.05L, SeriesTol_m);
+    EXPECT_NEAR_LD(td.tdry, 2.05L, SeriesTol_m);
     EXPECT_GT(t.tGPT2.GetCoeffAH(), 0.0011L);
     EXPECT_LT(t.tGPT2.GetCoeffAH(), 0.0014L);
     gMF_VMF1 direct;
@@ -248,5 +249,5 @@ TEST(TropModelDeath, ChosenModelWithoutItsFileStops)
     // A file that does not open goes to the reader, which names it.
     g.SetFile("/nonexistent/dir/gpt2.grd");
     EXPECT_EXIT(g.ReadFile(), ::testing::ExitedWithCode(1),
-                "/nonexistent/dir/gpt2.grd: GPT2 TROPOSPHERE MODEL FILE CAN NOT BE OPENED!");
+                "\\*\\*\\*\\* Orvo: Error -> /nonexistent/dir/gpt2.grd: GPT2 TROPOSPHERE MODEL FILE CAN NOT BE OPENED!");
 }

@@ -11,6 +11,7 @@
 
 #include "ContextFixture.h"
 #include "TestSupport.h"
+#include "numerics/NearLD.h"
 
 using drivertest::Context;
 using orvotest::Data;
@@ -527,8 +528,10 @@ TEST(CheckArguments, NegativeL4ThresholdsFallBackOnTheDefaults)
     Context fresh;
     EXPECT_EQ(c->gc.ThresL40, fresh.gc.ThresL40);
     EXPECT_EQ(c->gc.dThresL4, fresh.gc.dThresL4);
-    EXPECT_NEAR(static_cast<double>(c->gc.ThresL40), 0.05, 1e-15);
-    EXPECT_NEAR(static_cast<double>(c->gc.dThresL4), 0.02, 1e-15);
+    // 1e-18 m: the defaults are the literals 0.05L and 0.02L, whose long
+    // double spacing is about 7e-21 m.
+    EXPECT_NEAR_LD(c->gc.ThresL40, 0.05L, 1e-18L);
+    EXPECT_NEAR_LD(c->gc.dThresL4, 0.02L, 1e-18L);
 
     // Zero is a threshold, not an error; without -tc nothing is tested.
     auto d = Valid();
@@ -563,7 +566,7 @@ constexpr long double WeightRelTol = 1e-13L;
 
 void ExpectRel(long double got, long double want, const char* what)
 {
-    EXPECT_NEAR(static_cast<double>(got / want), 1.0, static_cast<double>(WeightRelTol)) << what;
+    EXPECT_NEAR_LD(got / want, 1.0L, WeightRelTol) << what;
 }
 
 void ExpectWeights(const gCPosC& g, long double sig0)
@@ -638,8 +641,8 @@ TEST(CheckArgumentsWeights, IonoFreeSigmaKeepsGeometryAndRemovesIonosphere)
     const long double b = IonoFreeSigma(0.0L, 1.0L, f1, f2);
     // 1e-15: a few units of long double round-off on numbers near 2.5.
     constexpr long double FactorTol = 1e-15L;
-    EXPECT_NEAR(static_cast<double>(a - b), 1.0, static_cast<double>(FactorTol));
-    EXPECT_NEAR(static_cast<double>(a / b - (f1 / f2) * (f1 / f2)), 0.0,
-                static_cast<double>(FactorTol));
-    EXPECT_NEAR(static_cast<double>(a * a), static_cast<double>(kGps.a2), 1e-13);
+    EXPECT_NEAR_LD(a - b, 1.0L, FactorTol);
+    EXPECT_NEAR_LD(a / b - (f1 / f2) * (f1 / f2), 0.0L, FactorTol);
+    // 1e-13: kGps.a2 is quoted to 15 significant digits of a number near 6.5.
+    EXPECT_NEAR_LD(a * a, kGps.a2, 1e-13L);
 }

@@ -10,6 +10,7 @@
 #include "ContextFixture.h"
 #include "TestSupport.h"
 #include "geodesy/TimeConverse.h"
+#include "numerics/NearLD.h"
 
 using drivertest::Context;
 using drivertest::Parse;
@@ -193,7 +194,7 @@ TEST(ParseArguments, NumericOptions)
     auto c = Fresh();
     Parse(c->gc, {"-md80.5", "-me3.3", "-ao-12.5", "-bt3.00", "-ft20.00", "-mi25", "-mt1e-5"});
     EXPECT_TRUE(c->gc.isMinDailyObs);
-    EXPECT_NEAR(c->gc.MinDailyObs, 80.5, ParseTol);
+    EXPECT_NEAR_LD(c->gc.MinDailyObs, 80.5, ParseTol);
     // The elevation arrives with float precision, as the option promises.
     EXPECT_TRUE(c->gc.isMinElev);
     EXPECT_EQ(c->gc.MinElevation, static_cast<double>(3.3f));
@@ -204,7 +205,7 @@ TEST(ParseArguments, NumericOptions)
     EXPECT_TRUE(c->gc.isMaxfDiff);
     EXPECT_EQ(c->gc.MaxfDiff, 20.0L);
     EXPECT_EQ(c->gc.MaxIter, 25);
-    EXPECT_NEAR(c->gc.IterThres, 1e-5, ParseTol);
+    EXPECT_NEAR_LD(c->gc.IterThres, 1e-5, ParseTol);
 
     // A value that does not convert reads 0 without a message.
     auto z = Fresh();
@@ -308,8 +309,8 @@ TEST(ParseArguments, WeightingL4ThresholdsAndCheckDay)
     auto t = Fresh();
     Parse(t->gc, {"-tc0.04,0.01"});
     EXPECT_TRUE(t->gc.isThresL4);
-    EXPECT_NEAR(static_cast<double>(t->gc.ThresL40), 0.04, ParseTol);
-    EXPECT_NEAR(static_cast<double>(t->gc.dThresL4), 0.01, ParseTol);
+    EXPECT_NEAR_LD(t->gc.ThresL40, 0.04L, ParseTol);
+    EXPECT_NEAR_LD(t->gc.dThresL4, 0.01L, ParseTol);
     EXPECT_FALSE(t->gc.isL4ScreenConst);  // no letter: left as it was
     Parse(t->gc, {"-tc0.04,0.01c"});
     EXPECT_TRUE(t->gc.isL4ScreenConst);
@@ -319,8 +320,8 @@ TEST(ParseArguments, WeightingL4ThresholdsAndCheckDay)
     EXPECT_TRUE(t->gc.isL4ScreenConst);
     // Negative thresholds arrive as given, for the argument checks to refuse.
     Parse(t->gc, {"-tc-1,-1"});
-    EXPECT_NEAR(static_cast<double>(t->gc.ThresL40), -1.0, ParseTol);
-    EXPECT_NEAR(static_cast<double>(t->gc.dThresL4), -1.0, ParseTol);
+    EXPECT_NEAR_LD(t->gc.ThresL40, -1.0L, ParseTol);
+    EXPECT_NEAR_LD(t->gc.dThresL4, -1.0L, ParseTol);
 
     // 2020-06-25 is MJD 59025: 2000-01-01 is MJD 51544, plus 7305 days to
     // 2020-01-01 and 176 days of a leap year's first half to 25 June.

@@ -12,6 +12,7 @@
 #include "TestSupport.h"
 #include "driver/SetFiles.h"
 #include "preprocessing/StagingSupport.h"
+#include "numerics/NearLD.h"
 
 using stagingtest::Capture;
 using stagingtest::Context;
@@ -120,6 +121,8 @@ TEST(ReadFiles, DailyCheckAcceptsTheDayOfTheData)
     c.gc.isDateChkDaily = true;
     c.gc.DateChkDaily.Set(59025, 0.0L);  // 2020-06-25
     Stage(c, CutObs("daily.20o", 0, kEpochs), true, false, false);
+    // The check let the whole cut through, not just enough to flag GPS.
+    EXPECT_EQ(c.rnxd.GetNEpoch(), kEpochs);
     EXPECT_TRUE(c.gc.isGPS);
 }
 
@@ -144,7 +147,8 @@ TEST(ReadFilesDeath, DailyCheckRefusesNeighbouringDays)
             c.gc.DateChkDaily.Set(59026, 0.0L);
             Stage(c, obs, true, false, false);
         },
-        ::testing::ExitedWithCode(1), "GNSS DATA NOT FOR DAY 2020-6-26!");
+        ::testing::ExitedWithCode(1), "\\*\\*\\*\\* Orvo: Error -> CHECKING DAILY DATA PROBLEM: GNSS DATA NOT FOR DAY 2020-6-26! "
+        "\\*\\*\\*\\*");
 }
 
 TEST(ReadFiles, SystemWithAtMostTenPerCentOfRecordsIsDropped)
@@ -206,7 +210,7 @@ TEST(ReadFiles, ReceiverClockFileMustMatchTheEpochs)
     Stage(ok, obs, true, false, false);
     EXPECT_TRUE(ok.gc.isClkErr);
     // 1.5 µs read back in seconds; the text carries the value exactly.
-    EXPECT_NEAR(ok.gc.clkerr.GetClkErr(kEpochs - 1), 1.5e-6L, 1e-18L);
+    EXPECT_NEAR_LD(ok.gc.clkerr.GetClkErr(kEpochs - 1), 1.5e-6L, 1e-18L);
 
     Context bad;
     SetName(bad.gc.clkFName, ClockFile("onemore.clk", kEpochs + 1, 1.5));
@@ -234,7 +238,7 @@ TEST(ReadFilesDeath, BrokenOrForeignProductFilesStopTheRun)
             c.gc.isPEph = true;
             Stage(c, obs, true, false, false);
         },
-        ::testing::ExitedWithCode(1), "PRECISE ORBIT FILE .*absent.sp3 CAN NOT BE OPENED!");
+        ::testing::ExitedWithCode(1), "\\*\\*\\*\\* Orvo: Error -> PRECISE ORBIT FILE .*absent.sp3 CAN NOT BE OPENED!");
     // An observation file given as orbits.
     EXPECT_EXIT(
         {
@@ -243,7 +247,7 @@ TEST(ReadFilesDeath, BrokenOrForeignProductFilesStopTheRun)
             c.gc.isPEph = true;
             Stage(c, obs, true, false, false);
         },
-        ::testing::ExitedWithCode(1), "PRECISE ORBIT FILE .*: line 1.*not an SP3 header line");
+        ::testing::ExitedWithCode(1), "\\*\\*\\*\\* Orvo: Error -> PRECISE ORBIT FILE .*: line 1.*not an SP3 header line");
     // An observation file given as receiver clocks.
     EXPECT_EXIT(
         {

@@ -13,6 +13,7 @@
 #include <sys/wait.h>
 
 #include "TestSupport.h"
+#include "numerics/NearLD.h"
 
 namespace {
 
@@ -250,9 +251,9 @@ void ExpectGoodDay(const RunCheck& c)
     Xyz inPlot{};
     data >> inPlot.x >> inPlot.y >> inPlot.z;
     const Xyz inReport = Estimated(r.out);
-    EXPECT_NEAR(inPlot.x, inReport.x, PrintStep_m);
-    EXPECT_NEAR(inPlot.y, inReport.y, PrintStep_m);
-    EXPECT_NEAR(inPlot.z, inReport.z, PrintStep_m);
+    EXPECT_NEAR_LD(inPlot.x, inReport.x, PrintStep_m);
+    EXPECT_NEAR_LD(inPlot.y, inReport.y, PrintStep_m);
+    EXPECT_NEAR_LD(inPlot.z, inReport.z, PrintStep_m);
 }
 
 const char* const Pc3Label = "REF. STD. APOSTERIORI - Pc3                    : ";
@@ -373,7 +374,7 @@ TEST(RealRunBadInput, CutOffAboveAllSatellitesLeavesAprioriPositionAndWarns)
     Xyz apr{};
     hdr >> apr.x >> apr.y >> apr.z;
     const Xyz est = Estimated(r.out);
-    EXPECT_NEAR(est.x, apr.x, PrintStep_m);
-    EXPECT_NEAR(est.y, apr.y, PrintStep_m);
-    EXPECT_NEAR(est.z, apr.z, PrintStep_m);
+    EXPECT_NEAR_LD(est.x, apr.x, PrintStep_m);
+    EXPECT_NEAR_LD(est.y, apr.y, PrintStep_m);
+    EXPECT_NEAR_LD(est.z, apr.z, PrintStep_m);
 }

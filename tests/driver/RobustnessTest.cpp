@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "TestSupport.h"
+#include "numerics/NearLD.h"
 
 namespace {
 
@@ -190,9 +191,9 @@ void ExpectSamePosition(const Position& a, const Position& b)
     ASSERT_TRUE(a.found && b.found);
     // The report prints 0.1 mm; equal runs agree to the last digit.
     constexpr long double PrintStep_m = 1e-4L;
-    EXPECT_NEAR(a.x, b.x, PrintStep_m / 2);
-    EXPECT_NEAR(a.y, b.y, PrintStep_m / 2);
-    EXPECT_NEAR(a.z, b.z, PrintStep_m / 2);
+    EXPECT_NEAR_LD(a.x, b.x, PrintStep_m / 2);
+    EXPECT_NEAR_LD(a.y, b.y, PrintStep_m / 2);
+    EXPECT_NEAR_LD(a.z, b.z, PrintStep_m / 2);
 }
 
 // The complete inputs, run once for the cases that compare against it.

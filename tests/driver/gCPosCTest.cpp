@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "ContextFixture.h"
+#include "numerics/NearLD.h"
 
 using drivertest::Context;
 
@@ -42,10 +43,13 @@ TEST(gCPosC, SettingsDefaults)
     EXPECT_EQ(g.nTropoGradInt, 1);
     // Phase sigma is a hundredth of the C/A code sigma, the reference sigma
     // a tenth of the P code sigma: 2 mm and 2 cm.
-    EXPECT_NEAR(g.sigL1, 0.002L, DerivedTol);
-    EXPECT_NEAR(g.sig0, 0.02L, DerivedTol);
-    // 14 degrees: 14 pi / 180 = 0.24434609527920614 rad.
-    EXPECT_NEAR(g.satEclipsThres, 0.244346095279206134L, 1e-17L);
+    EXPECT_NEAR_LD(g.sigL1, 0.002L, DerivedTol);
+    EXPECT_NEAR_LD(g.sig0, 0.02L, DerivedTol);
+    // 14 degrees from pi to 36 digits. 1e-18 rad: two roundings of a value
+    // near 0.24 (ulp 2.7e-20) stay far below it, while a double pi (off by
+    // 1.2e-16) would put the threshold 9.5e-18 rad away.
+    const long double pi36 = 3.14159265358979323846264338327950288L;
+    EXPECT_NEAR_LD(g.satEclipsThres, 14.0L * pi36 / 180.0L, 1e-18L);
     EXPECT_EQ(g.EclipsSat.NRow(), 100);
     EXPECT_EQ(g.EclipsNObs.NRow(), 100);
     for (long i = 0; i < 100; ++i) {
@@ -99,13 +103,17 @@ TEST(gCPosC, EllipsoidsOfTheSystems)
     // PZ-90 for GLONASS (a = 6378136 m).
     EXPECT_EQ(c.gc.eGPS.a, 6378137.0L);
     EXPECT_EQ(c.gc.eGAL.a, 6378137.0L);
-    EXPECT_NEAR(1.0L / c.gc.eGPS.f, 298.257222101L, 1e-9L);
+    // 1e-9: 1/f is the defining 12-digit decimal; only round-off of 1/(1/f).
+    EXPECT_NEAR_LD(1.0L / c.gc.eGPS.f, 298.257222101L, 1e-9L);
     EXPECT_EQ(c.gc.eGLN.a, 6378136.0L);
 }
 
 TEST(gCPosC, OutlierCountAnswersGetNOutl)
 {
+    // Both answers: a getter that always said yes would pass the first alone.
     Context c;
+    c.gc.NObsOutl = 0;
+    EXPECT_FALSE(c.gc.GetNOutl());
     c.gc.NObsOutl = 3;
     EXPECT_TRUE(c.gc.GetNOutl());
 }

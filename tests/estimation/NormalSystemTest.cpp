@@ -5,6 +5,7 @@
 #include "EstimationSupport.h"
 #include "estimation/NormalSystem.h"
 #include "numerics/lur.h"
+#include "numerics/NearLD.h"
 
 using namespace esttest;
 
@@ -92,15 +93,15 @@ TEST(NormalSystem, PreEliminatedClocksGiveTheDirectSolution)
     const std::vector<long double> full = DenseSolve(A, b);
 
     for (long i = 0; i < nUnk; ++i) {
-        EXPECT_NEAR(x(i), full[static_cast<size_t>(i)], SolveTol) << i;
-        EXPECT_NEAR(x(i), xTrue[i], SolveTol) << i;
+        EXPECT_NEAR_LD(x(i), full[static_cast<size_t>(i)], SolveTol) << i;
+        EXPECT_NEAR_LD(x(i), xTrue[i], SolveTol) << i;
     }
     // Back-substitution of the clocks: (t2 - N21 x) / N22.
     for (long e = 0; e < nEp; ++e) {
         long double nx = 0.0L;
         for (long k = 0; k < nUnk; ++k) nx += N21(e, k) * x(k);
-        EXPECT_NEAR((t2(e) - nx) / N22(e), full[static_cast<size_t>(nUnk + e)], SolveTol) << e;
-        EXPECT_NEAR((t2(e) - nx) / N22(e), cTrue[e], SolveTol) << e;
+        EXPECT_NEAR_LD((t2(e) - nx) / N22(e), full[static_cast<size_t>(nUnk + e)], SolveTol) << e;
+        EXPECT_NEAR_LD((t2(e) - nx) / N22(e), cTrue[e], SolveTol) << e;
     }
 }
 

@@ -14,6 +14,7 @@
 #include "estimation/SetUnknowns.h"
 #include "geodesy/TimeConverse.h"
 #include "geodesy/ymdhms.h"
+#include "numerics/NearLD.h"
 
 using namespace esttest;
 
@@ -95,7 +96,7 @@ TEST(ProcStatic, NoiseFreeCodeReturnsStationAndClocks)
     EXPECT_LT(Dist(gc.RecPosFC, tr.station), TruthTol_m);
     EXPECT_LT(Dist(gc.RecPosCorr, -1.0L * kOffset), TruthTol_m);
     for (long i = 0; i < 30; ++i)
-        EXPECT_NEAR(gc.dtAll(i), tr.clk0_m + tr.clkRate_m * i, TruthTol_m) << i;
+        EXPECT_NEAR_LD(gc.dtAll(i), tr.clk0_m + tr.clkRate_m * i, TruthTol_m) << i;
     EXPECT_EQ(gc.NClk, 30);
     EXPECT_GT(gc.IterDone, 1);
     EXPECT_LE(gc.IterDone, gc.MaxIter);
@@ -125,12 +126,12 @@ TEST(ProcStatic, TroposphereSystemBiasAndAmbiguitiesAreRecovered)
     SetApriori(gc, tr.station + kOffset);
     SolveStatic(gc);
     EXPECT_LT(Dist(gc.RecPosEst, tr.station), TruthTol_m);
-    EXPECT_NEAR(gc.dtGNSS[2], tr.galBias_m, TruthTol_m);
+    EXPECT_NEAR_LD(gc.dtGNSS[2], tr.galBias_m, TruthTol_m);
     ASSERT_GE(gc.nTropoUnk, 3);
-    for (long i = 0; i < gc.nTropoUnk; ++i) EXPECT_NEAR(gc.xTropo(i), tr.zwd_m, TruthTol_m) << i;
+    for (long i = 0; i < gc.nTropoUnk; ++i) EXPECT_NEAR_LD(gc.xTropo(i), tr.zwd_m, TruthTol_m) << i;
     for (long a = 0; a < gc.nAmb; ++a) {
         if (!gc.IsUnkOK(gc.ixAmb(a))) continue;  // a satellite never above the cut-off
-        EXPECT_NEAR(gc.xAmb(a), 0.1L * gc.AmbSat(a), TruthTol_m) << gc.AmbSat(a);
+        EXPECT_NEAR_LD(gc.xAmb(a), 0.1L * gc.AmbSat(a), TruthTol_m) << gc.AmbSat(a);
     }
     // The phase entered: L3 equations are counted besides P3.
     long used = 0;
@@ -192,7 +193,7 @@ TEST(ProcStatic, ConstellationBelowCutOffLeavesItsBiasUndetermined)
     EXPECT_TRUE(std::isfinite(gc.RecPosEst.x) && std::isfinite(gc.RecPosEst.y) &&
                 std::isfinite(gc.RecPosEst.z));
     EXPECT_LT(Dist(gc.RecPosEst, tr.station), TruthTol_m);
-    EXPECT_NEAR(gc.dtGNSS[2], 0.0L, TruthTol_m);
+    EXPECT_NEAR_LD(gc.dtGNSS[2], 0.0L, TruthTol_m);
 }
 
 TEST(ProcStatic, NoUsablePhaseFallsBackToCode)
@@ -258,7 +259,7 @@ TEST(ProcStatic, BlunderBeyondMaxfDiffIsRejectedForGood)
     ASSERT_GE(rest.size(), 12u);
     // Computed minus observed: the 1000 m blunder, less the a-priori
     // offset of 0.54 m projected on the line of sight.
-    EXPECT_NEAR(std::stold(rest.substr(0, 12)), -1000.0L, 0.6L);
+    EXPECT_NEAR_LD(std::stold(rest.substr(0, 12)), -1000.0L, 0.6L);
     EXPECT_EQ(rest.substr(12), "  0.000 m");  // TROP(bad) is 0 in the generated data
 }
 
@@ -422,8 +423,8 @@ TEST(ProcStatic, RealExcerptMatchesSolutionWithExplicitClocks)
     // Long double elimination of a 13-unknown system with metre-sized right
     // sides: round-off is of order 1e-15 m; 1e-9 m as asked of the reduction.
     constexpr long double ReductionTol_m = 1e-9L;
-    for (long u = 0; u < 3; ++u) EXPECT_NEAR(gc.xtemp(u), full[static_cast<size_t>(u)], ReductionTol_m);
-    for (long i = 0; i < nEp; ++i) EXPECT_NEAR(gc.dtAll(i), full[static_cast<size_t>(3 + i)], ReductionTol_m);
+    for (long u = 0; u < 3; ++u) EXPECT_NEAR_LD(gc.xtemp(u), full[static_cast<size_t>(u)], ReductionTol_m);
+    for (long i = 0; i < nEp; ++i) EXPECT_NEAR_LD(gc.dtAll(i), full[static_cast<size_t>(3 + i)], ReductionTol_m);
     // The real code puts the station within metres of its reference.
     EXPECT_LT(Dist(gc.RecPosEst, TrueStation()), 10.0L);
 }

@@ -7,6 +7,7 @@
 #include "EstimationSupport.h"
 #include "estimation/NormalSystem.h"
 #include "estimation/SetUnknowns.h"
+#include "numerics/NearLD.h"
 
 using namespace esttest;
 
@@ -63,26 +64,26 @@ TEST(SetTropoIntervals, NodesEncloseEverySpanAndEndOneBeyondANodeOnTheLastEpoch)
     mjd eS = At(59025, 1800.0L), eE = At(59025, 18600.0L);
     SetTropoIntervals(eS, eE, 7200.0L, 0.0L, nodes, n);
     ASSERT_EQ(n, 4);
-    for (long i = 0; i < n; ++i) EXPECT_NEAR(nodes(i) - At(59025, 0.0L), 7200.0L * i, NodeTol_s);
+    for (long i = 0; i < n; ++i) EXPECT_NEAR_LD(nodes(i) - At(59025, 0.0L), 7200.0L * i, NodeTol_s);
 
     // The last epoch exactly on a node (06:00) gets one more node behind it.
     eE = At(59025, 21600.0L);
     SetTropoIntervals(eS, eE, 7200.0L, 0.0L, nodes, n);
     ASSERT_EQ(n, 5);
-    EXPECT_NEAR(nodes(4) - eE, 7200.0L, NodeTol_s);
+    EXPECT_NEAR_LD(nodes(4) - eE, 7200.0L, NodeTol_s);
 
     // An interval longer than the whole span: one interval, two nodes.
     eE = At(59025, 2400.0L);
     SetTropoIntervals(eS, eE, 86400.0L, 0.0L, nodes, n);
     ASSERT_EQ(n, 2);
-    EXPECT_NEAR(nodes(0) - At(59025, 0.0L), 0.0L, NodeTol_s);
+    EXPECT_NEAR_LD(nodes(0) - At(59025, 0.0L), 0.0L, NodeTol_s);
     EXPECT_GT(nodes(1) - eE, 0.0L);
 
     // A single-epoch file on a node: the node itself and the next one.
     eS = eE = At(59025, 7200.0L);
     SetTropoIntervals(eS, eE, 3600.0L, 0.0L, nodes, n);
     ASSERT_EQ(n, 2);
-    EXPECT_NEAR(nodes(0) - eS, 0.0L, NodeTol_s);
+    EXPECT_NEAR_LD(nodes(0) - eS, 0.0L, NodeTol_s);
 }
 
 TEST(SetTropoIntervals, ShiftMovesTheGridAndNeverPassesTheFirstEpoch)
@@ -94,9 +95,9 @@ TEST(SetTropoIntervals, ShiftMovesTheGridAndNeverPassesTheFirstEpoch)
     mjd eS = At(59025, 600.0L), eE = At(59025, 4000.0L);
     SetTropoIntervals(eS, eE, 3600.0L, 1800.0L, nodes, n);
     ASSERT_EQ(n, 3);
-    EXPECT_NEAR(nodes(0) - At(59025, 0.0L), -1800.0L, NodeTol_s);
+    EXPECT_NEAR_LD(nodes(0) - At(59025, 0.0L), -1800.0L, NodeTol_s);
     EXPECT_EQ(nodes(0).GetMJDay(), 59024UL);
-    EXPECT_NEAR(nodes(2) - At(59025, 5400.0L), 0.0L, NodeTol_s);
+    EXPECT_NEAR_LD(nodes(2) - At(59025, 5400.0L), 0.0L, NodeTol_s);
 
     // A shift of more than one interval still starts at or before eS.
     SetTropoIntervals(eS, eE, 3600.0L, 9000.0L, nodes, n);
@@ -258,8 +259,8 @@ TEST(SetUnknowns, GradientNodesSpanTheDelayNodes)
     ASSERT_EQ(gc.nTropoUnk, 4);  // 10, 11, 12, 13 h
     EXPECT_EQ(gc.nTropoGradInt, 3);
     ASSERT_EQ(gc.nTropoUnkGradE, 4);
-    EXPECT_NEAR(gc.TropoGradInterval, 3600.0L, NodeTol_s);
-    for (long i = 0; i < 4; ++i) EXPECT_NEAR(gc.TropoGradEpoch(i) - gc.TropoEpoch(i), 0.0L, NodeTol_s);
+    EXPECT_NEAR_LD(gc.TropoGradInterval, 3600.0L, NodeTol_s);
+    for (long i = 0; i < 4; ++i) EXPECT_NEAR_LD(gc.TropoGradEpoch(i) - gc.TropoEpoch(i), 0.0L, NodeTol_s);
     EXPECT_EQ(gc.ixTropoGradE(0), 3 + 4);
     EXPECT_EQ(gc.ixTropoGradN(0), 3 + 4 + 4);
     EXPECT_EQ(gc.NUnk, 3 + 4 + 8);

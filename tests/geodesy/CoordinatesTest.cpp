@@ -16,6 +16,7 @@
 #include "geodesy/neu.h"
 #include "geodesy/xyz.h"
 #include "numerics/matrix.h"
+#include "numerics/NearLD.h"
 
 namespace {
 
@@ -88,18 +89,21 @@ TEST(Ellipsoid, TableMatchesPublishedConstants)
     constexpr long double Tab_m = 1e-4L;
     constexpr long double TabRel = 1e-12L;
     elipsoid grs(0), wgs(1), pz(2), bessel(3), sphere(4);
-    EXPECT_NEAR(1.0L / wgs.GetF(), 298.257223563L, TabRel * 298.0L);
-    EXPECT_NEAR(1.0L / grs.GetF(), 298.257222101L, TabRel * 298.0L);
-    EXPECT_NEAR(1.0L / pz.GetF(), 298.257839303L, TabRel * 298.0L);
-    EXPECT_NEAR(1.0L / bessel.GetF(), 299.1528128L, TabRel * 299.0L);
-    EXPECT_NEAR(wgs.GetB(), 6356752.3142L, Tab_m);
-    EXPECT_NEAR(grs.GetB(), 6356752.3141L, Tab_m);
-    EXPECT_NEAR(wgs.GetESQR(), 0.00669437999014L, 1e-14L);
-    EXPECT_NEAR(grs.GetESQR(), 0.00669438002290L, 1e-14L);
-    EXPECT_NEAR(wgs.GetE() * wgs.GetE(), wgs.GetESQR(), 1e-18L);
+    // 1/f is defining (exact decimals): TabRel admits round-off of 1/(1/f) only.
+    EXPECT_NEAR_LD(1.0L / wgs.GetF(), 298.257223563L, TabRel * 298.0L);
+    EXPECT_NEAR_LD(1.0L / grs.GetF(), 298.257222101L, TabRel * 298.0L);
+    EXPECT_NEAR_LD(1.0L / pz.GetF(), 298.257839303L, TabRel * 298.0L);
+    EXPECT_NEAR_LD(1.0L / bessel.GetF(), 299.1528128L, TabRel * 299.0L);
+    EXPECT_NEAR_LD(wgs.GetB(), 6356752.3142L, Tab_m);
+    EXPECT_NEAR_LD(grs.GetB(), 6356752.3141L, Tab_m);
+    // 1e-14: the tables quote e^2 to 14 decimals. e times e against e^2 is one
+    // square root and one product: 1e-18 is some 50 long double ulps of 0.0067.
+    EXPECT_NEAR_LD(wgs.GetESQR(), 0.00669437999014L, 1e-14L);
+    EXPECT_NEAR_LD(grs.GetESQR(), 0.00669438002290L, 1e-14L);
+    EXPECT_NEAR_LD(wgs.GetE() * wgs.GetE(), wgs.GetESQR(), 1e-18L);
     // Second eccentricity squared of WGS 84: 0.00673949674228.
-    EXPECT_NEAR(wgs.GetE2() * wgs.GetE2(), 0.00673949674228L, 1e-14L);
-    EXPECT_NEAR(wgs.GetF2(), (wgs.GetA() - wgs.GetB()) / wgs.GetB(), 1e-18L);
+    EXPECT_NEAR_LD(wgs.GetE2() * wgs.GetE2(), 0.00673949674228L, 1e-14L);
+    EXPECT_NEAR_LD(wgs.GetF2(), (wgs.GetA() - wgs.GetB()) / wgs.GetB(), 1e-18L);
     EXPECT_EQ(sphere.GetA(), 6371000.0L);
     EXPECT_EQ(sphere.GetE(), 0.0L);
     EXPECT_EQ(pz.GetA(), 6378136.0L);
@@ -110,12 +114,13 @@ TEST(EllipsoidDeath, UnknownNumberAndUnsetEllipsoidStop)
 {
     EXPECT_EXIT(elipsoid(5), ::testing::ExitedWithCode(1),
                 "\\*\\*\\*\\* Orvo: Error -> Improper ELLIPSOID setting! \\*\\*\\*\\*");
-    EXPECT_EXIT(elipsoid(-1), ::testing::ExitedWithCode(1), "Improper ELLIPSOID setting!");
+    EXPECT_EXIT(elipsoid(-1), ::testing::ExitedWithCode(1),
+                "\\*\\*\\*\\* Orvo: Error -> Improper ELLIPSOID setting! \\*\\*\\*\\*");
     const elipsoid unset;
     EXPECT_EXIT(xyz2flh(xyz(6.4e6L, 0, 0), unset), ::testing::ExitedWithCode(1),
                 "Orvo: Error -> Reference ellipsoid not set");
     EXPECT_EXIT(flh2xyz(flh(0, 0, 0), unset), ::testing::ExitedWithCode(1),
-                "Reference ellipsoid not set");
+                "\\*\\*\\*\\* Orvo: Error -> Reference ellipsoid not set");
 }
 
 // ---------------------------------------------------------- geodetic <-> XYZ
@@ -124,22 +129,22 @@ TEST(GeodeticConversion, MatchesSofaTestValues)
 {
     const xyz p(2.0e6L, 3.0e6L, 5.244e6L);
     const flh w = xyz2flh(p, elipsoid(1));
-    EXPECT_NEAR(w.l, 0.98279372324732907L, SofaAngle_rad);
-    EXPECT_NEAR(w.f, 0.97160184819075459L, SofaAngle_rad);
-    EXPECT_NEAR(w.h, 331.41724614260599L, SofaHeight_m);
+    EXPECT_NEAR_LD(w.l, 0.98279372324732907L, SofaAngle_rad);
+    EXPECT_NEAR_LD(w.f, 0.97160184819075459L, SofaAngle_rad);
+    EXPECT_NEAR_LD(w.h, 331.41724614260599L, SofaHeight_m);
     const flh g = xyz2flh(p, elipsoid(0));
-    EXPECT_NEAR(g.f, 0.97160184820607853L, SofaAngle_rad);
-    EXPECT_NEAR(g.h, 331.41731754844348L, SofaHeight_m);
+    EXPECT_NEAR_LD(g.f, 0.97160184820607853L, SofaAngle_rad);
+    EXPECT_NEAR_LD(g.h, 331.41731754844348L, SofaHeight_m);
 
     const flh q(-0.5L, 3.1L, 2500.0L);
     const xyz qw = flh2xyz(q, elipsoid(1));
-    EXPECT_NEAR(qw.x, -5599000.5577049947L, SofaPosition_m);
-    EXPECT_NEAR(qw.y, 233011.67223479203L, SofaPosition_m);
-    EXPECT_NEAR(qw.z, -3040909.4706983363L, SofaPosition_m);
+    EXPECT_NEAR_LD(qw.x, -5599000.5577049947L, SofaPosition_m);
+    EXPECT_NEAR_LD(qw.y, 233011.67223479203L, SofaPosition_m);
+    EXPECT_NEAR_LD(qw.z, -3040909.4706983363L, SofaPosition_m);
     const xyz qg = flh2xyz(q, elipsoid(0));
-    EXPECT_NEAR(qg.x, -5599000.5577260984L, SofaPosition_m);
-    EXPECT_NEAR(qg.y, 233011.6722356703L, SofaPosition_m);
-    EXPECT_NEAR(qg.z, -3040909.4706095476L, SofaPosition_m);
+    EXPECT_NEAR_LD(qg.x, -5599000.5577260984L, SofaPosition_m);
+    EXPECT_NEAR_LD(qg.y, 233011.6722356703L, SofaPosition_m);
+    EXPECT_NEAR_LD(qg.z, -3040909.4706095476L, SofaPosition_m);
 }
 
 TEST(GeodeticConversion, MatchesIgsSiteLog)
@@ -148,9 +153,9 @@ TEST(GeodeticConversion, MatchesIgsSiteLog)
     constexpr long double LogAngle_rad = 0.01L / 3600.0L * Deg;
     constexpr long double LogHeight_m = 0.05L;
     const flh p = xyz2flh(xyz(4112958.700L, 334002.300L, 4847353.400L), elipsoid(0));
-    EXPECT_NEAR(p.f, (49.0L + 46.0L / 60.0L + 56.88L / 3600.0L) * Deg, LogAngle_rad);
-    EXPECT_NEAR(p.l, (4.0L + 38.0L / 60.0L + 33.53L / 3600.0L) * Deg, LogAngle_rad);
-    EXPECT_NEAR(p.h, 199.3L, LogHeight_m);
+    EXPECT_NEAR_LD(p.f, (49.0L + 46.0L / 60.0L + 56.88L / 3600.0L) * Deg, LogAngle_rad);
+    EXPECT_NEAR_LD(p.l, (4.0L + 38.0L / 60.0L + 33.53L / 3600.0L) * Deg, LogAngle_rad);
+    EXPECT_NEAR_LD(p.h, 199.3L, LogHeight_m);
 }
 
 TEST(GeodeticConversion, ClosedFormPointsOnTheAxes)
@@ -164,26 +169,26 @@ TEST(GeodeticConversion, ClosedFormPointsOnTheAxes)
         EXPECT_LT(Dist(flh2xyz(flh(0, Pi / 2, h), e), xyz(0, a + h, 0)), RoundTrip_m);
 
         const flh eq = xyz2flh(xyz(a + h, 0, 0), e);
-        EXPECT_NEAR(eq.f, 0.0L, SofaAngle_rad);
-        EXPECT_NEAR(eq.l, 0.0L, SofaAngle_rad);
-        EXPECT_NEAR(eq.h, h, RoundTrip_m);
+        EXPECT_NEAR_LD(eq.f, 0.0L, SofaAngle_rad);
+        EXPECT_NEAR_LD(eq.l, 0.0L, SofaAngle_rad);
+        EXPECT_NEAR_LD(eq.h, h, RoundTrip_m);
         // Exactly on the axis: the textbook height p/cos f - N has no digits
         // left here.
         const flh np = xyz2flh(xyz(0, 0, b + h), e);
-        EXPECT_NEAR(np.f, Pi / 2, SofaAngle_rad);
-        EXPECT_NEAR(np.h, h, RoundTrip_m);
+        EXPECT_NEAR_LD(np.f, Pi / 2, SofaAngle_rad);
+        EXPECT_NEAR_LD(np.h, h, RoundTrip_m);
         const flh sp = xyz2flh(xyz(0, 0, -b - h), e);
-        EXPECT_NEAR(sp.f, -Pi / 2, SofaAngle_rad);
-        EXPECT_NEAR(sp.h, h, RoundTrip_m);
+        EXPECT_NEAR_LD(sp.f, -Pi / 2, SofaAngle_rad);
+        EXPECT_NEAR_LD(sp.h, h, RoundTrip_m);
     }
     // x < 0 on the x axis: longitude -pi, the lower end of [-pi, pi).
-    EXPECT_NEAR(xyz2flh(xyz(-a, 0, 0), e).l, -Pi, SofaAngle_rad);
-    EXPECT_NEAR(xyz2flh(xyz(-a, 1.0L, 0), e).l, Pi - 1.0L / a, SofaAngle_rad);
-    EXPECT_NEAR(xyz2flh(xyz(0, -a, 0), e).l, -Pi / 2, SofaAngle_rad);
+    EXPECT_NEAR_LD(xyz2flh(xyz(-a, 0, 0), e).l, -Pi, SofaAngle_rad);
+    EXPECT_NEAR_LD(xyz2flh(xyz(-a, 1.0L, 0), e).l, Pi - 1.0L / a, SofaAngle_rad);
+    EXPECT_NEAR_LD(xyz2flh(xyz(0, -a, 0), e).l, -Pi / 2, SofaAngle_rad);
     // The centre maps to the north pole at depth b, which maps back.
     const flh c = xyz2flh(xyz(), e);
-    EXPECT_NEAR(c.f, Pi / 2, SofaAngle_rad);
-    EXPECT_NEAR(c.h, -b, RoundTrip_m);
+    EXPECT_NEAR_LD(c.f, Pi / 2, SofaAngle_rad);
+    EXPECT_NEAR_LD(c.h, -b, RoundTrip_m);
     EXPECT_LT(flh2xyz(c, e).GetLength(), RoundTrip_m);
 }
 
@@ -201,7 +206,7 @@ TEST(GeodeticConversion, RoundTripClosesEverywhereOnEveryEllipsoid)
                     const flh back = xyz2flh(p, e);
                     ASSERT_LT(GroundDist(g, back, e), RoundTrip_m)
                         << "ellipsoid " << el << " lat " << latd << " lon " << lond << " h " << h;
-                    ASSERT_NEAR(back.h, h, RoundTrip_m);
+                    ASSERT_NEAR_LD(back.h, h, RoundTrip_m);
                     ASSERT_LT(Dist(flh2xyz(back, e), p), RoundTrip_m);
                     // y of a point at 180 degrees is sin(pi) N, a few 1e-13 m
                     // either side, so the ends of [-pi, pi) are both reached.
@@ -223,7 +228,7 @@ TEST(GeodeticConversion, TimeFormsCarryDtAndAgreeDespiteOtherStop)
             const flh plain = xyz2flh(p, e);
             EXPECT_EQ(t.dt, g.dt);
             EXPECT_LT(GroundDist(t, plain, e), RoundTrip_m);
-            EXPECT_NEAR(t.h, plain.h, RoundTrip_m);
+            EXPECT_NEAR_LD(t.h, plain.h, RoundTrip_m);
             EXPECT_LT(GroundDist(t, g, e), RoundTrip_m);
         }
 }
@@ -245,14 +250,14 @@ TEST(LocalFrame, AxesFollowTheEllipsoidGeometry)
             const neu u = g2lg(up.GetUnitVector(1), g);
             const neu n = g2lg(north.GetUnitVector(1), g);
             const neu ea = g2lg(east.GetUnitVector(1), g);
-            EXPECT_NEAR(u.u, 1.0L, Direction_rad);
-            EXPECT_NEAR(u.n, 0.0L, Direction_rad);
-            EXPECT_NEAR(u.e, 0.0L, Direction_rad);
-            EXPECT_NEAR(n.n, 1.0L, Direction_rad);
-            EXPECT_NEAR(n.u, 0.0L, Direction_rad);
-            EXPECT_NEAR(ea.e, 1.0L, Direction_rad);
-            EXPECT_NEAR(ea.n, 0.0L, Direction_rad);
-            EXPECT_NEAR(ea.u, 0.0L, Direction_rad);
+            EXPECT_NEAR_LD(u.u, 1.0L, Direction_rad);
+            EXPECT_NEAR_LD(u.n, 0.0L, Direction_rad);
+            EXPECT_NEAR_LD(u.e, 0.0L, Direction_rad);
+            EXPECT_NEAR_LD(n.n, 1.0L, Direction_rad);
+            EXPECT_NEAR_LD(n.u, 0.0L, Direction_rad);
+            EXPECT_NEAR_LD(ea.e, 1.0L, Direction_rad);
+            EXPECT_NEAR_LD(ea.n, 0.0L, Direction_rad);
+            EXPECT_NEAR_LD(ea.u, 0.0L, Direction_rad);
         }
 }
 
@@ -265,7 +270,7 @@ TEST(LocalFrame, RotationsKeepLengthAndInvertEachOther)
         for (const xyz& v : vecs) {
             const long double tol = Rotation * (1.0L + v.GetLength());
             const neu l = g2lg(v, g);
-            EXPECT_NEAR(l.GetLength(), v.GetLength(), tol);
+            EXPECT_NEAR_LD(l.GetLength(), v.GetLength(), tol);
             EXPECT_LT(Dist(lg2g(l, g), v), tol);
             const neu ln(v.x, v.y, v.z);
             EXPECT_LT((g2lg(lg2g(ln, g), g) - ln).GetLength(), tol);
@@ -318,19 +323,19 @@ TEST(LocalFrame, CovarianceFormIsRCRt)
             long double s = 0.0L;
             for (int k = 0; k < 3; ++k)
                 for (int m = 0; m < 3; ++m) s += R[i][k] * c3[k][m] * R[j][m];
-            EXPECT_NEAR(L(i, j), s, CovTol) << i << "," << j;
+            EXPECT_NEAR_LD(L(i, j), s, CovTol) << i << "," << j;
         }
     }
-    EXPECT_NEAR(trace, c3[0][0] + c3[1][1] + c3[2][2], CovTol);
+    EXPECT_NEAR_LD(trace, c3[0][0] + c3[1][1] + c3[2][2], CovTol);
     // A flht point rotates the same way.
     matrix<long double> Lt;
     g2lg(C, flht(g.f, g.l, g.h, 1.0L), Lt);
     for (int i = 0; i < 3; ++i)
-        for (int j = 0; j < 3; ++j) EXPECT_NEAR(Lt(i, j), L(i, j), CovTol);
+        for (int j = 0; j < 3; ++j) EXPECT_NEAR_LD(Lt(i, j), L(i, j), CovTol);
     // Back to Earth-centred axes, into the same matrix.
     lg2g(L, g, L);
     for (int i = 0; i < 3; ++i)
-        for (int j = 0; j < 3; ++j) EXPECT_NEAR(L(i, j), c3[i][j], CovTol);
+        for (int j = 0; j < 3; ++j) EXPECT_NEAR_LD(L(i, j), c3[i][j], CovTol);
 }
 
 TEST(LocalFrameDeath, CovarianceSmallerThan3x3Stops)
@@ -346,17 +351,18 @@ TEST(LocalFrameDeath, CovarianceSmallerThan3x3Stops)
 TEST(Direction, AzimuthCoversAllQuadrantsAndAxes)
 {
     EXPECT_EQ(Azimuth(0, 0, 0, 1), 0.0L);                 // north
-    EXPECT_NEAR(Azimuth(0, 0, 1, 0), Pi / 2, 1e-18L);     // east
-    EXPECT_NEAR(Azimuth(0, 0, 0, -1), Pi, 1e-18L);        // south
-    EXPECT_NEAR(Azimuth(0, 0, -1, 0), 1.5L * Pi, 1e-18L); // west
+    EXPECT_NEAR_LD(Azimuth(0, 0, 1, 0), Pi / 2, 1e-18L);     // east
+    EXPECT_NEAR_LD(Azimuth(0, 0, 0, -1), Pi, 1e-18L);        // south
+    EXPECT_NEAR_LD(Azimuth(0, 0, -1, 0), 1.5L * Pi, 1e-18L); // west
     EXPECT_EQ(Azimuth(5, 5, 5, 5), 0.0L);                 // null
     EXPECT_EQ(Azimuth(0, 0, 5e-15L, 1), 0.0L);            // below 1e-14 is null
-    EXPECT_NEAR(Azimuth(0, 0, -5e-15L, -1), Pi, 1e-18L);
+    EXPECT_NEAR_LD(Azimuth(0, 0, -5e-15L, -1), Pi, 1e-18L);
     // Against atan2 all around, from an offset origin.
     for (int k = 0; k < 360; k += 7) {
         const long double az = (k + 0.5L) * Deg;
         const long double a = Azimuth(10, -20, 10 + 3 * std::sin(az), -20 + 3 * std::cos(az));
-        EXPECT_NEAR(a, az, 1e-17L) << k;
+        // 1e-17 rad: one long double atan2 of points 3 m apart at round-off 1e-19 m.
+        EXPECT_NEAR_LD(a, az, 1e-17L) << k;
         EXPECT_GE(a, 0.0L);
         EXPECT_LT(a, 2 * Pi);
     }
@@ -375,27 +381,27 @@ TEST(Direction, SatelliteOverheadNorthAndEast)
         long double E = -1, A = -1, Z = -1;
 
         SatelliteAzimuthElevation(st, xyzt(flh2xyz(flh(g.f, g.l, 2.02e7L), e), 1e-4L), e, &E, &A);
-        EXPECT_NEAR(E, Pi / 2, Direction_rad);
+        EXPECT_NEAR_LD(E, Pi / 2, Direction_rad);
         SatelliteAzimuthZenith(st, xyzt(flh2xyz(flh(g.f, g.l, 2.02e7L), e), 0), e, &Z, &A);
-        EXPECT_NEAR(Z, 0.0L, Direction_rad);
+        EXPECT_NEAR_LD(Z, 0.0L, Direction_rad);
 
         // 30 degrees up, due north, at GPS range.
         const long double r = 2.2e7L;
         const xyz satN = st + r * (std::cos(30 * Deg) * north + std::sin(30 * Deg) * up);
         SatelliteAzimuthElevation(st, xyzt(satN, 0), e, &E, &A);
-        EXPECT_NEAR(E, 30 * Deg, Direction_rad);
-        EXPECT_NEAR(std::remainder(A, 2 * Pi), 0.0L, Direction_rad);
+        EXPECT_NEAR_LD(E, 30 * Deg, Direction_rad);
+        EXPECT_NEAR_LD(std::remainder(A, 2 * Pi), 0.0L, Direction_rad);
         SatelliteAzimuthZenith(st, xyzt(satN, 0), e, &Z, &A);
-        EXPECT_NEAR(Z, 60 * Deg, Direction_rad);
+        EXPECT_NEAR_LD(Z, 60 * Deg, Direction_rad);
 
         // On the horizon, due east; 5 degrees below it, due west.
         SatelliteAzimuthElevation(st, xyzt(st + r * east, 0), e, &E, &A);
-        EXPECT_NEAR(E, 0.0L, Direction_rad);
-        EXPECT_NEAR(A, Pi / 2, Direction_rad);
+        EXPECT_NEAR_LD(E, 0.0L, Direction_rad);
+        EXPECT_NEAR_LD(A, Pi / 2, Direction_rad);
         const xyz satW = st + r * (-std::cos(5 * Deg) * east - std::sin(5 * Deg) * up);
         SatelliteAzimuthElevation(st, xyzt(satW, 0), e, &E, &A);
-        EXPECT_NEAR(E, -5 * Deg, Direction_rad);
-        EXPECT_NEAR(A, 1.5L * Pi, Direction_rad);
+        EXPECT_NEAR_LD(E, -5 * Deg, Direction_rad);
+        EXPECT_NEAR_LD(A, 1.5L * Pi, Direction_rad);
     }
     // No line of sight: elevation and azimuth 0, below any mask.
     long double E = -1, A = -1;
@@ -413,16 +419,16 @@ TEST(Direction, SatelliteBasisIsRightHandedAndFacesEarthAndSun)
         for (const xyz& sun : suns) {
             xyz X, Y, Z;
             GNSSSatBasis(X, Y, Z, s, sun);
-            EXPECT_NEAR(X.GetLength(), 1.0L, Rotation);
-            EXPECT_NEAR(Y.GetLength(), 1.0L, Rotation);
-            EXPECT_NEAR(Z.GetLength(), 1.0L, Rotation);
-            EXPECT_NEAR(X * Y, 0.0L, Rotation);
-            EXPECT_NEAR(Y * Z, 0.0L, Rotation);
-            EXPECT_NEAR(X * Z, 0.0L, Rotation);
+            EXPECT_NEAR_LD(X.GetLength(), 1.0L, Rotation);
+            EXPECT_NEAR_LD(Y.GetLength(), 1.0L, Rotation);
+            EXPECT_NEAR_LD(Z.GetLength(), 1.0L, Rotation);
+            EXPECT_NEAR_LD(X * Y, 0.0L, Rotation);
+            EXPECT_NEAR_LD(Y * Z, 0.0L, Rotation);
+            EXPECT_NEAR_LD(X * Z, 0.0L, Rotation);
             EXPECT_LT(Dist(CrossP(X, Y), Z), Rotation);
             EXPECT_LT(Dist(Z * s.GetLength(), -xyz(s)), 1e-8L);   // nadir
             const xyz toSun = (sun - s).GetUnitVector(1);
-            EXPECT_NEAR(Y * toSun, 0.0L, Rotation);                // Sun in the x-z plane
+            EXPECT_NEAR_LD(Y * toSun, 0.0L, Rotation);                // Sun in the x-z plane
             EXPECT_GT(X * toSun, 0.0L);                            // on the +x side
         }
 }
@@ -433,8 +439,10 @@ TEST(VectorAlgebra, UnitVectorRotationsAndProducts)
 {
     EXPECT_EQ(xyz(1e7L, 0, 0).GetUnitVector(-1), xyz(-1, 0, 0));
     const xyz big(2.6e7L, -1.3e7L, 4.0e6L);
-    EXPECT_NEAR(big.GetUnitVector(1).GetLength(), 1.0L, 1e-18L);
-    EXPECT_NEAR(big.GetUnitVector(1) * big, big.GetLength(), 1e-9L);
+    // 1e-18: a few long double ulps of 1 after a division and a square root;
+    // 1e-9 m is the same at 3e7 m, where an ulp is 4e-12 m.
+    EXPECT_NEAR_LD(big.GetUnitVector(1).GetLength(), 1.0L, 1e-18L);
+    EXPECT_NEAR_LD(big.GetUnitVector(1) * big, big.GetLength(), 1e-9L);
     EXPECT_EQ(xyz().GetUnitVector(1), xyz());
     const xyzt ut = xyzt(3, 4, 0, 7).GetUnitVector(1);
     EXPECT_EQ(ut, xyzt(0.6L, 0.8L, 0, 0));
@@ -445,15 +453,18 @@ TEST(VectorAlgebra, UnitVectorRotationsAndProducts)
     EXPECT_EQ(xyz(0, 0, 1).RotateY(Pi / 2), xyz(1, 0, 0));
     xyz r = big;
     r.RotateX(0.3L).RotateY(-1.2L).RotateZ(2.9L);
-    EXPECT_NEAR(r.GetLength(), big.GetLength(), 1e-9L);
+    // 1e-9 m: three rotations keep the length up to round-off (1e-11 m at 3e7 m).
+    EXPECT_NEAR_LD(r.GetLength(), big.GetLength(), 1e-9L);
     r.RotateZ(-2.9L).RotateY(1.2L).RotateX(-0.3L);
     EXPECT_LT(Dist(r, big), 1e-9L);
 
     const xyz a(1, 2, 3), b(-4, 5, 0.5L);
     EXPECT_EQ(a * b, -4.0L + 10.0L + 1.5L);
     EXPECT_EQ(CrossP(xyz(1, 0, 0), xyz(0, 1, 0)), xyz(0, 0, 1));
-    EXPECT_NEAR(CrossP(a, b) * a, 0.0L, 1e-17L);
-    EXPECT_NEAR(CrossP(a, b) * b, 0.0L, 1e-17L);
+    // 1e-17: small-integer inputs make the products exact but for the 0.5 term,
+    // so the dot products vanish to round-off of numbers near 30.
+    EXPECT_NEAR_LD(CrossP(a, b) * a, 0.0L, 1e-17L);
+    EXPECT_NEAR_LD(CrossP(a, b) * b, 0.0L, 1e-17L);
     EXPECT_EQ(ElementP(a, b), xyz(-4, 10, 1.5L));
     EXPECT_EQ(sqrt(xyz(4, 9, 0.25L)), xyz(2, 3, 0.5L));
     EXPECT_EQ(2.0L * a - a, a);
@@ -491,7 +502,8 @@ TEST(VectorAlgebra, TimeTermsBetweenClasses)
     neu n;
     n = nt;
     EXPECT_EQ(n, neu(1, 2, 3));
-    EXPECT_NEAR(neu(3, 4, 12).GetLength(), 13.0L, 1e-17L);
+    // 1e-17 m: square root of the exact 169, correctly rounded.
+    EXPECT_NEAR_LD(neu(3, 4, 12).GetLength(), 13.0L, 1e-17L);
     EXPECT_EQ(nt + neu(1, 1, 1), neu(2, 3, 4));
     EXPECT_EQ(nt * 2.0L, neut(2, 4, 6, 8));
     EXPECT_EQ(neu(1, 2, 3) * neu(1, 1, 1), 6.0L);
@@ -525,7 +537,7 @@ TEST(FlhDeath, BadAnglesStopWithTheClassFrame)
     EXPECT_EXIT({ std::cout.rdbuf(std::cerr.rdbuf()); flh p; p.Set(std::nanl(""), 0, 0); },
                 ::testing::ExitedWithCode(1), "flh: Error -> LATITUDE not valid");
     EXPECT_EXIT({ std::cout.rdbuf(std::cerr.rdbuf()); flh p(80, 0, 0); p += flh(20, 0, 0); },
-                ::testing::ExitedWithCode(1), "LATITUDE not valid");
+                ::testing::ExitedWithCode(1), "\\*\\*\\*\\* flh: Error -> LATITUDE not valid");
     EXPECT_EXIT({ std::cout.rdbuf(std::cerr.rdbuf()); flh p = xyz2flh(xyz(NAN, 0, 0), elipsoid(0)); (void)p; },
                 ::testing::ExitedWithCode(1), "flh: Error -> LATITUDE not valid");
 }
@@ -626,19 +638,19 @@ TEST_F(PrintSettings, FlhFormats)
     flhns::Unit = 4;
     std::istringstream in4("-0 30 0 -12 15 36 100.5");
     in4 >> r;
-    EXPECT_NEAR(r.f, -0.5L * Deg, Read_rad);
-    EXPECT_NEAR(r.l, -(12 + 15.0L / 60 + 36.0L / 3600) * Deg, Read_rad);
+    EXPECT_NEAR_LD(r.f, -0.5L * Deg, Read_rad);
+    EXPECT_NEAR_LD(r.l, -(12 + 15.0L / 60 + 36.0L / 3600) * Deg, Read_rad);
     EXPECT_EQ(r.h, 100.5L);
     flhns::Unit = 1;
     std::istringstream in1("45.5 -120.25 10");
     in1 >> r;
-    EXPECT_NEAR(r.f, 45.5L * Deg, Read_rad);
-    EXPECT_NEAR(r.l, -120.25L * Deg, Read_rad);
+    EXPECT_NEAR_LD(r.f, 45.5L * Deg, Read_rad);
+    EXPECT_NEAR_LD(r.l, -120.25L * Deg, Read_rad);
     flhns::Unit = 3;
     std::istringstream in3("45.302512 -4.3833 7");
     in3 >> r;
-    EXPECT_NEAR(r.f, (45 + 30.0L / 60 + 25.12L / 3600) * Deg, 1e-12L);   // 8 packed digits
-    EXPECT_NEAR(r.l, -(4 + 38.0L / 60 + 33.0L / 3600) * Deg, 1e-12L);
+    EXPECT_NEAR_LD(r.f, (45 + 30.0L / 60 + 25.12L / 3600) * Deg, 1e-12L);   // 8 packed digits
+    EXPECT_NEAR_LD(r.l, -(4 + 38.0L / 60 + 33.0L / 3600) * Deg, 1e-12L);
     flhtns::Unit = 0; flhtns::UnitT = 1e6L;
     std::istringstream in0("0.1 0.2 3 250");
     flht rt;

@@ -10,6 +10,7 @@
 #include <string>
 
 #include "geodesy/TimeConverse.h"
+#include "numerics/NearLD.h"
 
 namespace {
 
@@ -72,7 +73,7 @@ TEST(TimeConversion, EveryDayFrom1901To2199MatchesIndependentDayCount)
         ASSERT_EQ(cal.GetYear(), y) << "MJD " << m;
         ASSERT_EQ(cal.GetMonth(), mo) << "MJD " << m;
         ASSERT_EQ(cal.GetDay(), d) << "MJD " << m;
-        ASSERT_NEAR(cal.GetDaySecond(), sod, HmsTol_s) << "MJD " << m;
+        ASSERT_NEAR_LD(cal.GetDaySecond(), sod, HmsTol_s) << "MJD " << m;
 
         const mjd back = ymdhms2mjd(ymdhms(y, mo, d, 0, 0, 0.0L));
         ASSERT_EQ(back.GetMJDay(), static_cast<unsigned long>(m)) << y << "-" << mo << "-" << d;
@@ -89,11 +90,11 @@ TEST(TimeConversion, GPSWeekRoundTripsEveryDayFromOriginTo2199)
         ASSERT_EQ(g.GetWeek(), (m - 44244) / 7) << "MJD " << m;
         // Day of week 0 is Sunday, and 1980-01-06 was a Sunday.
         ASSERT_EQ(g.GetWeekDay(), (m - 44244) % 7) << "MJD " << m;
-        ASSERT_NEAR(g.GetDaySecond(), sod, RoundTripTol_s) << "MJD " << m;
+        ASSERT_NEAR_LD(g.GetDaySecond(), sod, RoundTripTol_s) << "MJD " << m;
 
         const mjd back = GPSws2mjd(g);
         ASSERT_EQ(back.GetMJDay(), static_cast<unsigned long>(m));
-        ASSERT_NEAR(back.GetSecond(), sod, RoundTripTol_s);
+        ASSERT_NEAR_LD(back.GetSecond(), sod, RoundTripTol_s);
 
         long y, mo, d;
         FvfDate(m, y, mo, d);
@@ -101,11 +102,11 @@ TEST(TimeConversion, GPSWeekRoundTripsEveryDayFromOriginTo2199)
         ASSERT_EQ(cal.GetYear(), y) << "MJD " << m;
         ASSERT_EQ(cal.GetMonth(), mo) << "MJD " << m;
         ASSERT_EQ(cal.GetDay(), d) << "MJD " << m;
-        ASSERT_NEAR(cal.GetDaySecond(), sod, HmsTol_s) << "MJD " << m;
+        ASSERT_NEAR_LD(cal.GetDaySecond(), sod, HmsTol_s) << "MJD " << m;
 
         const GPSws fromCal = ymdhms2GPSws(cal);
         ASSERT_EQ(fromCal.GetWeek(), g.GetWeek());
-        ASSERT_NEAR(fromCal.GetSecond(), g.GetSecond(), RoundTripTol_s);
+        ASSERT_NEAR_LD(fromCal.GetSecond(), g.GetSecond(), RoundTripTol_s);
     }
 }
 
@@ -132,12 +133,12 @@ TEST(TimeConversion, PublishedFixedPoints)
     const GPSws w = mjd2GPSws(mjd(55055, 0.0L));  // 2009-08-12, a Wednesday
     EXPECT_EQ(w.GetWeek(), 1544);
     EXPECT_EQ(w.GetWeekDay(), 3);
-    EXPECT_NEAR(w.GetSecond(), 259200.0L, RoundTripTol_s);
+    EXPECT_NEAR_LD(w.GetSecond(), 259200.0L, RoundTripTol_s);
 
     // J2000.0 in GPS time: 2000-01-01 11:59:08.816 is week 1042, 561548.816 s.
     const GPSws j2000 = ymdhms2GPSws(ymdhms(2000, 1, 1, 11, 59, 8.816L));
     EXPECT_EQ(j2000.GetWeek(), 1042);
-    EXPECT_NEAR(j2000.GetSecond(), 561548.816L, RoundTripTol_s);
+    EXPECT_NEAR_LD(j2000.GetSecond(), 561548.816L, RoundTripTol_s);
 }
 
 TEST(TimeConversion, HourTwentyFourCarriesIntoTheNextDay)
@@ -155,11 +156,11 @@ TEST(TimeConversion, HourTwentyFourCarriesIntoTheNextDay)
     // Hours past 24 are later days too, not an invalid second of day.
     const mjd later = ymdhms2mjd(ymdhms(2000, 1, 1, 30, 0, 0.0L));
     EXPECT_EQ(later.GetMJDay(), 51545u);
-    EXPECT_NEAR(later.GetSecond(), 6.0L * 3600.0L, HmsTol_s);
+    EXPECT_NEAR_LD(later.GetSecond(), 6.0L * 3600.0L, HmsTol_s);
     // Saturday 24:00 is the next week's Sunday 0h.
     const GPSws sat = ymdhms2GPSws(ymdhms(2000, 1, 1, 24, 0, 0.0L));
     EXPECT_EQ(sat.GetWeek(), 1043);
-    EXPECT_NEAR(sat.GetSecond(), 0.0L, RoundTripTol_s);
+    EXPECT_NEAR_LD(sat.GetSecond(), 0.0L, RoundTripTol_s);
 }
 
 TEST(TimeConversion, Sec2HMSSplitsAndCarries)
@@ -169,7 +170,7 @@ TEST(TimeConversion, Sec2HMSSplitsAndCarries)
     Sec2HMS(45296.5L, h, m, s);  // 12:34:56.5
     EXPECT_EQ(h, 12);
     EXPECT_EQ(m, 34);
-    EXPECT_NEAR(s, 56.5L, HmsTol_s);
+    EXPECT_NEAR_LD(s, 56.5L, HmsTol_s);
     Sec2HMS(3600.0L * 5 + 60.0L * 59 + 60.0L - 1e-11L, h, m, s);  // carries to 06:00:00
     EXPECT_EQ(h, 6);
     EXPECT_EQ(m, 0);
@@ -179,7 +180,8 @@ TEST(TimeConversion, Sec2HMSSplitsAndCarries)
     g.Sec2HMS(h, m, s);
     EXPECT_EQ(h, 0);
     EXPECT_EQ(m, 59);
-    EXPECT_NEAR(s, 59.9999999L, 1e-9L);
+    // 1e-9 s: round-off of the split at 9e4 s is 1e-14 s; a carry would give 0.
+    EXPECT_NEAR_LD(s, 59.9999999L, 1e-9L);
 }
 
 TEST(Calendar, LeapYearsAndDayOfYear)
@@ -226,10 +228,10 @@ TEST(Calendar, DecimalYearRoundTrips)
         ymdhms back;
         back.SetYDec(static_cast<double>(yd));
         const mjd a = ymdhms2mjd(c), b = ymdhms2mjd(back);
-        EXPECT_NEAR(b - a, 0.0L, YDecTol_s) << c;
+        EXPECT_NEAR_LD(b - a, 0.0L, YDecTol_s) << c;
     }
     // Mid-year of a leap year: 183 of 366 days have passed at 2000-07-02 0h.
-    EXPECT_NEAR(ymdhms(2000, 7, 2, 0, 0, 0.0L).GetYearDec(), 2000.5L, 1e-15L);
+    EXPECT_NEAR_LD(ymdhms(2000, 7, 2, 0, 0, 0.0L).GetYearDec(), 2000.5L, 1e-15L);
 }
 
 TEST(Calendar, SettersKeepTheDateAndTwoDigitYearsRead)
@@ -239,9 +241,9 @@ TEST(Calendar, SettersKeepTheDateAndTwoDigitYearsRead)
     EXPECT_EQ(t.GetDay(), 25);
     EXPECT_EQ(t.GetHour(), 12);
     EXPECT_EQ(t.GetMinute(), 34);
-    EXPECT_NEAR(t.GetSecond(), 56.5L, HmsTol_s);
+    EXPECT_NEAR_LD(t.GetSecond(), 56.5L, HmsTol_s);
     t.SetHMS(1, 2, 3.0L);
-    EXPECT_NEAR(t.GetDaySecond(), 3723.0L, HmsTol_s);
+    EXPECT_NEAR_LD(t.GetDaySecond(), 3723.0L, HmsTol_s);
 
     const struct { const char* text; unsigned short year; } reads[] = {
         {"79 1 1 0 0 0", 2079}, {"80 1 1 0 0 0", 1980}, {"99 12 31 0 0 0", 1999},
@@ -264,13 +266,13 @@ TEST(MjdArithmetic, AddingSecondsCarriesTheDay)
     mjd t(51544, 86000.0L);
     t += 500.0L;  // over midnight
     EXPECT_EQ(t.GetMJDay(), 51545u);
-    EXPECT_NEAR(t.GetSecond(), 100.0L, RoundTripTol_s);
+    EXPECT_NEAR_LD(t.GetSecond(), 100.0L, RoundTripTol_s);
     t += -200.0L;  // back over midnight
     EXPECT_EQ(t.GetMJDay(), 51544u);
-    EXPECT_NEAR(t.GetSecond(), 86300.0L, RoundTripTol_s);
+    EXPECT_NEAR_LD(t.GetSecond(), 86300.0L, RoundTripTol_s);
     t += 3.0L * 86400.0L + 200.0L;  // whole days and a midnight at once
     EXPECT_EQ(t.GetMJDay(), 51548u);
-    EXPECT_NEAR(t.GetSecond(), 100.0L, RoundTripTol_s);
+    EXPECT_NEAR_LD(t.GetSecond(), 100.0L, RoundTripTol_s);
     t += -3.0L * 86400.0L - 100.0L;  // lands exactly on midnight
     EXPECT_EQ(t.GetMJDay(), 51545u);
     EXPECT_EQ(t.GetSecond(), 0.0L);
@@ -291,36 +293,40 @@ TEST(MjdArithmetic, NearMidnightRollsOverToNextDay)
     mjd u(51544, 0.0L);
     u += 86400.0L - 1e-11L;
     EXPECT_EQ(u.GetMJDay(), 51544u);
-    EXPECT_NEAR(u.GetSecond(), 86400.0L - 1e-11L, 1e-14L);
+    // 1e-14 s: long double spacing at 86400 s is 7e-15 s; the 1e-11 s under test
+    // is a thousand times larger.
+    EXPECT_NEAR_LD(u.GetSecond(), 86400.0L - 1e-11L, 1e-14L);
 }
 
 TEST(MjdArithmetic, DifferenceInSecondsBothOrdersAndSteps)
 {
     const mjd a(44244, 0.0L), b(51544, 43200.0L);
     // 7300 days and 12 h from the GPS origin to J2000 noon.
-    EXPECT_NEAR(b - a, 7300.5L * 86400.0L, RoundTripTol_s);
-    EXPECT_NEAR(a - b, -7300.5L * 86400.0L, RoundTripTol_s);
+    EXPECT_NEAR_LD(b - a, 7300.5L * 86400.0L, RoundTripTol_s);
+    EXPECT_NEAR_LD(a - b, -7300.5L * 86400.0L, RoundTripTol_s);
 
     // Day plus second keeps nanoseconds across days where a decimal MJD
     // (resolution 5e-10 s at MJD 60000) could not.
     // Near 86400 s the second of day itself is stored to 7e-15 s (one ulp).
     constexpr long double DaySecondUlp_s = 7.2e-15L;
     const mjd c(60000, 86400.0L - 1e-9L), d(60001, 1e-9L);
-    EXPECT_NEAR(d - c, 2e-9L, 2.0L * DaySecondUlp_s);
-    EXPECT_NEAR(c - d, -2e-9L, 2.0L * DaySecondUlp_s);
+    EXPECT_NEAR_LD(d - c, 2e-9L, 2.0L * DaySecondUlp_s);
+    EXPECT_NEAR_LD(c - d, -2e-9L, 2.0L * DaySecondUlp_s);
 
     // Stepping forward by dt and differencing gives dt back.
     for (long double dt : {30.0L, -30.0L, 86399.999L, 1e6L + 0.25L, -2.5e6L}) {
         mjd e(55055, 43210.5L);
         e += dt;
-        EXPECT_NEAR(e - mjd(55055, 43210.5L), dt, RoundTripTol_s) << dt;
+        EXPECT_NEAR_LD(e - mjd(55055, 43210.5L), dt, RoundTripTol_s) << dt;
     }
 
     mjd f;
     f = 51544.5L;
     EXPECT_EQ(f.GetMJDay(), 51544u);
-    EXPECT_NEAR(f.GetSecond(), 43200.0L, RoundTripTol_s);
-    EXPECT_NEAR(f.GetMJDDec(), 51544.5L, 1e-15L);
+    EXPECT_NEAR_LD(f.GetSecond(), 43200.0L, RoundTripTol_s);
+    // 1e-15 d: 51544.5 is exact in binary; only the day-plus-second split and
+    // its recombination could round (spacing 3.5e-15 at 5e4, so one ulp at most).
+    EXPECT_NEAR_LD(f.GetMJDDec(), 51544.5L, 1e-15L);
 }
 
 TEST(MjdComparison, TolerancesAndOrder)
@@ -359,17 +365,17 @@ TEST(GPSwsArithmetic, SecondsCarryAndBorrowWeeks)
     GPSws g(2111, 600000.0L);
     g += 10000.0L;
     EXPECT_EQ(g.GetWeek(), 2112);
-    EXPECT_NEAR(g.GetSecond(), 5200.0L, RoundTripTol_s);
+    EXPECT_NEAR_LD(g.GetSecond(), 5200.0L, RoundTripTol_s);
     g += -6000.0L;
     EXPECT_EQ(g.GetWeek(), 2111);
-    EXPECT_NEAR(g.GetSecond(), 604000.0L, RoundTripTol_s);
+    EXPECT_NEAR_LD(g.GetSecond(), 604000.0L, RoundTripTol_s);
     g += 3.0L * 604800.0L;
     EXPECT_EQ(g.GetWeek(), 2114);
-    EXPECT_NEAR(g.GetSecond(), 604000.0L, RoundTripTol_s);
+    EXPECT_NEAR_LD(g.GetSecond(), 604000.0L, RoundTripTol_s);
     g += static_cast<unsigned short>(2);
     EXPECT_EQ(g.GetWeek(), 2116);
     EXPECT_EQ(g.GetWeekDay(), 6);
-    EXPECT_NEAR(g.GetDaySecond(), 604000.0L - 6.0L * 86400.0L, RoundTripTol_s);
+    EXPECT_NEAR_LD(g.GetDaySecond(), 604000.0L - 6.0L * 86400.0L, RoundTripTol_s);
 }
 
 // GPS - UTC = TAI - UTC - 19 s at each leap second of the IERS history
@@ -406,5 +412,5 @@ TEST(LeapSecondTable, EveryStepOfTheIersHistory)
     mjd t(58000, 86390.0L);
     t += LeapSecond(t);
     EXPECT_EQ(t.GetMJDay(), 58001u);
-    EXPECT_NEAR(t.GetSecond(), 8.0L, RoundTripTol_s);
+    EXPECT_NEAR_LD(t.GetSecond(), 8.0L, RoundTripTol_s);
 }

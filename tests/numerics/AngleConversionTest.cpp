@@ -41,6 +41,8 @@ TEST(AnglePacked, HandCheckedValuesBothSigns)
 {
     // 45 deg 30 min 25.12 s = 45.50697777... deg, packed 45.302512.
     const long double a = deg2rad(45.0L + 30.0L / 60.0L + 25.12L / 3600.0L);
+    // 1e-14: the packing multiplies by 60 twice; round-off is some 1e-17, a
+    // wrong second digit is 1e-6.
     EXPECT_NEAR_LD(rad2dms(a), 45.302512L, 1e-14L);
     EXPECT_NEAR_LD(rad2dms(-a), -45.302512L, 1e-14L);
     EXPECT_NEAR_LD(dms2rad(45.302512L), a, RadTol);
@@ -64,6 +66,8 @@ TEST(AnglePacked, SixtySecondsCarryIntoMinutesAndDegrees)
     // An angle 3e-19 rad below 10 deg: 6e-14 s short of 9 deg 59 min 60 s.
     // Without the carry the packed value would read 9.5959999...
     const long double r = deg2rad(10.0L) - 3e-19L;
+    // 1e-15: with the carry the packed value is 10 to round-off; without it
+    // it reads 9.5959999..., 0.4 away.
     EXPECT_NEAR_LD(rad2dms(r), 10.0L, 1e-15L);
     EXPECT_NEAR_LD(rad2dms(-r), -10.0L, 1e-15L);
 }

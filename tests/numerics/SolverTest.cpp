@@ -18,6 +18,7 @@
 #include "numerics/solveU.h"
 
 #include "MatrixReport.h"
+#include "numerics/NearLD.h"
 
 namespace {
 
@@ -230,26 +231,26 @@ TEST(Lur, PivotingSignAndDeterminant)
     lur<long double> lu;
     lu.dcmp(A);
     EXPECT_EQ(lu.P(0), 2);  // the largest entry of column 0 is in row 2
-    EXPECT_NEAR(lu.det(), -5.0L, HandTol);
+    EXPECT_NEAR_LD(lu.det(), -5.0L, HandTol);
     matrix<long double> b(3);
     b(0) = 3;  // A (1 1 1)
     b(1) = 2;
     b(2) = 4;
     const matrix<long double> x = lu.solve(b);
-    for (long i = 0; i < 3; ++i) EXPECT_NEAR(x(i), 1.0L, HandTol);
+    for (long i = 0; i < 3; ++i) EXPECT_NEAR_LD(x(i), 1.0L, HandTol);
 
     // The factors are rebuilt by a second dcmp of another size.
     lu.dcmp(I(2L, 4.0L));
     EXPECT_EQ(lu.N, 2);
     EXPECT_EQ(lu.sign, 1);
-    EXPECT_NEAR(lu.det(), 16.0L, HandTol);
+    EXPECT_NEAR_LD(lu.det(), 16.0L, HandTol);
     const matrix<long double> Xi = lu.inv();
-    EXPECT_NEAR(Xi(1, 1), 0.25L, HandTol);
-    EXPECT_NEAR(Xi(0, 1), 0.0L, HandTol);
+    EXPECT_NEAR_LD(Xi(1, 1), 0.25L, HandTol);
+    EXPECT_NEAR_LD(Xi(0, 1), 0.0L, HandTol);
 
     // A 1 by 1 system is factored without any pivot test.
     lu.dcmp(matrix<long double>(1, 1, 8.0L));
-    EXPECT_NEAR(lu.solve(matrix<long double>(1, 1, 2.0L))(0), 0.25L, HandTol);
+    EXPECT_NEAR_LD(lu.solve(matrix<long double>(1, 1, 2.0L))(0), 0.25L, HandTol);
 }
 
 TEST(Lur, ZeroLastPivotIsNotTestedAndSolveDivides)
@@ -310,7 +311,7 @@ TEST(Chr, SolvesAndInvertsPositiveDefiniteSystems)
     ch.dcmp(S);
     lur<long double> lu;
     lu.dcmp(S);
-    EXPECT_NEAR(ch.det() / lu.det(), 1.0L, ExtendedResidualTol * 40);
+    EXPECT_NEAR_LD(ch.det() / lu.det(), 1.0L, ExtendedResidualTol * 40);
     const matrix<long double> L = ch.GetL();
     const matrix<long double> LLt = L * tr(L);
     for (long k = 0; k < S.Length(); ++k) EXPECT_LT(std::fabs(LLt(k) - S(k)), ExtendedResidualTol * InfNorm(S));
@@ -334,10 +335,10 @@ TEST(Chr, SemiDefiniteMatrixIsFactoredWithZeroPivot)
     const matrix<long double> L = ch.GetL();
     EXPECT_TRUE(AllFinite(L));
     EXPECT_EQ(L(1, 1), 0.0L);
-    EXPECT_NEAR(L(2, 2), 2.0L, HandTol);
+    EXPECT_NEAR_LD(L(2, 2), 2.0L, HandTol);
     const matrix<long double> LLt = L * tr(L);
-    for (long k = 0; k < 9; ++k) EXPECT_NEAR(LLt(k), A(k), HandTol);
-    EXPECT_NEAR(ch.det(), 0.0L, HandTol);
+    for (long k = 0; k < 9; ++k) EXPECT_NEAR_LD(LLt(k), A(k), HandTol);
+    EXPECT_NEAR_LD(ch.det(), 0.0L, HandTol);
 
     // A slightly negative pivot, -5e-14, counts as 0 and does not stop.
     matrix<long double> B(2, 2, 1.0L);
@@ -386,12 +387,12 @@ TEST(Substitution, TriangularSolvesMatchHandResultAndAllColumnsForm)
     b(2, 1) = 7;
     matrix<long double> x(3, 2, 0.0L);
     solveL(L, b, x, 0);
-    for (long i = 0; i < 3; ++i) EXPECT_NEAR(x(i, 0), 1.0L, HandTol);
+    for (long i = 0; i < 3; ++i) EXPECT_NEAR_LD(x(i, 0), 1.0L, HandTol);
     b(0, 1) = 13;
     b(1, 1) = 2;
     b(2, 1) = 15;
     solveU(L, b, x, 1);
-    for (long i = 0; i < 3; ++i) EXPECT_NEAR(x(i, 1), i + 1.0L, HandTol);
+    for (long i = 0; i < 3; ++i) EXPECT_NEAR_LD(x(i, 1), i + 1.0L, HandTol);
 
     // The all-columns forms repeat each column's operations in the same
     // order, so they must agree bit for bit with the column form.
@@ -439,20 +440,20 @@ TEST(Inv, InvertsRegularMatricesAndLeadingBlocks)
     S(0, 1) = 1;
     S(1, 0) = 2;
     const matrix<long double> XS = inv(S);
-    EXPECT_NEAR(XS(0, 1), 0.5L, HandTol);
-    EXPECT_NEAR(XS(1, 0), 1.0L, HandTol);
-    EXPECT_NEAR(XS(0, 0), 0.0L, HandTol);
-    EXPECT_NEAR(XS(1, 1), 0.0L, HandTol);
+    EXPECT_NEAR_LD(XS(0, 1), 0.5L, HandTol);
+    EXPECT_NEAR_LD(XS(1, 0), 1.0L, HandTol);
+    EXPECT_NEAR_LD(XS(0, 0), 0.0L, HandTol);
+    EXPECT_NEAR_LD(XS(1, 1), 0.0L, HandTol);
 }
 
 TEST(Inv, OneByOneIsTheReciprocalWithoutTest)
 {
-    EXPECT_NEAR(inv(matrix<long double>(1, 1, 4.0L))(0), 0.25L, HandTol);
+    EXPECT_NEAR_LD(inv(matrix<long double>(1, 1, 4.0L))(0), 0.25L, HandTol);
     matrix<long double> M = I(3L, 1.0L);
     M(0, 0) = 2.0L;
     const matrix<long double> X1 = inv(M, 1);
     ASSERT_EQ(X1.Length(), 1);
-    EXPECT_NEAR(X1(0), 0.5L, HandTol);
+    EXPECT_NEAR_LD(X1(0), 0.5L, HandTol);
 
     testing::internal::CaptureStdout();
     const matrix<long double> Xz = inv(matrix<long double>(1, 1, 0.0L));
@@ -489,7 +490,7 @@ TEST(Inv, ZeroColumnGivesUpQuietlyWithPartlyReducedResult)
     const matrix<long double> XB = inv(B);
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
     EXPECT_TRUE(invns::IsSingular);
-    for (long k = 0; k < 9; ++k) EXPECT_NEAR(XB(k), expect[k], HandTol) << "element " << k;
+    for (long k = 0; k < 9; ++k) EXPECT_NEAR_LD(XB(k), expect[k], HandTol) << "element " << k;
 
     // The next regular matrix clears the flag again.
     static_cast<void>(inv(I(2L, 3.0L)));
@@ -538,17 +539,17 @@ TEST(Subnorm, KindsAgainstHandValues)
     v(2) = 12;
     v(3) = 100;
     normns::norm = 0;
-    EXPECT_NEAR(subnorm(v, 2, 0), 7.0L, HandTol);
+    EXPECT_NEAR_LD(subnorm(v, 2, 0), 7.0L, HandTol);
     normns::norm = 1;
-    EXPECT_NEAR(subnorm(v, 2, 0), 5.0L, HandTol);
-    EXPECT_NEAR(subnorm(v, 3, 7), 13.0L, HandTol);  // p is ignored
+    EXPECT_NEAR_LD(subnorm(v, 2, 0), 5.0L, HandTol);
+    EXPECT_NEAR_LD(subnorm(v, 3, 7), 13.0L, HandTol);  // p is ignored
     normns::norm = 2;
-    EXPECT_NEAR(subnorm(v, 2, 3), std::cbrt(91.0L), HandTol);
-    EXPECT_NEAR(subnorm(v, 3, 2), 13.0L, HandTol);  // p = 2 is the Euclidean norm
+    EXPECT_NEAR_LD(subnorm(v, 2, 3), std::cbrt(91.0L), HandTol);
+    EXPECT_NEAR_LD(subnorm(v, 3, 2), 13.0L, HandTol);  // p = 2 is the Euclidean norm
     normns::norm = 1000;
-    EXPECT_NEAR(subnorm(v, 3, 0), 12.0L, HandTol);  // the 100 behind nr stays out
+    EXPECT_NEAR_LD(subnorm(v, 3, 0), 12.0L, HandTol);  // the 100 behind nr stays out
     normns::norm = 64536;
-    EXPECT_NEAR(subnorm(v, 3, 0), 3.0L, HandTol);
+    EXPECT_NEAR_LD(subnorm(v, 3, 0), 3.0L, HandTol);
 
     // A row vector is walked the same way; nr = 0 gives 0 for kinds 0-2.
     const matrix<long double> row = tr(v);
@@ -557,7 +558,7 @@ TEST(Subnorm, KindsAgainstHandValues)
         EXPECT_EQ(subnorm(row, 0, 2), 0.0L) << "kind " << kind;
     }
     normns::norm = 1;
-    EXPECT_NEAR(subnorm(row, 4, 0), std::sqrt(169.0L + 10000.0L), HandTol);
+    EXPECT_NEAR_LD(subnorm(row, 4, 0), std::sqrt(169.0L + 10000.0L), HandTol);
 }
 
 TEST(Subnorm, UnknownKindAndMatrixWarnAndGoOn)
@@ -574,7 +575,7 @@ TEST(Subnorm, UnknownKindAndMatrixWarnAndGoOn)
                        "NORM2!\n\n" +
                        Stars + "\nContinuing program...\n\n");
     EXPECT_EQ(normns::norm, 1);  // reset for this and all later calls
-    EXPECT_NEAR(n2, 10.0L, HandTol);
+    EXPECT_NEAR_LD(n2, 10.0L, HandTol);
 
     testing::internal::CaptureStdout();
     const long double m = subnorm(I(2L, 1.0L), 2, 0);

@@ -9,6 +9,7 @@
 #include "observations/GLC.h"
 #include "observations/GLONASSc.h"
 #include "observations/GPSc.h"
+#include "numerics/NearLD.h"
 
 namespace {
 
@@ -21,7 +22,7 @@ constexpr long double ComputedRelTol = 1e-17L;
 
 void ExpectRel(long double got, long double want, long double tol)
 {
-    EXPECT_NEAR(got / want, 1.0L, tol) << "got " << static_cast<double>(got)
+    EXPECT_NEAR_LD(got / want, 1.0L, tol) << "got " << static_cast<double>(got)
                                       << " want " << static_cast<double>(want);
 }
 
@@ -49,9 +50,11 @@ TEST(GNSSConstants, GPSWavelengthsAndFactorsFollowFromTheFrequencies)
 {
     using namespace GPSc;
     // Frequencies are multiples of the 10.23 MHz clock: 154, 120, 115.
-    EXPECT_NEAR(freq1 / freq0, 154.0L, 1e-15L);
-    EXPECT_NEAR(freq2 / freq0, 120.0L, 1e-15L);
-    EXPECT_NEAR(freq5 / freq0, 115.0L, 1e-15L);
+    // 1e-15: ratios of whole-hertz constants, exact in long double after one
+    // correctly rounded division (ulp 1.4e-17 at 154).
+    EXPECT_NEAR_LD(freq1 / freq0, 154.0L, 1e-15L);
+    EXPECT_NEAR_LD(freq2 / freq0, 120.0L, 1e-15L);
+    EXPECT_NEAR_LD(freq5 / freq0, 115.0L, 1e-15L);
     ExpectRel(lamb0, c / freq0, StoredRelTol);
     ExpectRel(lamb1, c / freq1, StoredRelTol);
     ExpectRel(lamb2, c / freq2, StoredRelTol);
@@ -65,8 +68,8 @@ TEST(GNSSConstants, GPSWavelengthsAndFactorsFollowFromTheFrequencies)
 TEST(GNSSConstants, GalileoUsesE5bAsSecondFrequency)
 {
     using namespace GALILEOc;
-    EXPECT_NEAR(freq2 / freq0, 118.0L, 1e-15L);  // E5b
-    EXPECT_NEAR(freq8 / freq0, 116.5L, 1e-15L);  // E5 AltBOC
+    EXPECT_NEAR_LD(freq2 / freq0, 118.0L, 1e-15L);  // E5b
+    EXPECT_NEAR_LD(freq8 / freq0, 116.5L, 1e-15L);  // E5 AltBOC
     ExpectRel(lamb1, c / freq1, StoredRelTol);
     ExpectRel(lamb2, c / freq2, StoredRelTol);
     ExpectRel(lamb5, c / freq5, StoredRelTol);
@@ -99,8 +102,8 @@ TEST(GlonassChannels, SetFrequencyFollowsTheFdmaPlanForEveryChannel)
         const long double f1 = (1602.0L + 0.5625L * k) * 1e6L;
         const long double f2 = (1246.0L + 0.4375L * k) * 1e6L;
         // The frequencies are sums of exactly representable terms.
-        EXPECT_NEAR(GLONASSc::freq(row, 0), f1, 1e-6L) << "channel " << k;
-        EXPECT_NEAR(GLONASSc::freq(row, 1), f2, 1e-6L) << "channel " << k;
+        EXPECT_NEAR_LD(GLONASSc::freq(row, 0), f1, 1e-6L) << "channel " << k;
+        EXPECT_NEAR_LD(GLONASSc::freq(row, 1), f2, 1e-6L) << "channel " << k;
         const long double l1 = 299792458.0L / f1, l2 = 299792458.0L / f2;
         ExpectRel(GLONASSc::lamb(row, 0), l1, ComputedRelTol);
         ExpectRel(GLONASSc::lamb(row, 1), l2, ComputedRelTol);
@@ -120,8 +123,9 @@ TEST(GlonassChannels, SetFrequencyFollowsTheFdmaPlanForEveryChannel)
 TEST(GlonassChannels, ChannelZeroGivesTheBaseFrequenciesNotGpsValues)
 {
     GLONASSc::SetFrequency(0.0L, 31);
-    EXPECT_NEAR(GLONASSc::freq(31, 0), 1602000000.0L, 1e-9L);
-    EXPECT_NEAR(GLONASSc::freq(31, 1), 1246000000.0L, 1e-9L);
+    // 1e-9 Hz: channel 0 adds 0 * 562.5 kHz to the whole-hertz base exactly.
+    EXPECT_NEAR_LD(GLONASSc::freq(31, 0), 1602000000.0L, 1e-9L);
+    EXPECT_NEAR_LD(GLONASSc::freq(31, 1), 1246000000.0L, 1e-9L);
     const long double l1 = GLONASSc::lamb10, l2 = GLONASSc::lamb20;
     ExpectRel(GLONASSc::lambWL(31), l1 * l2 / (l2 - l1), StoredRelTol);
     // 0.86 m for GPS against 0.84 m here: far beyond any tolerance.
@@ -135,7 +139,7 @@ TEST(GlonassChannels, RowOutsideTheTableStopsTheRun)
             std::cout.rdbuf(std::cerr.rdbuf());
             GLONASSc::SetFrequency(1.0L, 32);
         },
-        ::testing::ExitedWithCode(1), "Row index not in range");
+        ::testing::ExitedWithCode(1), "MATRIX::ERROR:(.|\n)*Row index not in range: ");
 }
 
 TEST(WorkingCoefficients, StartAtGpsAndLoadPerConstellation)

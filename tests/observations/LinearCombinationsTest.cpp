@@ -9,6 +9,7 @@
 #include "observations/GLONASSc.h"
 #include "observations/GPSc.h"
 #include "observations/LinearCombinations.h"
+#include "numerics/NearLD.h"
 
 namespace {
 
@@ -65,10 +66,10 @@ TEST(LinearCombinations, IonosphereFreeRemovesAnInverseSquareDelayExactly)
         ASSERT_TRUE(GLC::LoadSystem(sys.sat)) << sys.name;
         for (long double I1 : {0.0L, 3.5L, 48.0L}) {
             const Signal s = Simulate(sys.f1, sys.f2, rho, I1, 0.0L, 0.0L);
-            EXPECT_NEAR(GNSS_L3(s.l1, s.l2), rho, CombTol_m) << sys.name << " I1=" << (double)I1;
-            EXPECT_NEAR(GNSS_P3(s.p1, s.p2), rho, CombTol_m) << sys.name;
+            EXPECT_NEAR_LD(GNSS_L3(s.l1, s.l2), rho, CombTol_m) << sys.name << " I1=" << (double)I1;
+            EXPECT_NEAR_LD(GNSS_P3(s.p1, s.p2), rho, CombTol_m) << sys.name;
             const gnssobs L3 = GNSS_L3(gnssobs(s.l1), gnssobs(s.l2));
-            EXPECT_NEAR(L3.GetObs(), rho, CombTol_m) << sys.name;
+            EXPECT_NEAR_LD(L3.GetObs(), rho, CombTol_m) << sys.name;
         }
     }
 }
@@ -77,7 +78,7 @@ TEST(LinearCombinations, GlonassCodeCombinationIgnoresTheLoadedSystem)
 {
     const Signal s = Simulate(1602e6L, 1246e6L, 2.1e7L, 12.0L, 0, 0);
     ASSERT_TRUE(GLC::LoadSystem(3));   // GPS factors in GLC
-    EXPECT_NEAR(GNSS_P3R(s.p1, s.p2), 2.1e7L, CombTol_m);
+    EXPECT_NEAR_LD(GNSS_P3R(s.p1, s.p2), 2.1e7L, CombTol_m);
     // GPS factors on GLONASS codes leave about 1% of the 12 m ionosphere.
     EXPECT_GT(std::fabs(GNSS_P3(s.p1, s.p2) - 2.1e7L), 0.05L);
 }
@@ -92,10 +93,10 @@ TEST(LinearCombinations, GeometryFreeRemovesTheRangeWithOppositeSigns)
             const Signal s = Simulate(sys.f1, sys.f2, rho, I1, 0, 0);
             // Phase is first minus second, code second minus first: both
             // give +(I2 - I1).
-            EXPECT_NEAR(GNSS_L4(s.l1, s.l2), dI, CombTol_m) << sys.name;
-            EXPECT_NEAR(GNSS_P4(s.p1, s.p2), dI, CombTol_m) << sys.name;
-            EXPECT_NEAR(GNSS_P4(gnssobs(s.p1), gnssobs(s.p2)).GetObs(), dI, CombTol_m);
-            EXPECT_NEAR(GNSS_L4(gnssobs(s.l1), gnssobs(s.l2)).GetObs(), dI, CombTol_m);
+            EXPECT_NEAR_LD(GNSS_L4(s.l1, s.l2), dI, CombTol_m) << sys.name;
+            EXPECT_NEAR_LD(GNSS_P4(s.p1, s.p2), dI, CombTol_m) << sys.name;
+            EXPECT_NEAR_LD(GNSS_P4(gnssobs(s.p1), gnssobs(s.p2)).GetObs(), dI, CombTol_m);
+            EXPECT_NEAR_LD(GNSS_L4(gnssobs(s.l1), gnssobs(s.l2)).GetObs(), dI, CombTol_m);
         }
     }
 }
@@ -107,10 +108,10 @@ TEST(LinearCombinations, MelbourneWuebbenaIsTheWideLaneAmbiguityTimesItsWaveleng
         const long double lamWL = C / (sys.f1 - sys.f2);
         for (auto [N1, N2] : {std::pair<long double, long double>{0, 0}, {17, -4}, {-250, -300}}) {
             const Signal s = Simulate(sys.f1, sys.f2, 2.3e7L, 9.0L, N1, N2);
-            EXPECT_NEAR(GNSS_MW(s.l1, s.l2, s.p1, s.p2), lamWL * (N1 - N2), CombTol_m)
+            EXPECT_NEAR_LD(GNSS_MW(s.l1, s.l2, s.p1, s.p2), lamWL * (N1 - N2), CombTol_m)
                 << sys.name;
             const gnssobs mw = GNSS_MW(gnssobs(s.l1), gnssobs(s.l2), gnssobs(s.p1), gnssobs(s.p2));
-            EXPECT_NEAR(mw.GetObs(), lamWL * (N1 - N2), CombTol_m) << sys.name;
+            EXPECT_NEAR_LD(mw.GetObs(), lamWL * (N1 - N2), CombTol_m) << sys.name;
         }
     }
 }
@@ -123,15 +124,15 @@ TEST(LinearCombinations, LanesAgreeWithTheirPhysicalDefinitions)
         const Signal s = Simulate(f1, f2, rho, I1, 0, 0);
         // Wide lane: phase sees the ionosphere as +I1·f1/f2, with the sign
         // of a code; narrow-lane code sees the same.
-        EXPECT_NEAR(GNSS_L5(s.l1, s.l2), rho + I1 * f1 / f2, CombTol_m) << sys.name;
-        EXPECT_NEAR(GNSS_NLP(s.p1, s.p2), rho + I1 * f1 / f2, CombTol_m) << sys.name;
+        EXPECT_NEAR_LD(GNSS_L5(s.l1, s.l2), rho + I1 * f1 / f2, CombTol_m) << sys.name;
+        EXPECT_NEAR_LD(GNSS_NLP(s.p1, s.p2), rho + I1 * f1 / f2, CombTol_m) << sys.name;
         // Narrow-lane phase: -I1·f1/f2; wide-lane code: -I1·f1/f2.
-        EXPECT_NEAR(GNSS_NLL(s.l1, s.l2), rho - I1 * f1 / f2, CombTol_m) << sys.name;
-        EXPECT_NEAR(GNSS_P5(s.p1, s.p2), rho - I1 * f1 / f2, CombTol_m) << sys.name;
+        EXPECT_NEAR_LD(GNSS_NLL(s.l1, s.l2), rho - I1 * f1 / f2, CombTol_m) << sys.name;
+        EXPECT_NEAR_LD(GNSS_P5(s.p1, s.p2), rho - I1 * f1 / f2, CombTol_m) << sys.name;
         // GRAPHIC: half code plus half phase cancels the ionosphere of f1;
         // code minus phase doubles it.
-        EXPECT_NEAR(GNSS_CLI(s.p1, s.l1), rho, CombTol_m) << sys.name;
-        EXPECT_NEAR(GNSS_CL1(s.p1, s.l1), 2.0L * I1, CombTol_m) << sys.name;
+        EXPECT_NEAR_LD(GNSS_CLI(s.p1, s.l1), rho, CombTol_m) << sys.name;
+        EXPECT_NEAR_LD(GNSS_CL1(s.p1, s.l1), 2.0L * I1, CombTol_m) << sys.name;
     }
 }
 
@@ -155,5 +156,5 @@ TEST(LinearCombinations, NullOperandGivesNullResultAndNoFlags)
     EXPECT_EQ(full.GetSs(), 0);
     // The gnssobs form computes the same number as the plain one.
     const long double a = l1.GetObs(), b = l2.GetObs();
-    EXPECT_NEAR(full.GetObs(), GNSS_L3(a, b), CombTol_m);
+    EXPECT_NEAR_LD(full.GetObs(), GNSS_L3(a, b), CombTol_m);
 }

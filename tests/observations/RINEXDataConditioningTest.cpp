@@ -7,6 +7,7 @@
 
 #include "ConditioningSupport.h"
 #include "observations/RINEXData.h"
+#include "numerics/NearLD.h"
 
 using namespace condtest;
 
@@ -109,10 +110,10 @@ TEST_F(MSJumps, OneMillisecondStepIsFoundOnceAndPhasesFollowTheCode)
                 expect2 = MSm / GLONASSc::lamb(s - 101, 1);
                 glnShifted++;
             }
-            ASSERT_NEAR(f.d.L1(r).obs - l1(r).obs, expect1, PhaseTol_cyc)
+            ASSERT_NEAR_LD(f.d.L1(r).obs - l1(r).obs, expect1, PhaseTol_cyc)
                 << "epoch " << i << " sat " << s;
             if (!l2(r).IsNull()) {
-                ASSERT_NEAR(f.d.L2(r).obs - l2(r).obs, expect2, PhaseTol_cyc)
+                ASSERT_NEAR_LD(f.d.L2(r).obs - l2(r).obs, expect2, PhaseTol_cyc)
                     << "epoch " << i << " sat " << s;
             }
         }
@@ -130,7 +131,7 @@ TEST_F(MSJumps, OneMillisecondStepIsFoundOnceAndPhasesFollowTheCode)
                 continue;
             const long double cmc = (f.d.C1(b).obs - GPSc::lamb1 * f.d.L1(b).obs)
                                     - (f.d.C1(a).obs - GPSc::lamb1 * f.d.L1(a).obs);
-            EXPECT_NEAR(cmc, 0.0L, CodePhaseStepTol_m) << "G" << f.d.sat(a);
+            EXPECT_NEAR_LD(cmc, 0.0L, CodePhaseStepTol_m) << "G" << f.d.sat(a);
             checked++;
         }
     }
@@ -153,7 +154,7 @@ TEST_F(MSJumps, StepsAccumulateAndKeepTheirSign)
         const long double ms = i >= 33 ? -1.0L : i >= 25 ? 2.0L : i >= 10 ? 1.0L : 0.0L;
         for (long r = start[i]; r < start[i + 1]; ++r)
             if (IsGps(f.d.sat(r)) && !l1(r).IsNull()) {
-                ASSERT_NEAR(f.d.L1(r).obs - l1(r).obs, ms * MSm / GPSc::lamb1, PhaseTol_cyc)
+                ASSERT_NEAR_LD(f.d.L1(r).obs - l1(r).obs, ms * MSm / GPSc::lamb1, PhaseTol_cyc)
                     << "epoch " << i;
             }
     }
@@ -192,7 +193,7 @@ TEST_F(MSJumps, GlonassWithoutChannelTakesNoPartAndIsNotShifted)
         if (IsGlonass(s) || IsGalileo(s))
             ASSERT_EQ(f.d.L1(r).obs, l1(r).obs) << s;
         else
-            ASSERT_NEAR(f.d.L1(r).obs - l1(r).obs, MSm / GPSc::lamb1, PhaseTol_cyc) << s;
+            ASSERT_NEAR_LD(f.d.L1(r).obs - l1(r).obs, MSm / GPSc::lamb1, PhaseTol_cyc) << s;
     }
 }
 
@@ -222,10 +223,10 @@ TEST_F(MSJumps, SingleFrequencyFormFollowsStepsBothWays)
                 lam2 = GLONASSc::lamb(s - 101, 1);
             }
             const long double want1 = lam1 > 0.0L ? ms * MSm / lam1 : 0.0L;
-            ASSERT_NEAR(f.d.L1(r).obs - l1(r).obs, want1, PhaseTol_cyc) << "epoch " << i << " " << s;
+            ASSERT_NEAR_LD(f.d.L1(r).obs - l1(r).obs, want1, PhaseTol_cyc) << "epoch " << i << " " << s;
             if (!l2(r).IsNull()) {
                 const long double want2 = lam2 > 0.0L ? ms * MSm / lam2 : 0.0L;
-                ASSERT_NEAR(f.d.L2(r).obs - l2(r).obs, want2, PhaseTol_cyc) << "epoch " << i;
+                ASSERT_NEAR_LD(f.d.L2(r).obs - l2(r).obs, want2, PhaseTol_cyc) << "epoch " << i;
             }
         }
     }
@@ -242,7 +243,8 @@ constexpr long double CodeTol_m = 1e-3L;
 TEST(Corr4ClockError, MovesEpochsToTheGridAndCodesByTheSameTimeTimesC)
 {
     Loaded f(CutFile(kZimm, 20));
-    ASSERT_NEAR(f.h.interval, 30.0L, 1e-6L);
+    // The interval is a float of a whole second: 1e-6 s admits only 30 itself.
+    ASSERT_NEAR_LD(f.h.interval, 30.0L, 1e-6L);
     const matrix<mjd> e0 = f.d.epoch;
     const matrix<gnssobs> c1 = f.d.C1, p2 = f.d.P2, c5 = f.d.C5, l1 = f.d.L1;
     const std::vector<long> start = EpochStarts(f.d);
@@ -262,11 +264,11 @@ TEST(Corr4ClockError, MovesEpochsToTheGridAndCodesByTheSameTimeTimesC)
 
     f.d.Corr4ClockError();
     for (long i = 0; i < f.d.nepochall; ++i) {
-        ASSERT_NEAR(f.d.epoch(i) - e0(i), 0.0L, EpochTol_s) << "epoch " << i;
+        ASSERT_NEAR_LD(f.d.epoch(i) - e0(i), 0.0L, EpochTol_s) << "epoch " << i;
         for (long r = start[i]; r < start[i + 1]; ++r) {
-            ASSERT_NEAR(f.d.C1(r).obs, c1(r).obs, CodeTol_m) << r;
-            ASSERT_NEAR(f.d.P2(r).obs, p2(r).obs, CodeTol_m) << r;
-            ASSERT_NEAR(f.d.C5(r).obs, c5(r).obs, CodeTol_m) << r;
+            ASSERT_NEAR_LD(f.d.C1(r).obs, c1(r).obs, CodeTol_m) << r;
+            ASSERT_NEAR_LD(f.d.P2(r).obs, p2(r).obs, CodeTol_m) << r;
+            ASSERT_NEAR_LD(f.d.C5(r).obs, c5(r).obs, CodeTol_m) << r;
             // Phases and missing codes are not touched.
             ASSERT_EQ(f.d.L1(r).obs, l1(r).obs);
             if (c5(r).IsNull()) {
@@ -283,12 +285,14 @@ TEST(Corr4ClockError, WithoutIntervalNothingMoves)
     s.d.C1(2) = 2.0e7L;
     s.h.interval = -1.0F;
     s.d.Corr4ClockError();
-    EXPECT_NEAR(s.d.epoch(1).GetSecond(), 30.0004L, 1e-12L);
+    // 1e-12 s: long double seconds of day near 30 carry 1e-18 s round-off;
+    // the 0.4 ms shift under test is nine orders larger.
+    EXPECT_NEAR_LD(s.d.epoch(1).GetSecond(), 30.0004L, 1e-12L);
     EXPECT_EQ(s.d.C1(2).obs, 2.0e7L);
     s.h.interval = 30.0F;
     s.d.Corr4ClockError();
-    EXPECT_NEAR(s.d.epoch(1).GetSecond(), 30.0L, 1e-12L);
-    EXPECT_NEAR(s.d.C1(2).obs, 2.0e7L - 0.0004L * C, CodeTol_m);
+    EXPECT_NEAR_LD(s.d.epoch(1).GetSecond(), 30.0L, 1e-12L);
+    EXPECT_NEAR_LD(s.d.C1(2).obs, 2.0e7L - 0.0004L * C, CodeTol_m);
 }
 
 TEST(CorrRNX_Leap0Red, RunsOfEqualEpochsFoldIntoTheirFirst)
@@ -308,8 +312,10 @@ TEST(CorrRNX_Leap0Red, RunsOfEqualEpochsFoldIntoTheirFirst)
     EXPECT_EQ(s.d.nsat(0), 6);
     EXPECT_EQ(s.d.nsat(1), 3);
     EXPECT_EQ(s.d.flag(1), '4');
-    EXPECT_NEAR(s.d.TCorr(0), 1e-4L, 1e-18L);
-    EXPECT_NEAR(s.d.TCorr(1), 4e-4L, 1e-18L);
+    // 1e-18 s: the clock offsets are copied, not computed, so only the literal's
+    // long double spacing (1e-23 s) separates them; a neighbour's value is 1e-4 s off.
+    EXPECT_NEAR_LD(s.d.TCorr(0), 1e-4L, 1e-18L);
+    EXPECT_NEAR_LD(s.d.TCorr(1), 4e-4L, 1e-18L);
     // The records stay, so a running index still ends at nsatall.
     EXPECT_EQ(s.d.nsat(0) + s.d.nsat(1), s.d.nsatall);
     for (long r = 0; r < s.d.nsatall; ++r) EXPECT_EQ(s.d.sat(r), r + 1);
@@ -395,18 +401,18 @@ TEST_F(Combinations, IonosphereFreeRemovesTheInverseSquareDelay)
     for (long r = 0; r < 3; ++r) {
         const Signal& g = *sig[r];
         const long double amb = C * (g.f1 * g.N1 - g.f2 * g.N2) / (g.f1 * g.f1 - g.f2 * g.f2);
-        EXPECT_NEAR(s.d.L3(r).obs, g.rho + amb, CombTol_m) << r;
-        EXPECT_NEAR(s.d.PC3(r).obs, g.rho, CombTol_m) << r;
-        EXPECT_NEAR(s.d.PP3(r).obs, g.rho + g.IonoFreeGain() * g.bias, CombTol_m) << r;
+        EXPECT_NEAR_LD(s.d.L3(r).obs, g.rho + amb, CombTol_m) << r;
+        EXPECT_NEAR_LD(s.d.PC3(r).obs, g.rho, CombTol_m) << r;
+        EXPECT_NEAR_LD(s.d.PP3(r).obs, g.rho + g.IonoFreeGain() * g.bias, CombTol_m) << r;
     }
     EXPECT_EQ(s.d.L3(0).lli, 0);
     EXPECT_EQ(s.d.L3(0).ss, 0);
     // No channel: no phase combination, but the code one needs no wavelength.
     EXPECT_EQ(s.d.L3(3).obs, 0.0L);
-    EXPECT_NEAR(s.d.PC3(3).obs, gln0.rho, CombTol_m);
+    EXPECT_NEAR_LD(s.d.PC3(3).obs, gln0.rho, CombTol_m);
     // A missing L2 gives 0.
     EXPECT_EQ(s.d.L3(4).obs, 0.0L);
-    EXPECT_NEAR(s.d.PC3(4).obs, gps.rho, CombTol_m);
+    EXPECT_NEAR_LD(s.d.PC3(4).obs, gps.rho, CombTol_m);
 }
 
 TEST_F(Combinations, GeometryFreeKeepsOnlyIonosphereAndAmbiguity)
@@ -419,10 +425,10 @@ TEST_F(Combinations, GeometryFreeKeepsOnlyIonosphereAndAmbiguity)
     for (long r = 0; r < 3; ++r) {
         const Signal& g = *sig[r];
         const long double iono = g.I2() - g.I1;
-        EXPECT_NEAR(s.d.L4(r).obs, iono + g.Lam1() * g.N1 - g.Lam2() * g.N2, CombTol_m) << r;
-        EXPECT_NEAR(s.d.PC4(r).obs, iono, CombTol_m) << r;
+        EXPECT_NEAR_LD(s.d.L4(r).obs, iono + g.Lam1() * g.N1 - g.Lam2() * g.N2, CombTol_m) << r;
+        EXPECT_NEAR_LD(s.d.PC4(r).obs, iono, CombTol_m) << r;
     }
-    EXPECT_NEAR(s.d.PP4(0).obs, gps.I2() - gps.I1 - gps.bias, CombTol_m);
+    EXPECT_NEAR_LD(s.d.PP4(0).obs, gps.I2() - gps.I1 - gps.bias, CombTol_m);
     // No Galileo pair for P1, P2.
     EXPECT_EQ(s.d.PP4(2).obs, 0.0L);
     EXPECT_EQ(s.d.L4(3).obs, 0.0L);
@@ -436,13 +442,13 @@ TEST_F(Combinations, MelbourneWuebbenaIsTheWideLaneAmbiguity)
     const Signal* sig[] = {&gps, &gln, &gal};
     for (long r = 0; r < 3; ++r) {
         const Signal& g = *sig[r];
-        EXPECT_NEAR(s.d.MW(r).obs, C / (g.f1 - g.f2) * (g.N1 - g.N2), CombTol_m) << r;
+        EXPECT_NEAR_LD(s.d.MW(r).obs, C / (g.f1 - g.f2) * (g.N1 - g.N2), CombTol_m) << r;
     }
     EXPECT_EQ(s.d.MW(3).obs, 0.0L);
     EXPECT_EQ(s.d.MW(4).obs, 0.0L);
     // With P1 the first code carries its bias through the narrow lane.
     s.d.SetLC_MW(false);
-    EXPECT_NEAR(s.d.MW(0).obs,
+    EXPECT_NEAR_LD(s.d.MW(0).obs,
                 C / (gps.f1 - gps.f2) * (gps.N1 - gps.N2) - gps.f1 / (gps.f1 + gps.f2) * gps.bias,
                 CombTol_m);
 }
@@ -457,9 +463,9 @@ TEST_F(Combinations, FirstFrequencyCodePhasePairs)
     for (long r = 0; r < 3; ++r) {
         const Signal& g = *sig[r];
         // Code minus phase is twice the ionosphere; their mean is free of it.
-        EXPECT_NEAR(s.d.CL1(r).obs, 2.0L * g.I1 - g.Lam1() * g.N1, CombTol_m) << r;
-        EXPECT_NEAR(s.d.CLI(r).obs, g.rho + g.Lam1() * g.N1 / 2.0L, CombTol_m) << r;
-        EXPECT_NEAR(s.d.PC1(r).obs, g.bias, CombTol_m) << r;
+        EXPECT_NEAR_LD(s.d.CL1(r).obs, 2.0L * g.I1 - g.Lam1() * g.N1, CombTol_m) << r;
+        EXPECT_NEAR_LD(s.d.CLI(r).obs, g.rho + g.Lam1() * g.N1 / 2.0L, CombTol_m) << r;
+        EXPECT_NEAR_LD(s.d.PC1(r).obs, g.bias, CombTol_m) << r;
     }
     EXPECT_EQ(s.d.CL1(3).obs, 0.0L);
 }
@@ -483,7 +489,7 @@ TEST(CombinationFlags, MissingSourcesLeaveFlagUnsetAndMatrixEmpty)
     EXPECT_EQ(s.d.MW.Length(), 0);
     s.d.SetLC_L3();
     ASSERT_TRUE(s.h.iL3);
-    EXPECT_NEAR(s.d.L3(0).obs,
+    EXPECT_NEAR_LD(s.d.L3(0).obs,
                 GPSc::LCion1 * GPSc::lamb1 * 1.0e8L - GPSc::LCion2 * GPSc::lamb2 * 0.8e8L,
                 CombTol_m);
     EXPECT_EQ(s.d.L3(1).obs, 0.0L);

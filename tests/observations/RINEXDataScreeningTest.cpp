@@ -528,7 +528,7 @@ TEST(ScreenDeath, UnsetOrUnwritableFileStops)
             std::cout.rdbuf(std::cerr.rdbuf());
             s.d.ScreenL4Linear(s.elev, MinElev, MinObs, dL40, ddL4, Gap30, n);
         },
-        ::testing::ExitedWithCode(1), "AMBIGUITY FILE .*a.b CAN NOT BE OPENED FOR WRITING!");
+        ::testing::ExitedWithCode(1), "#### RINEXData: Error -> AMBIGUITY FILE .*a.b CAN NOT BE OPENED FOR WRITING! ####");
 }
 
 TEST(ScreenDeath, ShortElevationsStop)
@@ -541,7 +541,7 @@ TEST(ScreenDeath, ShortElevationsStop)
             std::cout.rdbuf(std::cerr.rdbuf());
             s.d.ScreenCL1(s.elev, MinElev, MinObs, 2.0L, n, Gap30);
         },
-        ::testing::ExitedWithCode(1), "ELEVATIONS NOT SET FOR ALL OBSERVATIONS!");
+        ::testing::ExitedWithCode(1), "#### RINEXData: Error -> ARC SCREENING: ELEVATIONS NOT SET FOR ALL OBSERVATIONS! ####");
 }
 
 TEST(ScreenDeath, MWFileWithFewerOrForeignArcsStops)
@@ -557,7 +557,7 @@ TEST(ScreenDeath, MWFileWithFewerOrForeignArcsStops)
             std::cout.rdbuf(std::cerr.rdbuf());
             s.d.ScreenMW(0.86L, MinObs, s.elev, n);
         },
-        ::testing::ExitedWithCode(1), "HOLDS FEWER THAN 2 ARCS!");
+        ::testing::ExitedWithCode(1), "#### RINEXData: Error -> AMBIGUITY FILE .* HOLDS FEWER THAN 2 ARCS!");
     {
         // ioStart 1 is satellite 7's own record, not the block start.
         std::ofstream out(s.d.AmbFile, std::ios::binary);
@@ -569,7 +569,7 @@ TEST(ScreenDeath, MWFileWithFewerOrForeignArcsStops)
             std::cout.rdbuf(std::cerr.rdbuf());
             s.d.ScreenMW(0.86L, MinObs, s.elev, n);
         },
-        ::testing::ExitedWithCode(1), "HOLDS AN ARC OUTSIDE THE DATA!");
+        ::testing::ExitedWithCode(1), "#### RINEXData: Error -> AMBIGUITY FILE .* HOLDS AN ARC OUTSIDE THE DATA! ####");
 }
 
 // -------------------------------------------------------- real ESBC phase

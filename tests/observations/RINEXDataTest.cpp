@@ -12,6 +12,7 @@
 
 #include "TestSupport.h"
 #include "observations/RINEX.h"
+#include "numerics/NearLD.h"
 
 using orvotest::TempDir;
 using orvotest::WriteTemp;
@@ -149,11 +150,11 @@ void ExpectValues(const Reader& f, const std::vector<std::string>& types)
                 const unsigned short t = f.h.obs(static_cast<long>(k));
                 const long double want = Value(static_cast<int>(i), s, static_cast<int>(k));
                 if (const matrix<gnssobs>* m = f.d.ObsMatrix(t)) {
-                    EXPECT_NEAR((*m)(r).GetObs(), want, ValueTol) << types[k] << " r=" << r;
+                    EXPECT_NEAR_LD((*m)(r).GetObs(), want, ValueTol) << types[k] << " r=" << r;
                     EXPECT_EQ((*m)(r).GetLli(), k % 10);
                     EXPECT_EQ((*m)(r).GetSs(), 5);
                 } else if (const matrix<gnssobsshort>* m = f.d.ShortMatrix(t)) {
-                    EXPECT_NEAR((*m)(r).GetObs(), want, ValueTol) << types[k] << " r=" << r;
+                    EXPECT_NEAR_LD((*m)(r).GetObs(), want, ValueTol) << types[k] << " r=" << r;
                 }
             }
         }
@@ -191,7 +192,8 @@ TEST(RinexLineHelpers, ParseEpochLineAndTwoDigitYears)
     EXPECT_EQ(d, 31);
     EXPECT_EQ(h, 23);
     EXPECT_EQ(mi, 59);
-    EXPECT_NEAR(s, 59.5L, 1e-15L);
+    // 1e-15 s: 59.5 is exact in binary; only strtold round-off could differ.
+    EXPECT_NEAR_LD(s, 59.5L, 1e-15L);
     EXPECT_EQ(n, 13);
     ParseFirstObsLine(" 80  1  6  0  0  0.0000000  0  8G01", y, mo, d, h, mi, s, n);
     EXPECT_EQ(y, 1980);
@@ -280,26 +282,29 @@ TEST(RinexData, SamplingIsTheSmallestStepAndRoundsNearWholeSeconds)
                                   {20, 6, 25, 0, 0, 15.0, Sats("G", 1)},
                                   {20, 6, 25, 0, 0, 45.0, Sats("G", 1)}},
                           HLine("    30.000", "INTERVAL")));
-    EXPECT_NEAR(Reader(p).h.GetInterval(), 15.0f, 1e-6f);
+    // The interval is a float: 1e-6 s is below its step at 15 to 30 s and a few
+    // steps at 1 s, so only the float of the expected decimal passes.
+    EXPECT_NEAR_LD(Reader(p).h.GetInterval(), 15.0f, 1e-6f);
     // A receiver that tags 0.9999 s: the interval becomes 1 s.
     const std::string q = WriteTemp(
         "onesec.o", File(kNine, {{20, 6, 25, 0, 0, 0.0, Sats("G", 1)},
                                  {20, 6, 25, 0, 0, 0.9999, Sats("G", 1)},
                                  {20, 6, 25, 0, 0, 1.9998, Sats("G", 1)}}));
-    EXPECT_NEAR(Reader(q).h.GetInterval(), 1.0f, 1e-6f);
+    EXPECT_NEAR_LD(Reader(q).h.GetInterval(), 1.0f, 1e-6f);
     // 0.99 s is a true rate and stays.
     const std::string r = WriteTemp(
         "rate099.o", File(kNine, {{20, 6, 25, 0, 0, 0.0, Sats("G", 1)},
                                   {20, 6, 25, 0, 0, 0.99, Sats("G", 1)}}));
-    EXPECT_NEAR(Reader(r).h.GetInterval(), 0.99f, 1e-6f);
+    EXPECT_NEAR_LD(Reader(r).h.GetInterval(), 0.99f, 1e-6f);
     // Across midnight the step of the second of day is large: no change.
     const std::string m = WriteTemp(
         "midnight.o", File(kNine, {{20, 6, 25, 23, 59, 30.0, Sats("G", 1)},
                                    {20, 6, 26, 0, 0, 0.0, Sats("G", 1)},
                                    {20, 6, 26, 0, 0, 30.0, Sats("G", 1)}}));
     Reader mid(m);
-    EXPECT_NEAR(mid.h.GetInterval(), 30.0f, 1e-6f);
-    EXPECT_NEAR(mid.d.GetMJD(1) - mid.d.GetMJD(0), 30.0L, 1e-9L);
+    EXPECT_NEAR_LD(mid.h.GetInterval(), 30.0f, 1e-6f);
+    // 1e-9 s: a difference of day-plus-second epochs carries 1e-14 s round-off.
+    EXPECT_NEAR_LD(mid.d.GetMJD(1) - mid.d.GetMJD(0), 30.0L, 1e-9L);
 }
 
 TEST(RinexData, BlankFieldsAndBlankSatelliteLetter)
@@ -316,11 +321,11 @@ TEST(RinexData, BlankFieldsAndBlankSatelliteLetter)
     EXPECT_EQ(f.d.GetObsSat(0), 7);   // blank letter: GPS
     EXPECT_TRUE(f.d.C1(0).IsNull());
     EXPECT_EQ(f.d.C1(0).GetLli() + f.d.C1(0).GetSs(), 0);
-    EXPECT_NEAR(f.d.L1(0).GetObs(), 123456.789L, ValueTol);
+    EXPECT_NEAR_LD(f.d.L1(0).GetObs(), 123456.789L, ValueTol);
     EXPECT_EQ(f.d.L1(0).GetLli(), 1);
     EXPECT_EQ(f.d.L1(0).GetSs(), 7);
     EXPECT_TRUE(f.d.C7(0).IsNull());
-    EXPECT_NEAR(f.d.C7(1).GetObs(), -5.5L, ValueTol);
+    EXPECT_NEAR_LD(f.d.C7(1).GetObs(), -5.5L, ValueTol);
     EXPECT_TRUE(f.d.L2(1).IsNull());
     EXPECT_TRUE(f.d.S1(1).IsNull());
 }
@@ -340,8 +345,8 @@ TEST(RinexData, OtherLettersAndUnknownTypesKeepRecordsAligned)
     // The unknown middle column is read over: C1 is the third field.
     EXPECT_EQ(f.h.obs(1), RINEXObs::Unknown);
     for (long r = 0; r < 6; r++) {
-        EXPECT_NEAR(f.d.L1(r).GetObs(), Value(0, static_cast<int>(r), 0), ValueTol);
-        EXPECT_NEAR(f.d.C1(r).GetObs(), Value(0, static_cast<int>(r), 2), ValueTol);
+        EXPECT_NEAR_LD(f.d.L1(r).GetObs(), Value(0, static_cast<int>(r), 0), ValueTol);
+        EXPECT_NEAR_LD(f.d.C1(r).GetObs(), Value(0, static_cast<int>(r), 2), ValueTol);
     }
 }
 
@@ -382,8 +387,8 @@ TEST(RinexData, ClockOffsetIsReadOnlyWhenTheFirstEpochCarriesIt)
     a.clk = -0.000987654;
     Reader first(WriteTemp("clkfirst.o", File(kNine, {a, b})));
     ASSERT_TRUE(first.d.IfTimeCorr);
-    EXPECT_NEAR(first.d.TCorr(0), -0.000987654L, ClockTol_s);
-    EXPECT_NEAR(first.d.TCorr(1), 0.000123456L, ClockTol_s);
+    EXPECT_NEAR_LD(first.d.TCorr(0), -0.000987654L, ClockTol_s);
+    EXPECT_NEAR_LD(first.d.TCorr(1), 0.000123456L, ClockTol_s);
 }
 
 TEST(RinexData, CodeCopiesFillTheMissingCode)
@@ -392,19 +397,19 @@ TEST(RinexData, CodeCopiesFillTheMissingCode)
     Reader f(WriteTemp("p1only.o", File(types, {{20, 6, 25, 0, 0, 0.0, Sats("G", 2)}})));
     // Reading already copies P1 into C1.
     ASSERT_TRUE(f.h.HasC1());
-    EXPECT_NEAR(f.d.C1(1).GetObs(), f.d.P1(1).GetObs(), ValueTol);
-    EXPECT_NEAR(f.d.C1(1).GetObs(), Value(0, 1, 0), ValueTol);
+    EXPECT_NEAR_LD(f.d.C1(1).GetObs(), f.d.P1(1).GetObs(), ValueTol);
+    EXPECT_NEAR_LD(f.d.C1(1).GetObs(), Value(0, 1, 0), ValueTol);
     EXPECT_FALSE(f.h.HasP2());
     f.r.copyC2toP2();
     ASSERT_TRUE(f.h.HasP2());
-    EXPECT_NEAR(f.d.P2(0).GetObs(), Value(0, 0, 2), ValueTol);
+    EXPECT_NEAR_LD(f.d.P2(0).GetObs(), Value(0, 0, 2), ValueTol);
     // With both codes present the copies leave the data alone.
     const std::vector<std::string> both = {"C1", "P1", "C2", "P2"};
     Reader g(WriteTemp("bothcodes.o", File(both, {{20, 6, 25, 0, 0, 0.0, Sats("G", 1)}})));
     g.r.copyP1toC1();
     g.r.copyC2toP2();
-    EXPECT_NEAR(g.d.C1(0).GetObs(), Value(0, 0, 0), ValueTol);
-    EXPECT_NEAR(g.d.P2(0).GetObs(), Value(0, 0, 3), ValueTol);
+    EXPECT_NEAR_LD(g.d.C1(0).GetObs(), Value(0, 0, 0), ValueTol);
+    EXPECT_NEAR_LD(g.d.P2(0).GetObs(), Value(0, 0, 3), ValueTol);
 }
 
 TEST(RinexData, ReadingAnotherFileStartsAfresh)
@@ -439,15 +444,17 @@ TEST(RinexWriter, RoundTripKeepsContinuationsClockAndUnknownColumns)
     ASSERT_EQ(g.h.GetNObs(), 11);
     EXPECT_EQ(g.h.obs(10), RINEXObs::Unknown);
     ASSERT_TRUE(g.d.IfTimeCorr);
-    EXPECT_NEAR(g.d.TCorr(0), 0.000000123L, ClockTol_s);
-    EXPECT_NEAR(g.d.TCorr(1), -0.000456L, ClockTol_s);
+    EXPECT_NEAR_LD(g.d.TCorr(0), 0.000000123L, ClockTol_s);
+    EXPECT_NEAR_LD(g.d.TCorr(1), -0.000456L, ClockTol_s);
     for (long r = 0; r < 18; r++) EXPECT_EQ(g.d.GetObsSat(r), f.d.GetObsSat(r));
     ExpectValues(g, types);
-    EXPECT_NEAR(g.d.GetMJD(1) - f.d.GetMJD(1), 0.0L, 1e-9L);
+    // 1e-9 s: epochs printed with 7 decimals and read back agree to round-off;
+    // the smallest printed digit is 1e-7 s.
+    EXPECT_NEAR_LD(g.d.GetMJD(1) - f.d.GetMJD(1), 0.0L, 1e-9L);
     // The header comes back too.
-    EXPECT_NEAR(g.h.GetInterval(), 30.0f, 1e-6f);
+    EXPECT_NEAR_LD(g.h.GetInterval(), 30.0f, 1e-6f);
     EXPECT_EQ(g.h.obsfirst.GetMJDay(), f.h.obsfirst.GetMJDay());
-    EXPECT_NEAR(g.h.obslast - f.h.obslast, 0.0L, 1e-9L);
+    EXPECT_NEAR_LD(g.h.obslast - f.h.obslast, 0.0L, 1e-9L);
 }
 
 TEST(RinexWriter, UnwritableFileStops)

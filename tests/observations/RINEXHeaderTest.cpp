@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "observations/RINEXHeader.h"
+#include "numerics/NearLD.h"
 
 namespace {
 
@@ -60,7 +61,9 @@ TEST(RinexHeader, FixedColumnFieldsAndTrimming)
         + HLine("  2015     8    23     0     0    0.0000000     GPS", "TIME OF FIRST OBS")
         + HLine("", "END OF HEADER") + HLine("after the header", "MARKER NAME");
     const RINEXHeader h = Read(text);
-    EXPECT_NEAR(h.version, 2.11f, 1e-6f);
+    // Version and interval are floats: 1e-6 is a few float steps at 2.11 and
+    // less than one at 30, so only the float of the same decimal passes.
+    EXPECT_NEAR_LD(h.version, 2.11f, 1e-6f);
     EXPECT_EQ(h.type, 'O');
     EXPECT_EQ(h.satsystems, 'G');
     EXPECT_EQ(h.pgm, "teqc  2015Jun23");
@@ -72,15 +75,17 @@ TEST(RinexHeader, FixedColumnFieldsAndTrimming)
     EXPECT_EQ(h.antnumb, "99390               ");           // not trimmed
     EXPECT_EQ(h.anttype, "TRM29659.00     NONE");
     EXPECT_TRUE(h.xyz0read);
-    EXPECT_NEAR(h.GetX0().GetY(), 567556.0704L, 1e-9L);
+    // 1e-9 m: reading 4-decimal text loses only round-off (1e-13 m here);
+    // a wrong digit or column shows as 1e-4 m or more.
+    EXPECT_NEAR_LD(h.GetX0().GetY(), 567556.0704L, 1e-9L);
     EXPECT_TRUE(h.neuread);
     // The line gives up, east, north.
-    EXPECT_NEAR(h.GetECC().GetU(), 1.25L, 1e-12L);
-    EXPECT_NEAR(h.GetECC().GetE(), 0.01L, 1e-12L);
-    EXPECT_NEAR(h.GetECC().GetN(), -0.02L, 1e-12L);
+    EXPECT_NEAR_LD(h.GetECC().GetU(), 1.25L, 1e-12L);
+    EXPECT_NEAR_LD(h.GetECC().GetE(), 0.01L, 1e-12L);
+    EXPECT_NEAR_LD(h.GetECC().GetN(), -0.02L, 1e-12L);
     EXPECT_EQ(h.wavelengthDefL1, '1');
     EXPECT_EQ(h.wavelengthDefL2, '2');
-    EXPECT_NEAR(h.GetInterval(), 30.0f, 1e-6f);
+    EXPECT_NEAR_LD(h.GetInterval(), 30.0f, 1e-6f);
     // 2015-08-23 is MJD 57257 (JD 2457257.5).
     EXPECT_EQ(h.obsfirst.GetMJDay(), 57257u);
     EXPECT_EQ(h.obsfirstts, "GPS");
@@ -91,7 +96,8 @@ TEST(RinexHeader, DefaultsOfAnEmptyHeader)
 {
     const RINEXHeader h = Read("");
     EXPECT_EQ(h.GetNObs(), 0);
-    EXPECT_NEAR(h.GetInterval(), -1.0f, 1e-6f);
+    // Float field: 1e-6 admits only the float -1 itself (steps of 1.2e-7).
+    EXPECT_NEAR_LD(h.GetInterval(), -1.0f, 1e-6f);
     EXPECT_EQ(h.wavelengthDefL1, '1');
     EXPECT_FALSE(h.xyz0read || h.neuread || h.HasC1() || h.HasL1());
 }
@@ -144,7 +150,7 @@ TEST(RinexHeader, RepeatedLabelWarnsWithItsLineAndReplaces)
     const RINEXHeader h = Read(text);
     const std::string out = testing::internal::GetCapturedStdout();
     EXPECT_EQ(h.mname, "SECOND");
-    EXPECT_NEAR(h.GetInterval(), 30.0f, 1e-6f);
+    EXPECT_NEAR_LD(h.GetInterval(), 30.0f, 1e-6f);
     EXPECT_NE(out.find("\n#### RINEXHeader: Warning -> ADDITIONAL \"MARKER NAME\" HEADER LINE"
                        " -> line: 3 ####\n     Continuing RINEXHeader ... \n\n"),
               std::string::npos)

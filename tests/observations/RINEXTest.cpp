@@ -15,6 +15,7 @@
 
 #include "TestSupport.h"
 #include "observations/RINEX.h"
+#include "numerics/NearLD.h"
 
 using orvotest::Data;
 using orvotest::FirstLines;
@@ -251,18 +252,18 @@ TEST(RinexRealFiles, FirstAndLastEpochAndSampling)
         const long mjd0 = MJDOf(c.y, c.m, c.d);
         const mjd first = f.d.GetMJD(0), last = f.d.GetMJD(f.d.GetNEpoch() - 1);
         EXPECT_EQ(static_cast<long>(first.GetMJDay()), mjd0) << c.rel;
-        EXPECT_NEAR(first.GetSecond(), 0.0L, EpochTol_s);
+        EXPECT_NEAR_LD(first.GetSecond(), 0.0L, EpochTol_s);
         EXPECT_EQ(static_cast<long>(last.GetMJDay()), mjd0);
-        EXPECT_NEAR(last.GetSecond(), 86370.0L, EpochTol_s);
+        EXPECT_NEAR_LD(last.GetSecond(), 86370.0L, EpochTol_s);
         // The data overrule the header's first and last time.
-        EXPECT_NEAR(f.h.obsfirst - first, 0.0L, EpochTol_s);
-        EXPECT_NEAR(f.h.obslast - last, 0.0L, EpochTol_s);
+        EXPECT_NEAR_LD(f.h.obsfirst - first, 0.0L, EpochTol_s);
+        EXPECT_NEAR_LD(f.h.obslast - last, 0.0L, EpochTol_s);
         EXPECT_EQ(f.h.obsfirstts, "GPS");
         EXPECT_EQ(f.h.obslastts, "GPS");  // ZIMM has no TIME OF LAST OBS line
-        EXPECT_NEAR(f.h.GetInterval(), 30.0f, 1e-6f);
+        EXPECT_NEAR_LD(f.h.GetInterval(), 30.0f, 1e-6f);
         // No gaps: every step is the 30 s sampling.
         for (long i = 1; i < f.d.GetNEpoch(); i++)
-            ASSERT_NEAR(f.d.GetMJD(i) - f.d.GetMJD(i - 1), 30.0L, EpochTol_s) << "epoch " << i;
+            ASSERT_NEAR_LD(f.d.GetMJD(i) - f.d.GetMJD(i - 1), 30.0L, EpochTol_s) << "epoch " << i;
         EXPECT_EQ(f.d.nComment, 0);
     }
 }
@@ -274,13 +275,14 @@ TEST(RinexRealFiles, HeaderFieldsOfEsbc)
     EXPECT_EQ(f.h.mnumber, "10118M001");
     EXPECT_EQ(f.h.rectype, "SEPT POLARX5");
     EXPECT_EQ(f.h.anttype, "ASH701945E_M    SCIS");  // blanks kept
-    EXPECT_NEAR(f.h.version, 2.11f, 1e-6f);
+    EXPECT_NEAR_LD(f.h.version, 2.11f, 1e-6f);
     EXPECT_EQ(f.h.type, 'O');
     EXPECT_EQ(f.h.satsystems, 'M');
     // Published header values, metres.
-    EXPECT_NEAR(f.h.GetX0().GetX(), 3582105.2910L, 1e-6L);
-    EXPECT_NEAR(f.h.GetX0().GetZ(), 5232754.8054L, 1e-6L);
-    EXPECT_NEAR(f.h.GetECC().GetU(), 0.2160L, 1e-9L);
+    EXPECT_NEAR_LD(f.h.GetX0().GetX(), 3582105.2910L, 1e-6L);
+    EXPECT_NEAR_LD(f.h.GetX0().GetZ(), 5232754.8054L, 1e-6L);
+    // 1e-9 m: a 4-decimal field read back carries only round-off.
+    EXPECT_NEAR_LD(f.h.GetECC().GetU(), 0.2160L, 1e-9L);
     EXPECT_TRUE(f.h.HasC1() && f.h.HasP1() && f.h.HasL1() && f.h.HasL2() && f.h.HasP2()
                 && f.h.HasC2() && f.h.HasC5() && f.h.HasL5() && f.h.HasC7() && f.h.HasL7()
                 && f.h.HasC8() && f.h.HasL8());
@@ -308,9 +310,11 @@ TEST(RinexWriter, RealFilesRoundTripRecordForRecord)
         ASSERT_EQ(back.d.GetNObs(), f.d.GetNObs());
         ASSERT_EQ(back.h.GetNObs(), f.h.GetNObs());
         EXPECT_EQ(back.h.mname, f.h.mname);
-        EXPECT_NEAR(back.h.GetX0().GetY(), f.h.GetX0().GetY(), 1e-6L);
+        // 1e-6 m: the header prints 4 decimals of a value read from 4 decimals,
+        // so the round trip is exact up to round-off; a lost digit is 1e-4 m.
+        EXPECT_NEAR_LD(back.h.GetX0().GetY(), f.h.GetX0().GetY(), 1e-6L);
         for (long i = 0; i < f.d.GetNEpoch(); i++) {
-            ASSERT_NEAR(back.d.GetMJD(i) - f.d.GetMJD(i), 0.0L, EpochTol_s) << rel << " epoch " << i;
+            ASSERT_NEAR_LD(back.d.GetMJD(i) - f.d.GetMJD(i), 0.0L, EpochTol_s) << rel << " epoch " << i;
             ASSERT_EQ(back.d.GetEphNSat(i), f.d.GetEphNSat(i));
         }
         long bad = 0;
@@ -464,7 +468,7 @@ TEST(RinexBrokenFiles, Rinex3FileHasNoEpochOfRinex2)
     const std::string longLines = WriteTemp("rinex3.o", Rinex3FromEsbc(22));
     EXPECT_EXIT(ReadRinex(longLines), ::testing::ExitedWithCode(1),
                 "LINE 28 LONGER THAN 99 CHARACTERS: READING ENDS THERE(.|\n)*"
-                "NUMBER OF EPOCH IN RINEX FILE NOT DETERMINED!");
+                "#### RINEXData: Error -> NUMBER OF EPOCH IN RINEX FILE NOT DETERMINED! ####");
 }
 
 TEST(RinexBrokenFiles, FileCutInsideAnEpoch)
@@ -515,7 +519,7 @@ TEST(RinexBrokenFiles, LineLongerThan99Characters)
     const std::string head = WriteTemp("longhead.o", Join(lines));
     EXPECT_EXIT(ReadRinex(head), ::testing::ExitedWithCode(1),
                 "LINE 4 LONGER THAN 99 CHARACTERS: READING ENDS THERE(.|\n)*"
-                "NUMBER OF EPOCH IN RINEX FILE NOT DETERMINED!");
+                "#### RINEXData: Error -> NUMBER OF EPOCH IN RINEX FILE NOT DETERMINED! ####");
 }
 
 TEST(RinexBrokenFiles, SatelliteCountsThatDoNotFit)
@@ -566,10 +570,10 @@ TEST(RinexBrokenFiles, NonNumericFieldsReadAsZeroByTheAtofRule)
     ASSERT_EQ(d.GetNEpoch(), 2);
     EXPECT_EQ(d.GetEphNSat(1), 0);
     ASSERT_EQ(d.GetNObs(), 30);
-    EXPECT_NEAR(d.C1(0).GetObs(), 27616.0L, 1e-9L);  // atof stops at the x
+    EXPECT_NEAR_LD(d.C1(0).GetObs(), 27616.0L, 1e-9L);  // atof stops at the x
     EXPECT_TRUE(d.L1(0).IsNull());
     EXPECT_EQ(d.L1(0).GetSs(), 6);                   // flags are their own columns
-    EXPECT_NEAR(d.D1(0).GetObs(), -2620.702L, 1e-9L);
-    EXPECT_NEAR(d.C1(1).GetObs(), 27055946.391L, 1e-6L);
+    EXPECT_NEAR_LD(d.D1(0).GetObs(), -2620.702L, 1e-9L);
+    EXPECT_NEAR_LD(d.C1(1).GetObs(), 27055946.391L, 1e-6L);
     EXPECT_EQ(d.nComment, 2 + 30 * 5);
 }

@@ -5,6 +5,7 @@
 #include <sstream>
 
 #include "observations/gnssobs.h"
+#include "numerics/NearLD.h"
 
 namespace {
 
@@ -48,14 +49,14 @@ TEST(GnssObs, AssignmentClearsFlagsAndAdditionKeepsThem)
 {
     gnssobs o(100.0L, 1, 7);
     o += 0.5L;
-    EXPECT_NEAR(o.GetObs(), 100.5L, DecodeTol);
+    EXPECT_NEAR_LD(o.GetObs(), 100.5L, DecodeTol);
     EXPECT_EQ(o.GetLli(), 1);
     EXPECT_EQ(o.GetSs(), 7);
     gnssobs copy(o);
     EXPECT_EQ(copy.GetLli(), 1);
     EXPECT_EQ(copy.GetSs(), 7);
     o = 3.0L;
-    EXPECT_NEAR(o.GetObs(), 3.0L, DecodeTol);
+    EXPECT_NEAR_LD(o.GetObs(), 3.0L, DecodeTol);
     EXPECT_EQ(o.GetLli(), 0);
     EXPECT_EQ(o.GetSs(), 0);
 }
@@ -64,11 +65,11 @@ TEST(GnssObs, DecodesOneRinexField)
 {
     gnssobs o;
     o >> " 145124050.10606";
-    EXPECT_NEAR(o.GetObs(), 145124050.106L, DecodeTol * 145124050.106L);
+    EXPECT_NEAR_LD(o.GetObs(), 145124050.106L, DecodeTol * 145124050.106L);
     EXPECT_EQ(o.GetLli(), 0);
     EXPECT_EQ(o.GetSs(), 6);
     o >> "     -2620.70216";
-    EXPECT_NEAR(o.GetObs(), -2620.702L, DecodeTol * 2620.702L);
+    EXPECT_NEAR_LD(o.GetObs(), -2620.702L, DecodeTol * 2620.702L);
     EXPECT_EQ(o.GetLli(), 1);
     EXPECT_EQ(o.GetSs(), 6);
     // A blank field is a missing observation with no flags.
@@ -83,21 +84,21 @@ TEST(GnssObs, DecodesOneRinexField)
 
     gnssobsshort d;
     d >> "     -1957.227 5";
-    EXPECT_NEAR(d.GetObs(), -1957.227L, DecodeTol * 1957.227L);
+    EXPECT_NEAR_LD(d.GetObs(), -1957.227L, DecodeTol * 1957.227L);
 }
 
 TEST(GnssObs, ScalingCarriesFlagsSumsAndDifferencesDoNot)
 {
     const gnssobs a(10.0L, 1, 8), b(4.0L, 2, 9), null;
     const gnssobs s = 2.5L * a;
-    EXPECT_NEAR(s.GetObs(), 25.0L, DecodeTol);
+    EXPECT_NEAR_LD(s.GetObs(), 25.0L, DecodeTol);
     EXPECT_EQ(s.GetLli(), 1);
     EXPECT_EQ(s.GetSs(), 8);
-    EXPECT_NEAR((a * 2.5L).GetObs(), 25.0L, DecodeTol);
+    EXPECT_NEAR_LD((a * 2.5L).GetObs(), 25.0L, DecodeTol);
 
     const gnssobs d = a - b, p = a + b;
-    EXPECT_NEAR(d.GetObs(), 6.0L, DecodeTol);
-    EXPECT_NEAR(p.GetObs(), 14.0L, DecodeTol);
+    EXPECT_NEAR_LD(d.GetObs(), 6.0L, DecodeTol);
+    EXPECT_NEAR_LD(p.GetObs(), 14.0L, DecodeTol);
     EXPECT_EQ(d.GetLli() + d.GetSs() + p.GetLli() + p.GetSs(), 0);
     // A null operand makes the whole result null, whatever the other holds.
     EXPECT_TRUE((a - null).IsNull());

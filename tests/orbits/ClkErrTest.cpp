@@ -9,6 +9,7 @@
 
 #include "TestSupport.h"
 #include "orbits/ClkErr.h"
+#include "numerics/NearLD.h"
 
 using orvotest::WriteTemp;
 
@@ -41,7 +42,9 @@ ClkErr Read(const std::string& path)
 
 TEST(ClkErr, ConversionFactorIsMicrosecondsPerMetreOfLight)
 {
-    EXPECT_NEAR(ClkErrns::MicrosecondsPerMetre * C, 1e6L, 1e-12L);
+    // 1e-12: a product of two long doubles near 1e6 carries 1e-13 round-off;
+    // any wrong power of ten or of c is off by far more.
+    EXPECT_NEAR_LD(ClkErrns::MicrosecondsPerMetre * C, 1e6L, 1e-12L);
 }
 
 TEST(ClkErr, WriteReadRoundTripOverADay)
@@ -62,8 +65,8 @@ TEST(ClkErr, WriteReadRoundTripOverADay)
     ASSERT_EQ(c.GetNEpoch(), n);
     EXPECT_EQ(c.GetRefSystem(), 'R');
     for (long i = 0; i < n; ++i) {
-        EXPECT_NEAR(c.GetMJD(i) - ep(i), 0.0L, EpochTol_s) << i;
-        EXPECT_NEAR(c.GetClkErr(i), dt(i) / C, ClockTol_s) << i;
+        EXPECT_NEAR_LD(c.GetMJD(i) - ep(i), 0.0L, EpochTol_s) << i;
+        EXPECT_NEAR_LD(c.GetClkErr(i), dt(i) / C, ClockTol_s) << i;
     }
 }
 
@@ -82,9 +85,11 @@ TEST(ClkErr, LayoutOfHeadAndDataLines)
     EXPECT_EQ(l2, "CLOCK REF. SYS. : G");
     ASSERT_EQ(l3.size(), 28u);  // 6 + 10 + 2 + 10 columns
     EXPECT_EQ(std::atol(l3.substr(0, 6).c_str()), 59025L);
-    EXPECT_NEAR(std::strtold(l3.substr(6, 10).c_str(), nullptr), 45296.789L, 1e-9L);
+    // 1e-9: the fields are printed with 3 decimals of values that have 3;
+    // reading them back leaves only round-off.
+    EXPECT_NEAR_LD(std::strtold(l3.substr(6, 10).c_str(), nullptr), 45296.789L, 1e-9L);
     EXPECT_EQ(l3.substr(16, 2), "  ");
-    EXPECT_NEAR(std::strtold(l3.substr(18, 10).c_str(), nullptr), -1.0L, 1e-9L);
+    EXPECT_NEAR_LD(std::strtold(l3.substr(18, 10).c_str(), nullptr), -1.0L, 1e-9L);
 }
 
 TEST(ClkErr, SecondRoundedToMidnightReadsAsNextDay)
@@ -96,7 +101,7 @@ TEST(ClkErr, SecondRoundedToMidnightReadsAsNextDay)
     ClkErr c = Read(WriteTemp("midnight.clk", Written(ep, dt) + "\n   \n"));
     ASSERT_EQ(c.GetNEpoch(), 2);  // blank lines are no epochs
     EXPECT_EQ(c.GetMJD(1).GetMJDay(), 59026UL);
-    EXPECT_NEAR(c.GetMJD(1).GetSecond(), 0.0L, 1e-9L);
+    EXPECT_NEAR_LD(c.GetMJD(1).GetSecond(), 0.0L, 1e-9L);
 }
 
 namespace {

@@ -14,6 +14,7 @@
 
 #include "TestSupport.h"
 #include "orbits/GLNbEph.h"
+#include "numerics/NearLD.h"
 
 using orvotest::Data;
 using orvotest::ReadFile;
@@ -126,7 +127,8 @@ TEST(GLNbEph, HeaderAndEveryRecordReadAsTheFileHoldsThem)
 {
     GLNbEph& g = Nav();
     const GLNbEphHeader& h = g.GetHeader();
-    EXPECT_NEAR(h.version, 2.11f, 1e-6f);
+    // Float field: 1e-6 is a few float steps at 2.11.
+    EXPECT_NEAR_LD(h.version, 2.11f, 1e-6f);
     EXPECT_STREQ(h.type, "G: GLONASS NAV DATA");
     EXPECT_STREQ(h.pgm, "rnx3nav2");
     EXPECT_EQ(h.leaps, 18);
@@ -138,9 +140,10 @@ TEST(GLNbEph, HeaderAndEveryRecordReadAsTheFileHoldsThem)
         // Records are held on GPS time: the UTC epoch plus 18 s.
         const long double sod = 3600.0L * r[i].hh + 60.0L * r[i].mm + r[i].s + GpsUtc_s;
         const unsigned long day = (r[i].d == 24) ? Jun25 - 1 : Jun25 + (r[i].d - 25);
-        EXPECT_NEAR(g.GetMJD(i) - mjd(day, 0.0L), sod, 1e-9L) << i;
+        // 1e-9 s: day-plus-second epochs differ from whole seconds by round-off only.
+        EXPECT_NEAR_LD(g.GetMJD(i) - mjd(day, 0.0L), sod, 1e-9L) << i;
         for (int j = 0; j < 15; ++j)  // mantissa times power of ten: a few ulps
-            EXPECT_NEAR(g.GetData().data(i, j), r[i].v[j], 1e-15L * std::fabs(r[i].v[j])) << i;
+            EXPECT_NEAR_LD(g.GetData().data(i, j), r[i].v[j], 1e-15L * std::fabs(r[i].v[j])) << i;
     }
     // 23 slots: R01-R24 without R22.
     const matrix<short>& list = g.GetSatList();
@@ -184,7 +187,7 @@ TEST(GLNbEph, StateAtTheRecordEpochIsTheRecordItself)
     EXPECT_EQ(v.x, d(i, GLNbEphData::XD0) * 1000.0L);
     // Clock: -TauN of the file, no GammaN term at dt 0, less 2 r.v/c^2.
     const long double rel = 2.0L * (p.x * v.x + p.y * v.y + p.z * v.z) / (C * C);
-    EXPECT_NEAR(p.dt, d(i, GLNbEphData::TAUN) - rel, 1e-20L);
+    EXPECT_NEAR_LD(p.dt, d(i, GLNbEphData::TAUN) - rel, 1e-20L);
     // Near-circular orbit (e ~ 0.001): 2 sqrt(GM a) e / c^2 is about 2 ns.
     EXPECT_LT(std::fabs(g.GetRelativity()), 5e-9L);
 }
@@ -230,11 +233,13 @@ TEST(GLNbEph, LightTimeFormsAgreeAndCloseOnTheTravelTime)
         te += -d / C;
         xyzt pe, ve;
         g.CalcSatPosition(slot, te, eph, pe, ve, 0);
-        EXPECT_NEAR(Dist(ps, {pe.x, pe.y, pe.z}), 0.0L, 1e-3L);
+        // 1 mm: the light-time iteration closes to 1e-5 m, while a missed
+        // light time (70 ms at 3.9 km/s) puts the satellite some 270 m off.
+        EXPECT_NEAR_LD(Dist(ps, {pe.x, pe.y, pe.z}), 0.0L, 1e-3L);
         gnssobs P(d);
         xyzt pp, vp;
         const long double dp = g.CalcSatPosition(slot, eph, eph, rec, pp, vp, P, 0);
-        EXPECT_NEAR(dp, d, LightFormTol_m) << slot;
+        EXPECT_NEAR_LD(dp, d, LightFormTol_m) << slot;
     }
 }
 
@@ -257,7 +262,8 @@ TEST(GLNbEph, RecordEpochOffWholeMinutesIsWarnedAndKept)
                              "[NOT FULL MINUTES]"),
               std::string::npos);
     EXPECT_EQ(g.GetNSat(), 510);
-    EXPECT_NEAR(g.GetMJD(0) - mjd(Jun25 - 1, 0.0L), 83700.0L + 30.0L + GpsUtc_s, 1e-9L);
+    // 1e-9 s: round-off of a day-plus-second epoch difference.
+    EXPECT_NEAR_LD(g.GetMJD(0) - mjd(Jun25 - 1, 0.0L), 83700.0L + 30.0L + GpsUtc_s, 1e-9L);
 }
 
 TEST(GLNbEphDeath, MissingCutAndUnlistedStop)

@@ -12,6 +12,7 @@
 
 #include "TestSupport.h"
 #include "orbits/GNSSpEph.h"
+#include "numerics/NearLD.h"
 
 using orvotest::Data;
 using orvotest::WriteTemp;
@@ -121,8 +122,9 @@ TEST_F(GrgOrbit, HeaderAndSatelliteListInFileOrder)
     EXPECT_EQ(eph->GetSatList(74), 32);
     // 2020-06-25 is MJD 59025; nodes every 900 s.
     EXPECT_EQ(eph->GetMJD(0).GetMJDay(), 59025UL);
-    EXPECT_NEAR(eph->GetMJD(0).GetSecond(), 0.0L, 1e-9L);
-    EXPECT_NEAR(eph->GetMJD(95) - eph->GetMJD(0), 95 * 900.0L, 1e-9L);
+    // 1e-9 s: node epochs are whole seconds; only round-off may remain.
+    EXPECT_NEAR_LD(eph->GetMJD(0).GetSecond(), 0.0L, 1e-9L);
+    EXPECT_NEAR_LD(eph->GetMJD(95) - eph->GetMJD(0), 95 * 900.0L, 1e-9L);
     // Records are stored slot + nsat*epoch: the last record is G32 at 23:45.
     EXPECT_EQ(eph->GetSat(75 * 96 - 1), 32);
 }
@@ -132,14 +134,16 @@ TEST(GNSSpEphReader, AccuracyCodesOfSp3c)
     auto e = Load(kIgs235);
     EXPECT_EQ(e->GetNSat(), 31);
     EXPECT_EQ(e->GetSatList(17), 19);  // first entry of the second "+ " line
-    EXPECT_NEAR(e->GetPositionBase(), 1.25L, 1e-15L);
-    EXPECT_NEAR(e->GetClockBase(), 1.025L, 1e-15L);
+    // 1e-15: the bases are read from 4-digit fields: strtold round-off only.
+    // The sigmas are bases to small powers: a few long double ulps.
+    EXPECT_NEAR_LD(e->GetPositionBase(), 1.25L, 1e-15L);
+    EXPECT_NEAR_LD(e->GetClockBase(), 1.025L, 1e-15L);
     // "PG01 ... 7  5  9  95": sigmas 1.25^n mm and 1.025^95 ps.
     const xyzt sg = e->GetSatPosSig(0);
-    EXPECT_NEAR(sg.x, std::pow(1.25L, 7) * 1e-3L, 1e-15L);
-    EXPECT_NEAR(sg.y, std::pow(1.25L, 5) * 1e-3L, 1e-15L);
-    EXPECT_NEAR(sg.z, std::pow(1.25L, 9) * 1e-3L, 1e-15L);
-    EXPECT_NEAR(sg.dt, std::pow(1.025L, 95) * 1e-12L, 1e-22L);
+    EXPECT_NEAR_LD(sg.x, std::pow(1.25L, 7) * 1e-3L, 1e-15L);
+    EXPECT_NEAR_LD(sg.y, std::pow(1.25L, 5) * 1e-3L, 1e-15L);
+    EXPECT_NEAR_LD(sg.z, std::pow(1.25L, 9) * 1e-3L, 1e-15L);
+    EXPECT_NEAR_LD(sg.dt, std::pow(1.025L, 95) * 1e-12L, 1e-22L);
 }
 
 // 1e-9 m: at a node the Lagrange sum has one non-zero term, the node value
@@ -161,8 +165,8 @@ TEST_F(GrgOrbit, InterpolationAtANodeGivesTheNode)
             xyzt p, v;
             eph->CalcSatPosition(sat, t, p, v);
             ASSERT_TRUE(eph->PSisOK && eph->DTisOK) << tag << " epoch " << k;
-            EXPECT_NEAR(Dist(p, n.pos), 0.0L, NodeTol_m) << tag << " epoch " << k;
-            EXPECT_NEAR(p.dt, n.clk, NodeClkTol_s) << tag << " epoch " << k;
+            EXPECT_NEAR_LD(Dist(p, n.pos), 0.0L, NodeTol_m) << tag << " epoch " << k;
+            EXPECT_NEAR_LD(p.dt, n.clk, NodeClkTol_s) << tag << " epoch " << k;
             EXPECT_TRUE(std::isfinite(static_cast<double>(v.x)));
             EXPECT_EQ(v.dt, 0.0L);
         }
@@ -233,7 +237,7 @@ TEST_F(GrgOrbit, NodeWindowsAreCentredAndSlideInwardAtTheEnds)
             if (f < 0 || f + 14 > 96) continue;
             EXPECT_GT(Dist(p, windowPos(f)), 50.0L * WindowTol_m) << c.k << " shift " << shift;
         }
-        EXPECT_NEAR(p.dt, LagrangeAt(clk, c.firstClk, 4, x), WindowClkTol_s) << c.k;
+        EXPECT_NEAR_LD(p.dt, LagrangeAt(clk, c.firstClk, 4, x), WindowClkTol_s) << c.k;
         for (int shift : {-1, 1}) {
             const int f = c.firstClk + shift;
             if (f < 0 || f + 4 > 96) continue;
@@ -314,10 +318,10 @@ TEST_F(GrgOrbit, VelocityIsTheDerivativeOfPositionAlsoOnANode)
                 mjd t = At(*eph, k, off);
                 eph->CalcSatPosition(sat, t, p, v);
                 ASSERT_TRUE(eph->PSisOK);
-                EXPECT_NEAR(v.x, (f[0].x - 8.0L * f[1].x + 8.0L * f[2].x - f[3].x) / 12.0L, VelocityTol_mps)
+                EXPECT_NEAR_LD(v.x, (f[0].x - 8.0L * f[1].x + 8.0L * f[2].x - f[3].x) / 12.0L, VelocityTol_mps)
                     << sat << " " << k << " " << off;
-                EXPECT_NEAR(v.y, (f[0].y - 8.0L * f[1].y + 8.0L * f[2].y - f[3].y) / 12.0L, VelocityTol_mps);
-                EXPECT_NEAR(v.z, (f[0].z - 8.0L * f[1].z + 8.0L * f[2].z - f[3].z) / 12.0L, VelocityTol_mps);
+                EXPECT_NEAR_LD(v.y, (f[0].y - 8.0L * f[1].y + 8.0L * f[2].y - f[3].y) / 12.0L, VelocityTol_mps);
+                EXPECT_NEAR_LD(v.z, (f[0].z - 8.0L * f[1].z + 8.0L * f[2].z - f[3].z) / 12.0L, VelocityTol_mps);
                 // Earth-fixed speeds of MEO satellites: 1.5 to 4 km/s.
                 const long double speed = std::sqrt(v.x * v.x + v.y * v.y + v.z * v.z);
                 EXPECT_GT(speed, 1000.0L);
@@ -356,12 +360,13 @@ TEST_F(GrgOrbit, LightTimeDistanceMatchesEmissionPositionAndRelativity)
             eph->CalcSatPosition(sat, te, pe, ve);
             const long double a = OmegaEarth * tau;
             const xyz rot(pe.x * std::cos(a) + pe.y * std::sin(a), -pe.x * std::sin(a) + pe.y * std::cos(a), pe.z);
-            EXPECT_NEAR(Dist(rot, kEsbc), dist, LightTimeTol_m);
+            EXPECT_NEAR_LD(Dist(rot, kEsbc), dist, LightTimeTol_m);
 
             // Relativity 2 r.v / c^2 of the emission state, taken off the clock.
             const long double rel = 2.0L * (pe.x * ve.x + pe.y * ve.y + pe.z * ve.z) / (C * C);
-            EXPECT_NEAR(eph->Relativity, rel, 1e-15L);
-            EXPECT_NEAR(ps.dt, pe.dt - rel, 1e-15L);
+            // 1e-15 s: the same formula on the same state; round-off of a 1e-8 s term.
+            EXPECT_NEAR_LD(eph->Relativity, rel, 1e-15L);
+            EXPECT_NEAR_LD(ps.dt, pe.dt - rel, 1e-15L);
             // 2 sqrt(GM a) e sin E / c^2 is 2.3 µs times e: below 100 ns for
             // the eccentricities (< 0.04) of these satellites.
             EXPECT_LT(std::fabs(eph->Relativity), 1e-7L);
@@ -370,7 +375,7 @@ TEST_F(GrgOrbit, LightTimeDistanceMatchesEmissionPositionAndRelativity)
             // is a further iteration: it must return the same distance.
             gnssobs P(dist);
             xyzt p1, v1;
-            EXPECT_NEAR(eph->CalcSatPosition(sat, tr, rec, p1, v1, P), dist, LightTimeTol_m);
+            EXPECT_NEAR_LD(eph->CalcSatPosition(sat, tr, rec, p1, v1, P), dist, LightTimeTol_m);
         }
     }
 }
@@ -432,7 +437,8 @@ TEST(GNSSpEphReader, PreviousDayExtrapolatesOntoNextDayFirstNode)
         auto next = Load(pr.next);
         ASSERT_EQ(prev->GetNEpoch(), 96);
         ASSERT_EQ(next->GetNEpoch(), 96);
-        EXPECT_NEAR(next->GetMJD(0) - prev->GetMJD(95), 900.0L, 1e-9L);
+        // 1e-9 s: round-off of a difference of day-plus-second epochs.
+        EXPECT_NEAR_LD(next->GetMJD(0) - prev->GetMJD(95), 900.0L, 1e-9L);
         for (unsigned short sat : pr.sats) {
             mjd t = next->GetMJD(0);
             xyzt pa, va, pb, vb;

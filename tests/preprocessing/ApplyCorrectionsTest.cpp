@@ -20,6 +20,7 @@
 #include "observations/GLONASSc.h"
 #include "preprocessing/GetReceiverProperties.h"
 #include "preprocessing/StagingSupport.h"
+#include "numerics/NearLD.h"
 
 using stagingtest::Capture;
 using stagingtest::Context;
@@ -337,21 +338,22 @@ TEST_F(CorrectionsOnRealDay, GeometryAgreesWithIndependentComputationAtOrbitNode
             if (prn > 100 && prn < 200) continue;  // GLONASS is off
             if (!g.OKSAT(k)) continue;
             const Direction x = Expected(SatName(prn), minute / 60, minute % 60, rec);
-            EXPECT_NEAR(g.ELV(k), x.elev, AngleTol_rad) << SatName(prn);
+            EXPECT_NEAR_LD(g.ELV(k), x.elev, AngleTol_rad) << SatName(prn);
             if (x.elev < 80.0L * Pi / 180.0L) {  // azimuth is ill-conditioned near the zenith
-                EXPECT_NEAR(AngleDiff(g.AZM(k), x.azim), 0.0L, AngleTol_rad) << SatName(prn);
+                EXPECT_NEAR_LD(AngleDiff(g.AZM(k), x.azim), 0.0L, AngleTol_rad) << SatName(prn);
             }
-            EXPECT_NEAR(g.REL2(k), x.rel2, Rel2Tol_m) << SatName(prn);
+            EXPECT_NEAR_LD(g.REL2(k), x.rel2, Rel2Tol_m) << SatName(prn);
             // Shapiro path term of a GNSS orbit: 1.2 cm at the zenith to
             // under 2.5 cm at the horizon (ln of 4.2 to 11 times 8.87 mm).
             EXPECT_GT(g.REL2(k), 0.010L);
             EXPECT_LT(g.REL2(k), 0.025L);
             // Weights by elevation (the default mode).
-            EXPECT_NEAR(g.WGHT(k), std::sin(x.elev) * std::sin(x.elev), 2.0L * AngleTol_rad);
+            EXPECT_NEAR_LD(g.WGHT(k), std::sin(x.elev) * std::sin(x.elev), 2.0L * AngleTol_rad);
             // GPS and Galileo orbit radii: 26 560 and 29 600 km.
             EXPECT_GT(g.SAT_DIST(k), 2.6e7L);
             EXPECT_LT(g.SAT_DIST(k), 3.0e7L);
-            EXPECT_NEAR(g.SAT_DIST(k), g.SAT_POS(k).GetLength(), 1e-6L);
+            // 1e-6 m: the same norm of the same vector; round-off at 3e7 m is 1e-11 m.
+            EXPECT_NEAR_LD(g.SAT_DIST(k), g.SAT_POS(k).GetLength(), 1e-6L);
             ++checked;
         }
     }
@@ -452,9 +454,9 @@ TEST(Corrections, SatellitesBelowTheHorizonGetNegativeElevations)
         if ((prn > 100 && prn < 200) || !c->gc.OKSAT(k)) continue;
         const Direction x = Expected(SatName(prn), 8, 0, rec);
         EXPECT_LT(c->gc.ELV(k), 0.0L);
-        EXPECT_NEAR(c->gc.ELV(k), x.elev, AngleTol_rad) << SatName(prn);
-        EXPECT_NEAR(AngleDiff(c->gc.AZM(k), x.azim), 0.0L, AngleTol_rad) << SatName(prn);
-        EXPECT_NEAR(c->gc.REL2(k), x.rel2, Rel2Tol_m);
+        EXPECT_NEAR_LD(c->gc.ELV(k), x.elev, AngleTol_rad) << SatName(prn);
+        EXPECT_NEAR_LD(AngleDiff(c->gc.AZM(k), x.azim), 0.0L, AngleTol_rad) << SatName(prn);
+        EXPECT_NEAR_LD(c->gc.REL2(k), x.rel2, Rel2Tol_m);
         ++checked;
     }
     EXPECT_GT(checked, 10);
@@ -478,7 +480,7 @@ TEST(Corrections, ReceiverClockMovesTheModelEpoch)
         const short prn = c->rnxd.sat(k);
         if ((prn > 100 && prn < 200) || !c->gc.OKSAT(k)) continue;
         // Half a second off the node the quadratic errs by a few metres.
-        EXPECT_NEAR(c->gc.ELV(k), Expected(SatName(prn), 8, 0, rec, 0.5L).elev, AngleTol_rad);
+        EXPECT_NEAR_LD(c->gc.ELV(k), Expected(SatName(prn), 8, 0, rec, 0.5L).elev, AngleTol_rad);
         ++checked;
     }
     EXPECT_GT(checked, 10);
@@ -505,12 +507,14 @@ TEST(Corrections, TroposphereTotalOrDryDependingOnEstimation)
         EXPECT_LT(dry->gc.TROP(k) * s, 2.45L);
         EXPECT_GT(total->gc.TROP(k), dry->gc.TROP(k));  // the wet part is positive
         EXPECT_EQ(total->gc.MFTROP(k), 0.0L);            // not estimated, not asked for
-        EXPECT_NEAR(dry->gc.MFTROP(k) * s, 1.0L, 0.03L);
+        EXPECT_NEAR_LD(dry->gc.MFTROP(k) * s, 1.0L, 0.03L);
         // Gradient mapping of Chen & Herring (1997) from the elevation and
         // azimuth of the same record.
         const long double mg = 1.0L / (std::tan(e) * s + 0.0032L);
-        EXPECT_NEAR(dry->gc.MFGRAD(k, 0), mg * std::cos(dry->gc.AZM(k)), 1e-9L);
-        EXPECT_NEAR(dry->gc.MFGRAD(k, 1), mg * std::sin(dry->gc.AZM(k)), 1e-9L);
+        // 1e-9: the same closed form from the same angles; round-off of a factor
+        // near 1 to 10 is far smaller, a swapped cos/sin or a lost 0.0032 far larger.
+        EXPECT_NEAR_LD(dry->gc.MFGRAD(k, 0), mg * std::cos(dry->gc.AZM(k)), 1e-9L);
+        EXPECT_NEAR_LD(dry->gc.MFGRAD(k, 1), mg * std::sin(dry->gc.AZM(k)), 1e-9L);
         EXPECT_EQ(total->gc.MFGRAD(k, 0), 0.0L);
         ++checked;
     }
@@ -536,9 +540,9 @@ TEST(Corrections, EpochTroposphereFileKeepsTheWetMappingWithoutEstimation)
     for (long k = 0; k < kept->rnxd.GetNObs(); ++k) {
         if (!kept->gc.OKSAT(k) || kept->gc.ELV(k) < 15.0L * Pi / 180.0L) continue;
         const long double s = std::sin(kept->gc.ELV(k));
-        EXPECT_NEAR(kept->gc.MFTROP(k) * s, 1.0L, 0.03L);  // 1/sin(E) within 3% above 15 deg
-        EXPECT_NEAR(kept->gc.MFTROP(k), dry->gc.MFTROP(k), 1e-15L);  // same computation
-        EXPECT_NEAR(kept->gc.TROP(k), total->gc.TROP(k), 1e-15L);    // still dry + wet
+        EXPECT_NEAR_LD(kept->gc.MFTROP(k) * s, 1.0L, 0.03L);  // 1/sin(E) within 3% above 15 deg
+        EXPECT_NEAR_LD(kept->gc.MFTROP(k), dry->gc.MFTROP(k), 1e-15L);  // same computation
+        EXPECT_NEAR_LD(kept->gc.TROP(k), total->gc.TROP(k), 1e-15L);    // still dry + wet
         EXPECT_GT(kept->gc.TROP(k), dry->gc.TROP(k));
         EXPECT_EQ(kept->gc.MFGRAD(k, 0), 0.0L);  // gradients only when estimated
         ++checked;
@@ -565,8 +569,8 @@ TEST(Corrections, SkyPlotListsEveryRecordWithAnOrbit)
         ASSERT_TRUE(is >> day >> sec >> prn >> el >> az) << line;
         EXPECT_EQ(prn, c->rnxd.sat(k));
         // Two decimals of a degree are printed.
-        EXPECT_NEAR(el, c->gc.ELV(k) * 180.0L / Pi, 0.0051L);
-        EXPECT_NEAR(az, c->gc.AZM(k) * 180.0L / Pi, 0.0051L);
+        EXPECT_NEAR_LD(el, c->gc.ELV(k) * 180.0L / Pi, 0.0051L);
+        EXPECT_NEAR_LD(az, c->gc.AZM(k) * 180.0L / Pi, 0.0051L);
         ++k;
         ++lines;
     }

@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <vector>
+#include "numerics/NearLD.h"
 
 namespace {
 
@@ -39,14 +40,14 @@ long double RobustMean(std::vector<long double> f, std::vector<char>& flags, lon
 TEST(FindOutliers, SingleValueIsItsOwnMeanAndNotFlagged)
 {
     std::vector<char> flags;
-    EXPECT_NEAR(RobustMean({-1234.5678L}, flags, 1000.0L), -1234.5678L, ExactTol_m);
+    EXPECT_NEAR_LD(RobustMean({-1234.5678L}, flags, 1000.0L), -1234.5678L, ExactTol_m);
     EXPECT_FALSE(flags[0]);
 }
 
 TEST(FindOutliers, EqualValuesGiveThatValue)
 {
     std::vector<char> flags;
-    EXPECT_NEAR(RobustMean({12.25L, 12.25L, 12.25L, 12.25L}, flags, 0.5L), 12.25L, ExactTol_m);
+    EXPECT_NEAR_LD(RobustMean({12.25L, 12.25L, 12.25L, 12.25L}, flags, 0.5L), 12.25L, ExactTol_m);
     for (char b : flags) EXPECT_FALSE(b);
 }
 
@@ -55,11 +56,11 @@ TEST(FindOutliers, TwoValuesAtTheLimitStayUnflagged)
     // 2000 m apart with limit 1000: each lies exactly 1000 m from the
     // symmetric mean, which is not above the limit.
     std::vector<char> flags;
-    EXPECT_NEAR(RobustMean({-1000.0L, 1000.0L}, flags, 1000.0L), 0.0L, ExactTol_m);
+    EXPECT_NEAR_LD(RobustMean({-1000.0L, 1000.0L}, flags, 1000.0L), 0.0L, ExactTol_m);
     EXPECT_FALSE(flags[0]);
     EXPECT_FALSE(flags[1]);
     // Just beyond, both are flagged: the mean still sits in the middle.
-    EXPECT_NEAR(RobustMean({-1000.5L, 1000.5L}, flags, 1000.0L), 0.0L, ExactTol_m);
+    EXPECT_NEAR_LD(RobustMean({-1000.5L, 1000.5L}, flags, 1000.0L), 0.0L, ExactTol_m);
     EXPECT_TRUE(flags[0]);
     EXPECT_TRUE(flags[1]);
 }
@@ -73,11 +74,11 @@ TEST(FindOutliers, CleanSampleMeanSolvesTheWeightedEquation)
     std::vector<char> flags;
     const long double m = RobustMean(f, flags, 1000.0L);
     for (char b : flags) EXPECT_FALSE(b);
-    EXPECT_NEAR(Stationarity(f, m), 0.0L, MeanTol_m);
+    EXPECT_NEAR_LD(Stationarity(f, m), 0.0L, MeanTol_m);
     long double plain = 0.0L;
     for (long double x : f) plain += x;
     plain /= f.size();
-    EXPECT_NEAR(m, plain, 0.05L);  // skew of this sample moves it by less
+    EXPECT_NEAR_LD(m, plain, 0.05L);  // skew of this sample moves it by less
 }
 
 TEST(FindOutliers, InjectedBlundersAreFlaggedAndIgnored)
@@ -92,7 +93,7 @@ TEST(FindOutliers, InjectedBlundersAreFlaggedAndIgnored)
     std::vector<char> flagsClean, flagsDirty;
     const long double mClean = RobustMean(clean, flagsClean, 1000.0L);
     const long double mDirty = RobustMean(dirty, flagsDirty, 1000.0L);
-    EXPECT_NEAR(mDirty, mClean, MeanTol_m);
+    EXPECT_NEAR_LD(mDirty, mClean, MeanTol_m);
     // The plain mean is dragged 165 m away; the robust one stays among the
     // clean codes (20.18 m plain mean, 0.3 m spread).
     EXPECT_LT(std::fabs(mDirty - 20.18L), 0.1L);
@@ -108,8 +109,8 @@ TEST(FindOutliers, BlunderBelowTheLimitIsNotFlaggedButStillIgnored)
     std::vector<char> flags;
     const long double m = RobustMean(f, flags, 1000.0L);
     for (char b : flags) EXPECT_FALSE(b);
-    EXPECT_NEAR(m, 5.03L, 0.01L);  // robust mean of 5.0, 5.2, 4.9 is 5.03 within 3 mm
-    EXPECT_NEAR(Stationarity(f, m), 0.0L, MeanTol_m);
+    EXPECT_NEAR_LD(m, 5.03L, 0.01L);  // robust mean of 5.0, 5.2, 4.9 is 5.03 within 3 mm
+    EXPECT_NEAR_LD(Stationarity(f, m), 0.0L, MeanTol_m);
 }
 
 TEST(FindOutliers, EmptySampleGivesZeroAndTouchesNoFlag)

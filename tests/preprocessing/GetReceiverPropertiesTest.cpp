@@ -12,6 +12,7 @@
 #include "driver/ReadFiles.h"
 #include "driver/SetFiles.h"
 #include "preprocessing/StagingSupport.h"
+#include "numerics/NearLD.h"
 
 using stagingtest::Capture;
 using stagingtest::Context;
@@ -43,31 +44,31 @@ TEST(ReceiverProperties, APrioriPositionsFromTheHeaderAndItsEccentricity)
     Context c;
     Stage(c, CutObs("props.20o", 0, 5));
     const gCPosC& g = c.gc;
-    EXPECT_NEAR(g.RecPos0.x, kX0, PosTol_m);
-    EXPECT_NEAR(g.RecPos0.y, kY0, PosTol_m);
-    EXPECT_NEAR(g.RecPos0.z, kZ0, PosTol_m);
+    EXPECT_NEAR_LD(g.RecPos0.x, kX0, PosTol_m);
+    EXPECT_NEAR_LD(g.RecPos0.y, kY0, PosTol_m);
+    EXPECT_NEAR_LD(g.RecPos0.z, kZ0, PosTol_m);
     EXPECT_EQ(g.RecCodeTrackType, 0);
 
     // The antenna point lies 0.216 m along the ellipsoid normal, whose
     // direction is (cos f cos l, cos f sin l, sin f) of the geodetic latitude.
     const xyz d = g.RecPosFC - g.RecPos0;
     const long double f = g.RecPos0G.f, l = g.RecPos0G.l;
-    EXPECT_NEAR(d.x, kAntennaUp_m * std::cos(f) * std::cos(l), PosTol_m);
-    EXPECT_NEAR(d.y, kAntennaUp_m * std::cos(f) * std::sin(l), PosTol_m);
-    EXPECT_NEAR(d.z, kAntennaUp_m * std::sin(f), PosTol_m);
-    EXPECT_NEAR(g.RecPosEccLG.u, kAntennaUp_m, PosTol_m);
+    EXPECT_NEAR_LD(d.x, kAntennaUp_m * std::cos(f) * std::cos(l), PosTol_m);
+    EXPECT_NEAR_LD(d.y, kAntennaUp_m * std::cos(f) * std::sin(l), PosTol_m);
+    EXPECT_NEAR_LD(d.z, kAntennaUp_m * std::sin(f), PosTol_m);
+    EXPECT_NEAR_LD(g.RecPosEccLG.u, kAntennaUp_m, PosTol_m);
     // Raising a point along its normal keeps latitude and longitude.
-    EXPECT_NEAR(g.RecPosFCG.f, f, 1e-14L);
-    EXPECT_NEAR(g.RecPosFCG.l, l, 1e-14L);
-    EXPECT_NEAR(g.RecPosFCG.h - g.RecPos0G.h, kAntennaUp_m, PosTol_m);
+    EXPECT_NEAR_LD(g.RecPosFCG.f, f, 1e-14L);
+    EXPECT_NEAR_LD(g.RecPosFCG.l, l, 1e-14L);
+    EXPECT_NEAR_LD(g.RecPosFCG.h - g.RecPos0G.h, kAntennaUp_m, PosTol_m);
     // Esbjerg: 55.5 N, 8.5 E, some 60 m above GRS80.
-    EXPECT_NEAR(f * 180.0L / M_PI, 55.49L, 0.01L);
-    EXPECT_NEAR(l * 180.0L / M_PI, 8.46L, 0.01L);
+    EXPECT_NEAR_LD(f * 180.0L / M_PI, 55.49L, 0.01L);
+    EXPECT_NEAR_LD(l * 180.0L / M_PI, 8.46L, 0.01L);
 
     const long double r = std::sqrt(kX0 * kX0 + kY0 * kY0 + kZ0 * kZ0);
-    EXPECT_NEAR(g.RecMag, r, PosTol_m);
-    EXPECT_NEAR(g.RecPosUnit.x * r, kX0, PosTol_m);
-    EXPECT_NEAR(g.RecPosUnit.z * r, kZ0, PosTol_m);
+    EXPECT_NEAR_LD(g.RecMag, r, PosTol_m);
+    EXPECT_NEAR_LD(g.RecPosUnit.x * r, kX0, PosTol_m);
+    EXPECT_NEAR_LD(g.RecPosUnit.z * r, kZ0, PosTol_m);
     EXPECT_EQ(xyzns::NDec, 10);
     EXPECT_EQ(flhns::Unit, 4);
 }

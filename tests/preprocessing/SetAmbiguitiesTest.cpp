@@ -13,6 +13,7 @@
 
 #include "StagingSupport.h"
 #include "preprocessing/SetAmbiguities.h"
+#include "numerics/NearLD.h"
 
 using stagingtest::Capture;
 using stagingtest::Context;
@@ -68,7 +69,7 @@ TEST(ArcParameters, GapAndMinimumFollowTheSamplingInterval)
         long double gap = 0.0L;
         long minObs = 0;
         ArcParameters(r.T, gap, minObs);
-        EXPECT_NEAR(gap, r.gap, 1e-15L) << r.T;  // exact sums of binary fractions
+        EXPECT_NEAR_LD(gap, r.gap, 1e-15L) << r.T;  // exact sums of binary fractions
         EXPECT_EQ(minObs, r.minObs) << r.T;
     }
 }
@@ -192,7 +193,7 @@ void CheckTable(const RealDay& r, const matrix<gnssobs>& code)
                 }
         ASSERT_GT(n, 0) << a;
         EXPECT_EQ(gc.AmbIndex(a, 3), n) << a;
-        EXPECT_NEAR(gc.xAmb(a), sum / n, MeanTol_m) << a;
+        EXPECT_NEAR_LD(gc.xAmb(a), sum / n, MeanTol_m) << a;
     }
 }
 
@@ -211,7 +212,8 @@ TEST(SetAmbiguities, RealDayMeansOfL3MinusP3AndPhaseOutsideArcsCleared)
     r.Run();
 
     EXPECT_EQ(gc.MinObsAmb, 15);
-    EXPECT_NEAR(gc.MaxAmbTimeGap, 150.5L, 1e-15L);
+    // 1e-15 s: 150.5 is exact in binary; only the parse could round.
+    EXPECT_NEAR_LD(gc.MaxAmbTimeGap, 150.5L, 1e-15L);
     CheckTable(r, r.PP3);
     // The temporary file was named from the marker and is gone again.
     EXPECT_TRUE(std::regex_match(d.AmbFile, std::regex("Ambiq_ESBC00DNK_[0-9]+\\.b")))
@@ -229,7 +231,8 @@ TEST(SetAmbiguities, RealDayMeansOfL3MinusP3AndPhaseOutsideArcsCleared)
             const short s = d.sat(k);
             if (s >= 101 && s <= 199) {
                 // GLONASS is switched off: left as it came.
-                EXPECT_NEAR(d.L1(k).obs, r.L1(k).obs, 0.0L) << k;
+                // Zero tolerance: records inside an arc are copied untouched.
+                EXPECT_NEAR_LD(d.L1(k).obs, r.L1(k).obs, 0.0L) << k;
                 continue;
             }
             if (s == noCode) {
@@ -237,8 +240,8 @@ TEST(SetAmbiguities, RealDayMeansOfL3MinusP3AndPhaseOutsideArcsCleared)
             }
             const bool gps = s <= 99 && s != noCode;
             if (r.InArc(s, i)) {
-                EXPECT_NEAR(d.L1(k).obs, r.L1(k).obs, 0.0L) << k;
-                EXPECT_NEAR(d.L4(k).obs, r.L4(k).obs, 0.0L) << k;
+                EXPECT_NEAR_LD(d.L1(k).obs, r.L1(k).obs, 0.0L) << k;
+                EXPECT_NEAR_LD(d.L4(k).obs, r.L4(k).obs, 0.0L) << k;
                 if (gps && !r.L1(k).IsNull()) ++keptGPS;
                 continue;
             }
@@ -284,7 +287,8 @@ TEST(SetAmbiguities, ConstantScreenOnC1KeepsLowPhaseInsideAnArc)
     CheckTable(r, r.C1);
     EXPECT_TRUE(r.InArc(5, 1100));
     EXPECT_FALSE(d.L1(low).IsNull());
-    EXPECT_NEAR(d.L1(low).obs, r.L1(low).obs, 0.0L);
+    // Zero tolerance: a kept record is copied untouched.
+    EXPECT_NEAR_LD(d.L1(low).obs, r.L1(low).obs, 0.0L);
 }
 
 TEST(SetAmbiguities, NothingHappensWithoutPhase)

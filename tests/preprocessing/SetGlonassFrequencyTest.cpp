@@ -18,6 +18,7 @@
 #include "preprocessing/ApplyCorrections.h"
 #include "preprocessing/GetReceiverProperties.h"
 #include "preprocessing/StagingSupport.h"
+#include "numerics/NearLD.h"
 
 using stagingtest::Capture;
 using stagingtest::Context;
@@ -95,10 +96,10 @@ TEST(SetGlonassFrequency, WavelengthsFollowTheChannelOfEverySlot)
         const long double k = list.at(slot);
         const long row = slot - 1;
         // GLONASS ICD 5.1: G1 = 1602 + 0.5625 k MHz, G2 = 1246 + 0.4375 k MHz.
-        EXPECT_NEAR(GLONASSc::lamb(row, 0), C / (1602.0e6L + 0.5625e6L * k), WaveTol_m) << slot;
-        EXPECT_NEAR(GLONASSc::lamb(row, 1), C / (1246.0e6L + 0.4375e6L * k), WaveTol_m) << slot;
+        EXPECT_NEAR_LD(GLONASSc::lamb(row, 0), C / (1602.0e6L + 0.5625e6L * k), WaveTol_m) << slot;
+        EXPECT_NEAR_LD(GLONASSc::lamb(row, 1), C / (1246.0e6L + 0.4375e6L * k), WaveTol_m) << slot;
         // Both carriers are multiples of the channel's own step: 9/7 for all.
-        EXPECT_NEAR(GLONASSc::lamb(row, 1) / GLONASSc::lamb(row, 0), 9.0L / 7.0L, 1e-17L);
+        EXPECT_NEAR_LD(GLONASSc::lamb(row, 1) / GLONASSc::lamb(row, 0), 9.0L / 7.0L, 1e-17L);
         char line[64];
         std::snprintf(line, sizeof line, "    Satellite:  R%02d    f. channel: %5.1f", slot,
                       static_cast<double>(k));
@@ -133,11 +134,11 @@ TEST(SetGlonassFrequency, SlotMissingOrNotYetValidFallsBackToChannelZero)
                       "USING FREQ. CHANNEL k = 0!",
                       100 + slot);
         EXPECT_NE(s.err.find(w), std::string::npos) << w;
-        EXPECT_NEAR(GLONASSc::lamb(slot - 1, 0), C / 1602.0e6L, WaveTol_m);
-        EXPECT_NEAR(GLONASSc::lamb(slot - 1, 1), C / 1246.0e6L, WaveTol_m);
+        EXPECT_NEAR_LD(GLONASSc::lamb(slot - 1, 0), C / 1602.0e6L, WaveTol_m);
+        EXPECT_NEAR_LD(GLONASSc::lamb(slot - 1, 1), C / 1246.0e6L, WaveTol_m);
     }
     // R01 is still read from the file: channel 1.
-    EXPECT_NEAR(GLONASSc::lamb(0, 0), C / (1602.0e6L + 0.5625e6L), WaveTol_m);
+    EXPECT_NEAR_LD(GLONASSc::lamb(0, 0), C / (1602.0e6L + 0.5625e6L), WaveTol_m);
 }
 
 TEST(SetGlonassFrequency, NavigationFileGivesTheChannelsWithoutAChannelFile)
@@ -165,8 +166,8 @@ TEST(SetGlonassFrequency, NavigationFileGivesTheChannelsWithoutAChannelFile)
         const short prn = c.rnxd.GetSat(i);
         if (prn <= 100 || prn > 199) continue;
         const long double k = list.at(prn - 100);
-        EXPECT_NEAR(GLONASSc::lamb(prn - 101, 0), C / (1602.0e6L + 0.5625e6L * k), WaveTol_m);
-        EXPECT_NEAR(GLONASSc::lamb(prn - 101, 1), C / (1246.0e6L + 0.4375e6L * k), WaveTol_m);
+        EXPECT_NEAR_LD(GLONASSc::lamb(prn - 101, 0), C / (1602.0e6L + 0.5625e6L * k), WaveTol_m);
+        EXPECT_NEAR_LD(GLONASSc::lamb(prn - 101, 1), C / (1246.0e6L + 0.4375e6L * k), WaveTol_m);
         ++n;
     }
     EXPECT_EQ(n, 10);
@@ -243,14 +244,14 @@ TEST(SetGlonassFrequency, ChannelFileWinsOverTheNavigationFile)
               std::string::npos)
         << err;
     EXPECT_EQ(err.find("BROADCAST EPHEMERIS"), std::string::npos);
-    EXPECT_NEAR(GLONASSc::lamb(1, 0), C / 1602.0e6L, WaveTol_m);
-    EXPECT_NEAR(GLONASSc::lamb(1, 1), C / 1246.0e6L, WaveTol_m);
+    EXPECT_NEAR_LD(GLONASSc::lamb(1, 0), C / 1602.0e6L, WaveTol_m);
+    EXPECT_NEAR_LD(GLONASSc::lamb(1, 1), C / 1246.0e6L, WaveTol_m);
     EXPECT_NE(out.find("    Satellite:  R02    f. channel:  NOT FOUND -> SETTING TO 0.0"),
               std::string::npos);
     // The others follow the channel file, which agrees with the list.
     const std::map<int, int> list = ChannelList();
     const long double k1 = list.at(1);
-    EXPECT_NEAR(GLONASSc::lamb(0, 0), C / (1602.0e6L + 0.5625e6L * k1), WaveTol_m);
+    EXPECT_NEAR_LD(GLONASSc::lamb(0, 0), C / (1602.0e6L + 0.5625e6L * k1), WaveTol_m);
 }
 
 TEST(SetGlonassFrequency, SlotMissingFromTheNavigationFileGetsChannelZero)
@@ -261,12 +262,12 @@ TEST(SetGlonassFrequency, SlotMissingFromTheNavigationFileGetsChannelZero)
                        "USING FREQ. CHANNEL k = 0!"),
               std::string::npos)
         << err;
-    EXPECT_NEAR(GLONASSc::lamb(1, 0), C / 1602.0e6L, WaveTol_m);
-    EXPECT_NEAR(GLONASSc::lamb(1, 1), C / 1246.0e6L, WaveTol_m);
+    EXPECT_NEAR_LD(GLONASSc::lamb(1, 0), C / 1602.0e6L, WaveTol_m);
+    EXPECT_NEAR_LD(GLONASSc::lamb(1, 1), C / 1246.0e6L, WaveTol_m);
     EXPECT_NE(out.find("    Satellite:  R02    f. channel:  NOT FOUND -> SETTING TO 0.0"),
               std::string::npos);
     // R01 keeps the channel of its own records.
     const long double k1 = ChannelList().at(1);
-    EXPECT_NEAR(GLONASSc::lamb(0, 0), C / (1602.0e6L + 0.5625e6L * k1), WaveTol_m);
+    EXPECT_NEAR_LD(GLONASSc::lamb(0, 0), C / (1602.0e6L + 0.5625e6L * k1), WaveTol_m);
     EXPECT_EQ(err.find("GLONASS SATELLITE 101"), std::string::npos);
 }

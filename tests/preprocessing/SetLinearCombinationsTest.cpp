@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "preprocessing/StagingSupport.h"
+#include "numerics/NearLD.h"
 
 using stagingtest::Capture;
 using stagingtest::Context;
@@ -82,10 +83,10 @@ TEST(SetLinearCombinations, MillisecondJumpIsRemovedBeforeThePhaseCombinations)
     // through the jump; an L3 formed before the correction would lag by
     // 299 792.458 m from epoch 1 on.
     for (long k = 0; k < c.rnxd.GetNObs(); ++k)
-        EXPECT_NEAR(c.rnxd.L3(k).GetObs() - c.rnxd.PC3(k).GetObs(), 0.0L, CombTol_m) << k;
+        EXPECT_NEAR_LD(c.rnxd.L3(k).GetObs() - c.rnxd.PC3(k).GetObs(), 0.0L, CombTol_m) << k;
     // L4 of equal ranges on both carriers is zero before and after.
     for (long k = 0; k < c.rnxd.GetNObs(); ++k)
-        EXPECT_NEAR(c.rnxd.L4(k).GetObs(), 0.0L, CombTol_m) << k;
+        EXPECT_NEAR_LD(c.rnxd.L4(k).GetObs(), 0.0L, CombTol_m) << k;
 }
 
 TEST(SetLinearCombinations, MelbourneWuebbenaTakesTheCodeOfTheP3InUse)
@@ -113,7 +114,7 @@ TEST(SetLinearCombinations, MelbourneWuebbenaTakesTheCodeOfTheP3InUse)
     EXPECT_TRUE(withP1.rnxh.iPP3);
     EXPECT_FALSE(withP1.rnxh.iPC3);
     for (long k = 0; k < withC1.rnxd.GetNObs(); ++k)
-        EXPECT_NEAR(withC1.rnxd.MW(k).GetObs() - withP1.rnxd.MW(k).GetObs(),
+        EXPECT_NEAR_LD(withC1.rnxd.MW(k).GetObs() - withP1.rnxd.MW(k).GetObs(),
                     bias * 154.0L / 274.0L, CombTol_m)
             << k;
 }
@@ -136,7 +137,7 @@ TEST(SetLinearCombinations, CodeOnlyRunFormsNoPhaseCombination)
     const long nsat = c.rnxd.nsat(0);
     for (long k = 0; k < c.rnxd.GetNObs(); ++k) {
         const long double rho = 2.1e7L + 7.0e5L * (k % nsat);
-        EXPECT_NEAR(c.rnxd.PC3(k).GetObs(), rho + (k >= nsat ? MS_m : 0.0L), CombTol_m) << k;
-        EXPECT_NEAR(c.rnxd.L1(k).GetObs(), rho / Lambda1, 1e-6L) << k;  // cycles, untouched
+        EXPECT_NEAR_LD(c.rnxd.PC3(k).GetObs(), rho + (k >= nsat ? MS_m : 0.0L), CombTol_m) << k;
+        EXPECT_NEAR_LD(c.rnxd.L1(k).GetObs(), rho / Lambda1, 1e-6L) << k;  // cycles, untouched
     }
 }

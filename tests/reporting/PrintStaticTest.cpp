@@ -14,6 +14,7 @@
 #include "ReportSupport.h"
 #include "reporting/PrintStaticCounters.h"
 #include "reporting/StaticRefEpoch.h"
+#include "numerics/NearLD.h"
 
 using namespace reporttest;
 
@@ -108,7 +109,8 @@ TEST(PrintStatic, SharesOfSystemsWithoutObservationsAreZero)
 {
     EXPECT_EQ(OutlierShare(0, 0), 0.0L);
     EXPECT_EQ(OutlierShare(3, 0), 0.0L);
-    EXPECT_NEAR(OutlierShare(1, 3), 100.0L / 3.0L, 1e-15L);
+    // 1e-15 %: one long double division, round-off 2e-18 of 33.
+    EXPECT_NEAR_LD(OutlierShare(1, 3), 100.0L / 3.0L, 1e-15L);
 
     Context ctx;
     FillSolution(ctx);
@@ -180,11 +182,11 @@ TEST(PrintStatic, GeodeticTableRotatesCorrectionsAndPrecisionsIntoTheLocalFrame)
     long double neu[3] = {0, 0, 0};
     for (int a = 0; a < 3; ++a)
         for (int b = 0; b < 3; ++b) neu[a] += R[a][b] * d[b];
-    EXPECT_NEAR(Num(N, 24, 12), neu[0], Dec4Tol);
-    EXPECT_NEAR(Num(E, 24, 12), neu[1], Dec4Tol);
-    EXPECT_NEAR(Num(U, 24, 12), neu[2], Dec4Tol);
+    EXPECT_NEAR_LD(Num(N, 24, 12), neu[0], Dec4Tol);
+    EXPECT_NEAR_LD(Num(E, 24, 12), neu[1], Dec4Tol);
+    EXPECT_NEAR_LD(Num(U, 24, 12), neu[2], Dec4Tol);
     // A rotation keeps the length of the correction.
-    EXPECT_NEAR(std::sqrt(neu[0] * neu[0] + neu[1] * neu[1] + neu[2] * neu[2]),
+    EXPECT_NEAR_LD(std::sqrt(neu[0] * neu[0] + neu[1] * neu[1] + neu[2] * neu[2]),
                 std::sqrt(d[0] * d[0] + d[1] * d[1] + d[2] * d[2]), 1e-15L);
 
     // The cofactors are rotated at the phase centre: Q_neu = R Q R^T.
@@ -202,7 +204,7 @@ TEST(PrintStatic, GeodeticTableRotatesCorrectionsAndPrecisionsIntoTheLocalFrame)
             for (int c = 0; c < 3; ++c) qa += R[a][b] * Q[b][c] * R[a][c];
         }
         const long double sd = std::sqrt(qa * gc.s0apost);
-        EXPECT_NEAR(Num(*rows[a], col, 12), sd, Dec4Tol) << *rows[a];
+        EXPECT_NEAR_LD(Num(*rows[a], col, 12), sd, Dec4Tol) << *rows[a];
         correlationMatters = correlationMatters || std::fabs(std::sqrt(qdiag * gc.s0apost) - sd) > 10 * Dec4Tol;
     }
     // Guard of the test itself: the chosen correlations must change a
@@ -210,15 +212,15 @@ TEST(PrintStatic, GeodeticTableRotatesCorrectionsAndPrecisionsIntoTheLocalFrame)
     EXPECT_TRUE(correlationMatters);
 
     // Latitude and longitude fields convert back to the positions they show.
-    EXPECT_NEAR(DmsField(N.substr(7, 17)), gc.RecPos0G.f, DmsTol_rad);
-    EXPECT_NEAR(DmsField(N.substr(36, 20)), gc.RecPosEstG.f, DmsTol_rad);
-    EXPECT_NEAR(DmsField(E.substr(7, 17)), gc.RecPos0G.l, DmsTol_rad);
-    EXPECT_NEAR(DmsField(E.substr(36, 20)), gc.RecPosEstG.l, DmsTol_rad);
+    EXPECT_NEAR_LD(DmsField(N.substr(7, 17)), gc.RecPos0G.f, DmsTol_rad);
+    EXPECT_NEAR_LD(DmsField(N.substr(36, 20)), gc.RecPosEstG.f, DmsTol_rad);
+    EXPECT_NEAR_LD(DmsField(E.substr(7, 17)), gc.RecPos0G.l, DmsTol_rad);
+    EXPECT_NEAR_LD(DmsField(E.substr(36, 20)), gc.RecPosEstG.l, DmsTol_rad);
     EXPECT_EQ(U.substr(7, 17), F("%17.4Lf", gc.RecPos0G.h));
     EXPECT_EQ(U.substr(36, 20), F("%20.4Lf", gc.RecPosEstG.h));
     // Over 0.45 m the up direction bends by 1e-8 m only: the heights differ
     // by the up correction within the print rounding of three fields.
-    EXPECT_NEAR(Num(U, 36, 20) - Num(U, 7, 17), Num(U, 24, 12), 3 * Dec4Tol);
+    EXPECT_NEAR_LD(Num(U, 36, 20) - Num(U, 7, 17), Num(U, 24, 12), 3 * Dec4Tol);
 }
 
 TEST(PrintStatic, InterSystemBiasesInMetresAndMicroseconds)
@@ -300,9 +302,10 @@ TEST(StaticRefEpoch, MiddleOfTheSpanAcrossMidnight)
     // 800 s span: the middle is 400 s after 86000 s, the next midnight.
     const mjd mid = StaticRefEpoch(d);
     EXPECT_EQ(mid.GetMJDay(), 59026UL);
-    EXPECT_NEAR(mid.GetSecond(), 0.0L, 1e-9L);
+    // 1e-9 s: round-off of day-plus-second epoch arithmetic (1e-14 s).
+    EXPECT_NEAR_LD(mid.GetSecond(), 0.0L, 1e-9L);
     d.nepochall = 1;
     const mjd one = StaticRefEpoch(d);
     EXPECT_EQ(one.GetMJDay(), 59025UL);
-    EXPECT_NEAR(one.GetSecond(), 86000.0L, 1e-12L);
+    EXPECT_NEAR_LD(one.GetSecond(), 86000.0L, 1e-12L);
 }

@@ -16,6 +16,7 @@
 #include "orbits/ClkErr.h"
 #include "reporting/CheckStaticSolution.h"
 #include "reporting/PrintStatic.h"
+#include "numerics/NearLD.h"
 
 using namespace reporttest;
 
@@ -115,8 +116,8 @@ TEST(WriteStaticClock, EveryEpochInMicrosecondsReadsBack)
     ASSERT_EQ(back.GetNEpoch(), 4);
     EXPECT_EQ(back.GetRefSystem(), 'G');
     for (long i = 0; i < 4; ++i) {
-        EXPECT_NEAR(back.GetClkErr(i), ctx.gc.dtAll(i) / C, ClockTol_s) << i;
-        EXPECT_NEAR(back.GetMJD(i) - ctx.rnxd.epoch(i), 0.0L, EpochTol_s) << i;
+        EXPECT_NEAR_LD(back.GetClkErr(i), ctx.gc.dtAll(i) / C, ClockTol_s) << i;
+        EXPECT_NEAR_LD(back.GetMJD(i) - ctx.rnxd.epoch(i), 0.0L, EpochTol_s) << i;
     }
 }
 

@@ -12,6 +12,7 @@
 #include "SimCompare.h"
 #include "SimSupport.h"
 #include "SimWriters.h"
+#include "numerics/NearLD.h"
 
 namespace {
 
@@ -51,36 +52,37 @@ TEST(SimCompare, NorthEastUpIsTheLocalLevelRotation)
                           up.x * east.y - up.y * east.x};
     long double n = 0, e = 0, u = 0;
     NorthEastUp(2.0L * up, lat, lon, n, e, u);
-    EXPECT_NEAR(n, 0.0L, RotationTol_m);
-    EXPECT_NEAR(e, 0.0L, RotationTol_m);
-    EXPECT_NEAR(u, 2.0L, RotationTol_m);
+    EXPECT_NEAR_LD(n, 0.0L, RotationTol_m);
+    EXPECT_NEAR_LD(e, 0.0L, RotationTol_m);
+    EXPECT_NEAR_LD(u, 2.0L, RotationTol_m);
     NorthEastUp(east, lat, lon, n, e, u);
-    EXPECT_NEAR(e, 1.0L, RotationTol_m);
-    EXPECT_NEAR(n, 0.0L, RotationTol_m);
+    EXPECT_NEAR_LD(e, 1.0L, RotationTol_m);
+    EXPECT_NEAR_LD(n, 0.0L, RotationTol_m);
     NorthEastUp(north, lat, lon, n, e, u);
-    EXPECT_NEAR(n, 1.0L, RotationTol_m);
-    EXPECT_NEAR(u, 0.0L, RotationTol_m);
+    EXPECT_NEAR_LD(n, 1.0L, RotationTol_m);
+    EXPECT_NEAR_LD(u, 0.0L, RotationTol_m);
     // A rotation keeps lengths.
     const SimVec any = {0.3L, -1.7L, 2.9L};
     NorthEastUp(any, lat, lon, n, e, u);
-    EXPECT_NEAR(std::sqrt(n * n + e * e + u * u), Norm(any), RotationTol_m);
+    EXPECT_NEAR_LD(std::sqrt(n * n + e * e + u * u), Norm(any), RotationTol_m);
 }
 
 TEST(SimCompare, TruthFileReadsBackWhatWasSimulated)
 {
     const simtest::DataSet& set = simtest::NoiseFree();
     const SimTruth t = ReadTruth(set.Path(set.names.truth));
-    EXPECT_NEAR(t.marker.x, set.d.marker.x, TruthPosRounding_m);
-    EXPECT_NEAR(t.marker.y, set.d.marker.y, TruthPosRounding_m);
-    EXPECT_NEAR(t.marker.z, set.d.marker.z, TruthPosRounding_m);
-    EXPECT_NEAR(Norm(t.arp - set.d.arp), 0.0L, 2.0L * TruthPosRounding_m);
-    EXPECT_NEAR(t.eccH, set.d.opt.eccH, TruthPosRounding_m);
+    EXPECT_NEAR_LD(t.marker.x, set.d.marker.x, TruthPosRounding_m);
+    EXPECT_NEAR_LD(t.marker.y, set.d.marker.y, TruthPosRounding_m);
+    EXPECT_NEAR_LD(t.marker.z, set.d.marker.z, TruthPosRounding_m);
+    EXPECT_NEAR_LD(Norm(t.arp - set.d.arp), 0.0L, 2.0L * TruthPosRounding_m);
+    EXPECT_NEAR_LD(t.eccH, set.d.opt.eccH, TruthPosRounding_m);
     ASSERT_EQ(t.zwd.size(), set.d.epochs.size());
     for (std::size_t i = 0; i < t.zwd.size(); i += 37) {
         EXPECT_EQ(t.mjday[i], set.d.mjday);
-        EXPECT_NEAR(t.second[i], set.d.epochs[i].t, 1e-3L);
-        EXPECT_NEAR(t.zwd[i], set.d.epochs[i].zwd, TruthDelayRounding_m);
-        EXPECT_NEAR(t.zhd[i], set.d.epochs[i].zhd, TruthDelayRounding_m);
+        // 1 ms: the truth file prints epochs with 3 decimals of the second.
+        EXPECT_NEAR_LD(t.second[i], set.d.epochs[i].t, 1e-3L);
+        EXPECT_NEAR_LD(t.zwd[i], set.d.epochs[i].zwd, TruthDelayRounding_m);
+        EXPECT_NEAR_LD(t.zhd[i], set.d.epochs[i].zhd, TruthDelayRounding_m);
     }
 }
 
@@ -96,9 +98,11 @@ TEST(SimCompare, TropoNodesTakeTheirEpochAndTheTruthBetweenEpochs)
     ASSERT_EQ(n.size(), 2u);
     // MJD 58849 is 2020-01-01; 25 June is day 177 of the leap year.
     EXPECT_EQ(n[0].mjday, 58849u + 176u);
-    EXPECT_NEAR(n[0].second, 3600.0L, 1e-6L);
-    EXPECT_NEAR(n[0].dry, 2.0584L, 1e-12L);
-    EXPECT_NEAR(n[0].wet, 0.0418L, 1e-12L);
+    // Read from 4-decimal text: strtold round-off only, so 1e-6 s and 1e-12 m
+    // are loose bounds yet far below the last printed digit (1e-4 m).
+    EXPECT_NEAR_LD(n[0].second, 3600.0L, 1e-6L);
+    EXPECT_NEAR_LD(n[0].dry, 2.0584L, 1e-12L);
+    EXPECT_NEAR_LD(n[0].wet, 0.0418L, 1e-12L);
     EXPECT_EQ(n[1].mjday, 59026u);
 
     SimTruth t;
@@ -107,12 +111,13 @@ TEST(SimCompare, TropoNodesTakeTheirEpochAndTheTruthBetweenEpochs)
     t.zwd = {0.040L, 0.044L, 0.050L};
     long double zwd = 0.0L;
     ASSERT_TRUE(TruthWetDelayAt(t, n[0], zwd));
-    EXPECT_NEAR(zwd, 0.042L, 1e-15L);  // halfway between the two epochs
+    // 1e-15 m: linear interpolation of values near 0.04 m in long double.
+    EXPECT_NEAR_LD(zwd, 0.042L, 1e-15L);  // halfway between the two epochs
     SimTropoNode atEpoch;
     atEpoch.mjday = 59025;
     atEpoch.second = 86370.0L;
     ASSERT_TRUE(TruthWetDelayAt(t, atEpoch, zwd));
-    EXPECT_NEAR(zwd, 0.050L, 1e-15L);
+    EXPECT_NEAR_LD(zwd, 0.050L, 1e-15L);
     // Midnight of the next day lies behind the last epoch: no truth there.
     zwd = -1.0L;
     EXPECT_FALSE(TruthWetDelayAt(t, n[1], zwd));
@@ -124,7 +129,9 @@ TEST(SimCompare, PlotFilePositionStandsBeforeCofactorsEvenWhenColumnsRunTogether
     const SimVec p = {4331297.0123L, 567555.0456L, 4633132.9789L};
     for (bool glued : {false, true}) {
         const SimVec r = ReadStaticPlot(orvotest::WriteTemp("p.gps", PlotFile(p, false, glued)));
-        EXPECT_NEAR(Norm(r - p), 0.0L, 1e-9L) << (glued ? "glued" : "plain");
+        // 1e-9 m: the plot file prints 4 decimals of 4-decimal coordinates, so
+        // reading them back leaves only round-off.
+        EXPECT_NEAR_LD(Norm(r - p), 0.0L, 1e-9L) << (glued ? "glued" : "plain");
     }
 }
 
@@ -160,9 +167,9 @@ TEST(SimCompare, CompareToolPrintsTheOffsetInTheLocalFrame)
         for (int i = 0; i < 3; ++i)
             if (word == names[i]) got[i] = v;
     }
-    EXPECT_NEAR(got[0], 0.0L, PrintedTol_m) << text;
-    EXPECT_NEAR(got[1], 0.1L, PrintedTol_m) << text;
-    EXPECT_NEAR(got[2], 0.25L, PrintedTol_m) << text;
+    EXPECT_NEAR_LD(got[0], 0.0L, PrintedTol_m) << text;
+    EXPECT_NEAR_LD(got[1], 0.1L, PrintedTol_m) << text;
+    EXPECT_NEAR_LD(got[2], 0.25L, PrintedTol_m) << text;
 }
 
 TEST(SimCompareDeath, UnusableFilesStopWithFramedError)

@@ -18,6 +18,7 @@
 #include "SimObservations.h"
 #include "SimOptions.h"
 #include "TestSupport.h"
+#include "numerics/NearLD.h"
 
 namespace {
 
@@ -84,9 +85,9 @@ SimData SimulateHere(const std::vector<std::string>& args)
 void ExpectEachCoordinateNear(const SimVec& est, const SimVec& truth, long double tol,
                               const std::string& what)
 {
-    EXPECT_NEAR(est.x, truth.x, tol) << what;
-    EXPECT_NEAR(est.y, truth.y, tol) << what;
-    EXPECT_NEAR(est.z, truth.z, tol) << what;
+    EXPECT_NEAR_LD(est.x, truth.x, tol) << what;
+    EXPECT_NEAR_LD(est.y, truth.y, tol) << what;
+    EXPECT_NEAR_LD(est.z, truth.z, tol) << what;
 }
 
 // One row of the a-priori ambiguity table of the report: satellite as
@@ -166,7 +167,7 @@ TEST(SimEndToEnd, NoiseFreeDataGiveTruePositionAndWetDelay)
     for (const SimTropoNode& n : nodes) {
         long double zwd = 0.0L;
         if (!TruthWetDelayAt(truth, n, zwd)) continue;
-        EXPECT_NEAR(n.wet, zwd, WetDelayTol_m) << "node at second " << n.second;
+        EXPECT_NEAR_LD(n.wet, zwd, WetDelayTol_m) << "node at second " << n.second;
         ++compared;
     }
     // Three hours of hourly nodes: 00, 01 and 02 h lie inside the epochs.

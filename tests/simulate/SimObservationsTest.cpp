@@ -24,6 +24,7 @@
 #include "observations/RINEX.h"
 #include "orbits/GNSSpClk.h"
 #include "orbits/GNSSpEph.h"
+#include "numerics/NearLD.h"
 
 namespace {
 
@@ -91,14 +92,15 @@ TEST(SimObservations, FilesReadBackRecordForRecord)
     for (std::size_t i = 0; i < set.d.epochs.size(); ++i) {
         const SimEpoch& ep = set.d.epochs[i];
         ASSERT_EQ(l.d.nsat(static_cast<long>(i)), static_cast<short>(ep.recs.size()));
-        EXPECT_NEAR(l.d.epoch(static_cast<long>(i)) - mjd(set.d.mjday, 0.0L), ep.t, 1e-6L);
+        // 1e-6 s: the file prints epochs with 7 decimals of whole-second tags.
+        EXPECT_NEAR_LD(l.d.epoch(static_cast<long>(i)) - mjd(set.d.mjday, 0.0L), ep.t, 1e-6L);
         for (const SimRecord& r : ep.recs) {
             ASSERT_EQ(l.d.sat(k), r.sat);
             // The files hold 3 decimals: rounding is at most 0.5e-3.
-            EXPECT_NEAR(l.d.C1(k).obs, r.C1, 0.5001e-3L);
-            EXPECT_NEAR(l.d.L1(k).obs, r.L1, 0.5001e-3L);
-            EXPECT_NEAR(Second(l.d, k, r.sat), r.sat >= 200 ? r.L7 : r.L2, 0.5001e-3L);
-            EXPECT_NEAR(SecondCode(l.d, k, r.sat), r.sat >= 200 ? r.C7 : r.P2, 0.5001e-3L);
+            EXPECT_NEAR_LD(l.d.C1(k).obs, r.C1, 0.5001e-3L);
+            EXPECT_NEAR_LD(l.d.L1(k).obs, r.L1, 0.5001e-3L);
+            EXPECT_NEAR_LD(Second(l.d, k, r.sat), r.sat >= 200 ? r.L7 : r.L2, 0.5001e-3L);
+            EXPECT_NEAR_LD(SecondCode(l.d, k, r.sat), r.sat >= 200 ? r.C7 : r.P2, 0.5001e-3L);
             if (r.sat >= 200) {
                 EXPECT_TRUE(l.d.P1(k).IsNull());
             }
@@ -116,14 +118,17 @@ TEST(SimObservations, HeaderCarriesApproximatePositionAndAntenna)
     const long double off = std::sqrt(std::pow(x0.x - set.d.opt.x, 2) + std::pow(x0.y - set.d.opt.y, 2)
                                       + std::pow(x0.z - set.d.opt.z, 2));
     // Header position 3 m off the truth, printed to 0.1 mm.
-    EXPECT_NEAR(off, set.d.opt.aprioriOffset, 1e-3L);
-    EXPECT_NEAR(l.h.GetECC().u, set.d.opt.eccH, 1e-9L);
-    EXPECT_NEAR(l.h.GetECC().n, set.d.opt.eccN, 1e-9L);
+    EXPECT_NEAR_LD(off, set.d.opt.aprioriOffset, 1e-3L);
+    // 1e-9 m: 4-decimal eccentricities printed with 4 decimals read back exactly
+    // up to round-off.
+    EXPECT_NEAR_LD(l.h.GetECC().u, set.d.opt.eccH, 1e-9L);
+    EXPECT_NEAR_LD(l.h.GetECC().n, set.d.opt.eccN, 1e-9L);
     EXPECT_FALSE(l.h.rectype.empty());
     EXPECT_FALSE(l.h.anttype.empty());
     EXPECT_TRUE(l.h.HasC1() && l.h.HasP1() && l.h.HasP2() && l.h.HasL1() && l.h.HasL2()
                 && l.h.HasC7() && l.h.HasL7());
-    EXPECT_NEAR(l.h.GetInterval(), 30.0f, 1e-6f);
+    // Float field: below one float step at 30, so only 30 itself passes.
+    EXPECT_NEAR_LD(l.h.GetInterval(), 30.0f, 1e-6f);
 }
 
 // What the program computes for an ion-free phase at convergence: its own
@@ -240,8 +245,10 @@ TEST(SimObservations, RangesAreLightTimeConsistent)
             const long double y = arp.y * std::cos(a) + arp.x * std::sin(a);
             const long double d = std::sqrt((x - ps.x) * (x - ps.x) + (y - ps.y) * (y - ps.y)
                                             + (arp.z - ps.z) * (arp.z - ps.z));
-            EXPECT_NEAR(d, C * tau, LightTimeTol_m) << "sat " << r.sat;
-            EXPECT_NEAR(r.range, C * tau, 1e-6L);
+            EXPECT_NEAR_LD(d, C * tau, LightTimeTol_m) << "sat " << r.sat;
+            // 1e-6 m: the stored range is c times the same travel time; round-off at
+            // 2e7 m is 1e-11 m.
+            EXPECT_NEAR_LD(r.range, C * tau, 1e-6L);
         }
     }
 }
@@ -270,8 +277,8 @@ TEST(SimObservations, IonosphereFollowsInverseSquareOfFrequency)
             const long double i1 = (l.d.C1(kk).obs - ph1) / 2.0L;
             const long double i2 = (SecondCode(l.d, kk, r.sat) - ph2) / 2.0L;
             EXPECT_GT(i1, 0.1L);  // 7.5 TECU at night: over 1 m
-            EXPECT_NEAR(i2, i1 * f1 * f1 / (f2 * f2), IonoTol_m) << "sat " << r.sat;
-            EXPECT_NEAR(i1, r.ion1, IonoTol_m);
+            EXPECT_NEAR_LD(i2, i1 * f1 * f1 / (f2 * f2), IonoTol_m) << "sat " << r.sat;
+            EXPECT_NEAR_LD(i1, r.ion1, IonoTol_m);
             ++checked;
         }
     }
@@ -298,7 +305,7 @@ TEST(SimObservations, SlipAppearsAtRequestedEpochOnly)
             // The ionosphere moves the geometry-free phase by millimetres in
             // 30 s; the slip is over a metre.
             if (havePrev) {
-                EXPECT_NEAR(gf - prevGF, slipEpoch ? expected : 0.0L, 0.01L) << "epoch " << i;
+                EXPECT_NEAR_LD(gf - prevGF, slipEpoch ? expected : 0.0L, 0.01L) << "epoch " << i;
             }
             EXPECT_EQ(l.d.L1(kk).lli, slipEpoch ? 1u : 0u);
             seen = seen || slipEpoch;
@@ -331,7 +338,7 @@ TEST(SimObservations, ClockStepMovesCodesNotPhases)
                 const bool step = static_cast<long>(i) == simtest::JumpEpoch;
                 // Twice the ionosphere change in 30 s: up to a few cm for a
                 // rising satellite; the step is 300 km.
-                EXPECT_NEAR(jump, step ? C * 1e-3L : 0.0L, 0.1L) << "sat " << r.sat << " epoch " << i;
+                EXPECT_NEAR_LD(jump, step ? C * 1e-3L : 0.0L, 0.1L) << "sat " << r.sat << " epoch " << i;
                 if (step) ++stepped;
             }
             prev[r.sat] = cmp;
@@ -374,10 +381,10 @@ TEST(SimObservations, WhiteNoiseHasRequestedSize)
             }
     ASSERT_GT(nc, 1000);
     ASSERT_GT(np, 1000);
-    EXPECT_NEAR(std::sqrt(sc / nc), std::sqrt(2.0L) * set.d.opt.sigCode,
+    EXPECT_NEAR_LD(std::sqrt(sc / nc), std::sqrt(2.0L) * set.d.opt.sigCode,
                 NoiseRelTol * std::sqrt(2.0L) * set.d.opt.sigCode);
     const long double expectP = std::sqrt(12.0L) * set.d.opt.sigPhase;
-    EXPECT_NEAR(std::sqrt(sp / np), expectP, NoiseRelTol * expectP);
+    EXPECT_NEAR_LD(std::sqrt(sp / np), expectP, NoiseRelTol * expectP);
 }
 
 TEST(SimObservationsDeath, SlipOfSatelliteOutOfViewStops)

@@ -8,6 +8,7 @@
 #include "SimSupport.h"
 #include "geodesy/mjd.h"
 #include "orbits/GNSSpEph.h"
+#include "numerics/NearLD.h"
 
 namespace {
 
@@ -42,8 +43,8 @@ TEST(SimOrbit, KeplerEllipseConservesEnergyAndMomentum)
             const SimVec r = InertialPosition(s, t), v = InertialVelocity(s, t);
             // Vis-viva: v^2/2 - GM/r = -GM/(2a).
             const long double energy = Dot(v, v) / 2.0L - simorbitns::GM / Norm(r);
-            EXPECT_NEAR(energy / (-simorbitns::GM / (2.0L * s.a)), 1.0L, ConservedRelTol);
-            EXPECT_NEAR(Norm(Cross(r, v)) / h0, 1.0L, ConservedRelTol);
+            EXPECT_NEAR_LD(energy / (-simorbitns::GM / (2.0L * s.a)), 1.0L, ConservedRelTol);
+            EXPECT_NEAR_LD(Norm(Cross(r, v)) / h0, 1.0L, ConservedRelTol);
             // Radius between perigee and apogee (1 mm slack for round-off).
             EXPECT_GE(Norm(r), s.a * (1.0L - s.e) - 1e-3L);
             EXPECT_LE(Norm(r), s.a * (1.0L + s.e) + 1e-3L);
@@ -65,14 +66,19 @@ TEST(SimOrbit, SecularRatesMatchPublishedGpsNodeRegression)
     s.e = 0.0L;
     s.inc = 55.0L * Pi / 180.0L;
     SetSecularRates(s);
-    EXPECT_NEAR(s.raanDot * 86400.0L * 180.0L / Pi, -0.0388L, 0.001L);
+    // 0.001 deg/day: the formula gives -0.03878, quoted above to 3 digits; a
+    // J2 term off by its factor 3/2 or a sign error is 0.02 deg/day or more away.
+    EXPECT_NEAR_LD(s.raanDot * 86400.0L * 180.0L / Pi, -0.0388L, 0.001L);
     // Perigee advance (5 cos^2 i - 1) / (2 cos i) times the node rate in size.
     const long double ci = std::cos(s.inc);
-    EXPECT_NEAR(s.argpDot / s.raanDot, -(5.0L * ci * ci - 1.0L) / (2.0L * ci), 1e-12L);
+    // 1e-12: the same J2 factors on both sides; only round-off of the ratio.
+    EXPECT_NEAR_LD(s.argpDot / s.raanDot, -(5.0L * ci * ci - 1.0L) / (2.0L * ci), 1e-12L);
     // A polar orbit's node stays put.
     s.inc = Pi / 2.0L;
     SetSecularRates(s);
-    EXPECT_NEAR(s.raanDot, 0.0L, 1e-20L);
+    // 1e-20 rad/s: cos of the long double pi/2 is 1e-20, times a rate scale of
+    // 1e-7 rad/s; the 55-degree rate is 8e-9 rad/s.
+    EXPECT_NEAR_LD(s.raanDot, 0.0L, 1e-20L);
 }
 
 TEST(SimOrbit, EarthFixedAndInertialFramesRoundTrip)
@@ -80,12 +86,16 @@ TEST(SimOrbit, EarthFixedAndInertialFramesRoundTrip)
     const SimVec p = {1.2e7L, -2.1e7L, 1.3e7L};
     for (long double t : {-7200.0L, 0.0L, 43200.5L, 93600.0L}) {
         const SimVec q = ToInertial(ToEarthFixed(p, t), t);
+        // 1e-8 m: two rotations of a 3e7 m vector; round-off is near 1e-11 m, a
+        // sign slip in either frame turn is kilometres.
         EXPECT_LT(Norm(q - p), 1e-8L);
         // The frame turns eastward: a point fixed in inertial space drifts
         // westward in Earth-fixed longitude.
         const SimVec e0 = ToEarthFixed(p, t), e1 = ToEarthFixed(p, t + 60.0L);
         const long double dlon = std::remainder(std::atan2(e1.y, e1.x) - std::atan2(e0.y, e0.x), 2.0L * Pi);
-        EXPECT_NEAR(dlon, -simorbitns::OmegaE * 60.0L, 1e-15L);
+        // 1e-15 rad: two atan2 of long double vectors; round-off is near 1e-19 rad,
+        // a 60 s clock error of 1 ms would be 7e-8 rad.
+        EXPECT_NEAR_LD(dlon, -simorbitns::OmegaE * 60.0L, 1e-15L);
     }
 }
 
@@ -134,11 +144,11 @@ TEST(SimOrbit, GpsRadiusAndPeriodFromOrbitFile)
         const long double r = std::sqrt(p.x * p.x + p.y * p.y + p.z * p.z);
         const long double v2 = vx * vx + vy * vy + vz * vz;
         const long double a = 1.0L / (2.0L / r - v2 / simorbitns::GM);
-        EXPECT_NEAR(a, 26560000.0L, GpsAxisTol_m) << "G" << prn;
+        EXPECT_NEAR_LD(a, 26560000.0L, GpsAxisTol_m) << "G" << prn;
         EXPECT_GT(r, 26000000.0L);
         EXPECT_LT(r, 27100000.0L);
         const long double T = 2.0L * Pi * std::sqrt(a * a * a / simorbitns::GM);
-        EXPECT_NEAR(T, HalfSiderealDay_s, GpsPeriodTol_s) << "G" << prn;
+        EXPECT_NEAR_LD(T, HalfSiderealDay_s, GpsPeriodTol_s) << "G" << prn;
     }
 }
 

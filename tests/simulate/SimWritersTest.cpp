@@ -10,6 +10,7 @@
 #include "geodesy/mjd.h"
 #include "orbits/GNSSpClk.h"
 #include "orbits/GNSSpEph.h"
+#include "numerics/NearLD.h"
 
 namespace {
 
@@ -38,21 +39,23 @@ TEST(SimWriters, OrbitFileNodesReadBackAndCoverTheDay)
     ASSERT_EQ(eph.GetNSat(), static_cast<short>(set.d.sats.size()));
     // Two hours of nodes before the first and after the last observation:
     // the 14-node window (3 h 15 min) stays centred there.
-    EXPECT_NEAR(set.d.orbitTimes.front(), -7200.0L, 1e-9L);
+    // 1e-9 s: whole-second node times; round-off only.
+    EXPECT_NEAR_LD(set.d.orbitTimes.front(), -7200.0L, 1e-9L);
     EXPECT_GE(set.d.orbitTimes.back(), set.d.epochs.back().t + 7200.0L);
     const mjd day0(set.d.mjday, 0.0L);
     for (long e = 0; e < eph.GetNEpoch(); e += 5) {
-        EXPECT_NEAR(eph.GetMJD(e) - day0, set.d.orbitTimes[static_cast<std::size_t>(e)], 1e-6L);
+        // 1e-6 s: the file prints node seconds with 8 decimals of whole seconds.
+        EXPECT_NEAR_LD(eph.GetMJD(e) - day0, set.d.orbitTimes[static_cast<std::size_t>(e)], 1e-6L);
         for (short j = 0; j < eph.GetNSat(); ++j) {
             const SimSatellite& s = set.d.sats[static_cast<std::size_t>(j)];
             ASSERT_EQ(eph.GetSatList(j), s.number);
             const xyzt p = eph.GetSatPos(j + eph.GetNSat() * e);
             const SimVec q = EarthFixedPosition(s, set.d.orbitTimes[static_cast<std::size_t>(e)]);
-            EXPECT_NEAR(p.x, q.x, Sp3Rounding_m);
-            EXPECT_NEAR(p.y, q.y, Sp3Rounding_m);
-            EXPECT_NEAR(p.z, q.z, Sp3Rounding_m);
+            EXPECT_NEAR_LD(p.x, q.x, Sp3Rounding_m);
+            EXPECT_NEAR_LD(p.y, q.y, Sp3Rounding_m);
+            EXPECT_NEAR_LD(p.z, q.z, Sp3Rounding_m);
             // Microseconds with 6 decimals: 0.5 ps.
-            EXPECT_NEAR(p.dt, ClockModel(s, set.d.orbitTimes[static_cast<std::size_t>(e)]), 0.5001e-12L);
+            EXPECT_NEAR_LD(p.dt, ClockModel(s, set.d.orbitTimes[static_cast<std::size_t>(e)]), 0.5001e-12L);
         }
     }
 }
@@ -65,7 +68,8 @@ TEST(SimWriters, OrbitFileLinesHaveSp3cColumns)
     EXPECT_EQ(v[0].substr(0, 3), "#cP");
     EXPECT_EQ(std::atoi(v[0].substr(32, 7).c_str()), static_cast<int>(set.d.orbitTimes.size()));
     EXPECT_EQ(v[1].substr(0, 3), "## ");
-    EXPECT_NEAR(std::atof(v[1].substr(24, 14).c_str()), 900.0, 1e-9);
+    // 1e-9 s: a whole-second interval printed and read back; round-off only.
+    EXPECT_NEAR_LD(std::atof(v[1].substr(24, 14).c_str()), 900.0, 1e-9);
     int plus = 0, plusplus = 0, pos = 0, epochs = 0;
     for (const std::string& l : v) {
         if (l.compare(0, 2, "+ ") == 0) ++plus;
@@ -105,7 +109,7 @@ TEST(SimWriters, ClockFileReadsBackAtObservationInterval)
         long double dt = 0.0L;
         clk.GetSatelliteClock(prn, t, dt);
         ASSERT_TRUE(clk.DTisOK);
-        EXPECT_NEAR(dt, ClockModel(s, 4321.7L), 10.0L * ClockRounding_s);
+        EXPECT_NEAR_LD(dt, ClockModel(s, 4321.7L), 10.0L * ClockRounding_s);
     }
     // AS records: name at index 3, date from 8, value from 38.
     for (const std::string& l : Lines(path))
@@ -140,14 +144,18 @@ TEST(SimWriters, TruthFileGivesStationAndEveryEpoch)
     const simtest::DataSet& set = simtest::NoiseFree();
     const std::vector<std::string> v = Lines(set.Path(set.names.truth));
     long data = 0;
+    int markerLines = 0;  // the position checks below must not be skipped
     for (const std::string& l : v) {
         if (l.compare(0, 10, "MARKER XYZ") == 0) {
+            ++markerLines;
             std::istringstream in(l.substr(24));
             long double x, y, z;
             in >> x >> y >> z;
-            EXPECT_NEAR(x, set.d.opt.x, 1e-4L);
-            EXPECT_NEAR(y, set.d.opt.y, 1e-4L);
-            EXPECT_NEAR(z, set.d.opt.z, 1e-4L);
+            // The truth file prints 4 decimals of metres (0.05 mm rounding), seconds
+            // with 3 (0.5 ms) and the clock with 12 (0.5 ps): each bound is twice that.
+            EXPECT_NEAR_LD(x, set.d.opt.x, 1e-4L);
+            EXPECT_NEAR_LD(y, set.d.opt.y, 1e-4L);
+            EXPECT_NEAR_LD(z, set.d.opt.z, 1e-4L);
         }
         if (!l.empty() && std::isdigit(static_cast<unsigned char>(l[1]))) {
             std::istringstream in(l);
@@ -155,16 +163,17 @@ TEST(SimWriters, TruthFileGivesStationAndEveryEpoch)
             long double sec, zhd, zwd, clk;
             in >> day >> sec >> zhd >> zwd >> clk;
             const SimEpoch& ep = set.d.epochs[static_cast<std::size_t>(data)];
-            EXPECT_NEAR(sec, ep.t, 1e-3L);
+            EXPECT_NEAR_LD(sec, ep.t, 1e-3L);
             // A standard atmosphere near 1 km: some 2.1 m dry, centimetres wet.
             EXPECT_GT(zhd, 1.9L);
             EXPECT_LT(zhd, 2.4L);
             EXPECT_GT(zwd, 0.0L);
             EXPECT_LT(zwd, 0.3L);
-            EXPECT_NEAR(clk, ep.rxClock, 1e-12L);
+            EXPECT_NEAR_LD(clk, ep.rxClock, 1e-12L);
             ++data;
         }
     }
+    EXPECT_EQ(markerLines, 1);
     EXPECT_EQ(data, static_cast<long>(set.d.epochs.size()));
 }
 
