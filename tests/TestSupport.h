@@ -2,6 +2,9 @@
 // Helpers shared by the test suites: paths of the real data sets and
 // scratch files cut from them.
 #include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <system_error>
 #include <fstream>
 #include <ostream>
 #include <sstream>
@@ -22,16 +25,37 @@ inline std::string Reference(const std::string& rel) { return SourceDir() + "/..
 /// The orvo executable built beside the tests.
 inline std::string OrvoBinary() { return ORVO_BINARY; }
 
-/// A scratch folder private to this test process, created on first use.
+/// Removes the scratch folder when the process that made it ends. A death
+/// test's child is a fork that exits through the same destructors, so only
+/// the owning process may remove it.
+struct ScratchFolder {
+    std::string dir;
+    pid_t owner = 0;
+    ~ScratchFolder()
+    {
+        if (!dir.empty() && getpid() == owner) {
+            std::error_code ec;
+            std::filesystem::remove_all(dir, ec);
+        }
+    }
+};
+
+/// A scratch folder private to this test process, created on first use and
+/// removed at its end.
 inline std::string TempDir()
 {
-    static std::string dir;
-    if (dir.empty()) {
+    static ScratchFolder scratch;
+    if (scratch.dir.empty()) {
         char tmpl[] = "/tmp/orvo_test_XXXXXX";
         const char* d = mkdtemp(tmpl);
-        dir = d ? d : "/tmp";
+        if (d == nullptr) {
+            std::fprintf(stderr, "orvotest: cannot create a scratch folder in /tmp\n");
+            std::abort();
+        }
+        scratch.dir = d;
+        scratch.owner = getpid();
     }
-    return dir;
+    return scratch.dir;
 }
 
 /// Writes text to a scratch file and returns its path.
