@@ -1,4 +1,5 @@
 #include "geodesy/GPSws.h"
+#include "numerics/ProgramError.h"
 
 #include <cmath>
 #include <cstdlib>
@@ -49,13 +50,7 @@ unsigned short GPSws::GetWeekDay() const
 
 long double GPSws::GetDaySecond() const { return second - DaySec * GetWeekDay(); }
 
-void GPSws::Error(const std::string& text)
-{
-    std::cout << "\n**** GPSws: Error -> " << text << " ****\n"
-              << "     Exiting class GPSws ... \n";
-    std::cout.flush();
-    std::exit(1);
-}
+void GPSws::Error(const std::string& text) { ClassErrorCout("GPSws", text); }
 
 void GPSws::TestWeek() const
 {

@@ -14,17 +14,6 @@ using geodesyio::PutFixed;
 
 namespace {
 
-// The value classes report on the result listing, in their own frame, and
-// end the run: a position that fails here is corrupt and nothing computed
-// from it could be trusted.
-[[noreturn]] void ClassError(const char* cls, const std::string& text)
-{
-    std::cout << "\n**** " << cls << ": Error -> " << text << " ****\n"
-              << "     Exiting class " << cls << " ... \n";
-    std::cout.flush();
-    std::exit(1);
-}
-
 struct AngleFormat {
     int unit, ndecFL, ndecH, widthFL, widthH;
 };
@@ -143,12 +132,12 @@ void flh::SetL(long double l_rad) { l = l_rad; TestLa(); }
 void flh::CheckFi(const char* cls) const
 {
     // Written so that NaN fails as well.
-    if (!(f >= -90.0L && f <= 90.0L)) ClassError(cls, "LATITUDE not valid");
+    if (!(f >= -90.0L && f <= 90.0L)) ClassErrorCout(cls, "LATITUDE not valid");
 }
 
 void flh::CheckLa(const char* cls) const
 {
-    if (!(l >= -180.0L && l <= 180.0L)) ClassError(cls, "LONGITUDE not valid");
+    if (!(l >= -180.0L && l <= 180.0L)) ClassErrorCout(cls, "LONGITUDE not valid");
 }
 
 void flh::TestFi() const { CheckFi("flh"); }

@@ -1,4 +1,5 @@
 #include "geodesy/mjd.h"
+#include "numerics/ProgramError.h"
 
 #include <cmath>
 #include <cstdlib>
@@ -59,13 +60,7 @@ void mjd::SetSecond(long double s) { second = s; TestSecond(); }
 
 long double mjd::GetMJDDec() const { return mjday + second / DaySec; }
 
-void mjd::Error(const std::string& text)
-{
-    std::cout << "\n**** mjd: Error -> " << text << " ****\n"
-              << "     Exiting class mjd ... \n";
-    std::cout.flush();
-    std::exit(1);
-}
+void mjd::Error(const std::string& text) { ClassErrorCout("mjd", text); }
 
 void mjd::TestMJDay() const
 {

@@ -1,4 +1,5 @@
 #include "geodesy/ymdhms.h"
+#include "numerics/ProgramError.h"
 
 #include <cmath>
 #include <cstdlib>
@@ -63,13 +64,7 @@ void ymdhms::SetHour(unsigned short h) { hour = h; TestHour(); }
 void ymdhms::SetMinute(unsigned short m) { minute = m; TestMinute(); }
 void ymdhms::SetSecond(long double s) { second = s; TestSecond(); }
 
-void ymdhms::Error(const std::string& text)
-{
-    std::cout << "\n**** ymdhms: Error -> " << text << " ****\n"
-              << "     Exiting class ymdhms ... \n";
-    std::cout.flush();
-    std::exit(1);
-}
+void ymdhms::Error(const std::string& text) { ClassErrorCout("ymdhms", text); }
 
 void ymdhms::TestYear() const
 {

@@ -24,6 +24,14 @@ void WarningTo(std::ostream& os, const std::string& prog, const std::string& tex
 
 }  // namespace
 
+void ClassErrorCout(const std::string& cls, const std::string& text)
+{
+    std::cout << "\n**** " << cls << ": Error -> " << text << " ****\n"
+              << "     Exiting class " << cls << " ... \n";
+    std::cout.flush();
+    std::exit(1);
+}
+
 void ProgramError(const std::string& prog, const std::string& text) { ErrorTo(std::cerr, prog, text); }
 void ProgramErrorCout(const std::string& prog, const std::string& text) { ErrorTo(std::cout, prog, text); }
 void ProgramWarning(const std::string& prog, const std::string& text) { WarningTo(std::cerr, prog, text); }

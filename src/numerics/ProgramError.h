@@ -8,6 +8,9 @@
 [[noreturn]] void ProgramError(const std::string& prog, const std::string& text);
 /// Prints the framed error on the output stream and exits with status 1.
 [[noreturn]] void ProgramErrorCout(const std::string& prog, const std::string& text);
+/// Prints a value class's own framed error (name `cls`) on the output stream
+/// and exits with status 1: a time or position that fails its field test.
+[[noreturn]] void ClassErrorCout(const std::string& cls, const std::string& text);
 /// Prints the framed warning on the error stream and returns.
 void ProgramWarning(const std::string& prog, const std::string& text);
 /// Prints the framed warning on the output stream and returns.

@@ -1,4 +1,5 @@
 #include "observations/RINEX.h"
+#include "numerics/ProgramError.h"
 
 #include <cmath>
 #include <cstdlib>
@@ -29,11 +30,7 @@ void RINEX::RINEXError(const std::string& text)
     std::exit(1);
 }
 
-void RINEX::RINEXWarning(const std::string& text)
-{
-    std::cout << "\n#### RINEX: Warning -> " << text << " ####\n"
-              << "     Continuing RINEX ... \n\n";
-}
+void RINEX::RINEXWarning(const std::string& text) { ProgramWarningCout("RINEX", text); }
 
 void RINEX::SetFile(const std::string& file)
 {

@@ -1,4 +1,5 @@
 #include "observations/RINEXData.h"
+#include "numerics/ProgramError.h"
 
 #include <cctype>
 #include <cmath>
@@ -133,11 +134,7 @@ void RINEXData::RINEXDataError(const std::string& text)
     std::exit(1);
 }
 
-void RINEXData::RINEXDataWarning(const std::string& text)
-{
-    std::cout << "\n#### RINEXData: Warning -> " << text << " ####\n"
-              << "     Continuing RINEXData ... \n\n";
-}
+void RINEXData::RINEXDataWarning(const std::string& text) { ProgramWarningCout("RINEXData", text); }
 
 void RINEXData::SetData()
 {

@@ -1,4 +1,5 @@
 #include "observations/RINEXHeader.h"
+#include "numerics/ProgramError.h"
 
 #include <cstdlib>
 #include <iomanip>
@@ -199,8 +200,7 @@ unsigned short RINEXHeader::GetObsType(const std::string& code)
 
 void RINEXHeader::RINEXHeaderWarning(const std::string& text, long line)
 {
-    std::cout << "\n#### RINEXHeader: Warning -> " << text << " -> line: " << line << " ####\n"
-              << "     Continuing RINEXHeader ... \n\n";
+    ProgramWarningCout("RINEXHeader", text + " -> line: " + std::to_string(line));
 }
 
 void RINEXHeader::RINEXHeaderError(const std::string& text, long line)

@@ -41,20 +41,9 @@ bool Holds(const std::string& line, const char* label)
 
 }  // namespace
 
-void GLNbEphError(const std::string& text)
-{
-    std::cout << "\n**** GLNbEph: Error -> " << text << " ****\n"
-              << "     Exiting GLNbEph ... \n\n";
-    std::cout.flush();
-    std::cerr.flush();
-    std::exit(1);
-}
+void GLNbEphError(const std::string& text) { ProgramErrorCout("GLNbEph", text); }
 
-void GLNbEphWarning(const std::string& text)
-{
-    std::cout << "\n#### GLNbEph: Warning -> " << text << " ####\n"
-              << "     Continuing GLNbEph ... \n\n";
-}
+void GLNbEphWarning(const std::string& text) { ProgramWarningCout("GLNbEph", text); }
 
 GLNbEphHeader::GLNbEphHeader() : version(0.0f), TauC(0.0L), leaps(0)
 {
