@@ -85,17 +85,27 @@ inline std::string FirstLines(const std::string& path, int n)
     return out;
 }
 
-/// Everything written on a stream while the object lives.
+/// Everything written on a stream while the object lives; the stream's
+/// format flags and precision are restored with its buffer, so a routine
+/// under test that switches notation does not leak into the next test.
 class Capture {
 public:
-    explicit Capture(std::ostream& s) : s_(s), old_(s.rdbuf(buf_.rdbuf())) {}
-    ~Capture() { s_.rdbuf(old_); }
+    explicit Capture(std::ostream& s)
+        : s_(s), old_(s.rdbuf(buf_.rdbuf())), flags_(s.flags()), prec_(s.precision()) {}
+    ~Capture()
+    {
+        s_.rdbuf(old_);
+        s_.flags(flags_);
+        s_.precision(prec_);
+    }
     std::string Text() const { return buf_.str(); }
 
 private:
     std::ostream& s_;
     std::ostringstream buf_;
     std::streambuf* old_;
+    std::ios_base::fmtflags flags_;
+    std::streamsize prec_;
 };
 
 }  // namespace orvotest

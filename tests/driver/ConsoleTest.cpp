@@ -15,24 +15,7 @@ namespace {
 
 // Collects what a routine writes on one standard stream and gives the stream
 // its own buffer and format back afterwards.
-class Capture {
-public:
-    explicit Capture(std::ostream& os) : os_(os), old_(os.rdbuf(buf_.rdbuf())), flags_(os.flags())
-    {
-    }
-    ~Capture()
-    {
-        os_.rdbuf(old_);
-        os_.flags(flags_);
-    }
-    std::string Text() const { return buf_.str(); }
-
-private:
-    std::ostream& os_;
-    std::ostringstream buf_;
-    std::streambuf* old_;
-    std::ios::fmtflags flags_;
-};
+using orvotest::Capture;
 
 std::string Rule(char c, size_t n) { return std::string(n, c); }
 

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include "TestSupport.h"
+
 #include <iostream>
 #include <sstream>
 
@@ -8,17 +10,7 @@
 namespace {
 
 // Swaps a stream's buffer for a string buffer for the life of the object.
-class Capture {
-public:
-    explicit Capture(std::ostream& os) : os_(os), old_(os.rdbuf(buf_.rdbuf())) {}
-    ~Capture() { os_.rdbuf(old_); }
-    std::string Text() const { return buf_.str(); }
-
-private:
-    std::ostream& os_;
-    std::ostringstream buf_;
-    std::streambuf* old_;
-};
+using orvotest::Capture;
 
 }  // namespace
 

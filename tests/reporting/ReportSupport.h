@@ -34,29 +34,7 @@ struct Context {
     gCPosC gc{rnxh, rnxd, rnx};
 };
 
-/// Everything written on a stream while the object lives; the stream gets
-/// its buffer and format back afterwards.
-class Capture {
-public:
-    explicit Capture(std::ostream& s)
-        : s_(s), old_(s.rdbuf(buf_.rdbuf())), flags_(s.flags()), prec_(s.precision())
-    {
-    }
-    ~Capture()
-    {
-        s_.rdbuf(old_);
-        s_.flags(flags_);
-        s_.precision(prec_);
-    }
-    std::string Text() const { return buf_.str(); }
-
-private:
-    std::ostream& s_;
-    std::ostringstream buf_;
-    std::streambuf* old_;
-    std::ios::fmtflags flags_;
-    std::streamsize prec_;
-};
+using orvotest::Capture;
 
 /// printf into a string.
 inline std::string F(const char* fmt, ...)
