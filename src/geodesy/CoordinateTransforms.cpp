@@ -225,14 +225,14 @@ long double Azimuth(long double x1, long double y1, long double x2, long double 
 namespace {
 
 // Elevation and azimuth of the line of sight; false when it has no length.
-bool LineOfSight(const xyz& stPoint, const xyzt& satPos, const elipsoid& elps,
+bool LineOfSight(const xyz& stPoint, const flh& stGeod, const xyzt& satPos,
                  long double& E, long double& A)
 {
     xyz vec = satPos - stPoint;
     const long double len = vec.GetLength();
     if (!(len > 0.0L)) return false;
     vec /= len;
-    const neu veclg = g2lg(vec, stPoint, elps);
+    const neu veclg = g2lg(vec, stGeod);
     // Round-off can carry |u| / length a few ulp past 1, outside asin.
     const long double s = std::clamp(veclg.u / veclg.GetLength(), -1.0L, 1.0L);
     E = std::asin(s);
@@ -245,8 +245,14 @@ bool LineOfSight(const xyz& stPoint, const xyzt& satPos, const elipsoid& elps,
 void SatelliteAzimuthElevation(const xyz& stPoint, const xyzt& satPos, const elipsoid& elps,
                                long double* E, long double* A)
 {
+    SatelliteAzimuthElevation(stPoint, xyz2flh(stPoint, elps), satPos, E, A);
+}
+
+void SatelliteAzimuthElevation(const xyz& stPoint, const flh& stGeod, const xyzt& satPos,
+                               long double* E, long double* A)
+{
     long double el = 0.0L, az = 0.0L;
-    if (!LineOfSight(stPoint, satPos, elps, el, az)) el = az = 0.0L;
+    if (!LineOfSight(stPoint, stGeod, satPos, el, az)) el = az = 0.0L;
     if (E) *E = el;
     if (A) *A = az;
 }
@@ -255,7 +261,7 @@ void SatelliteAzimuthZenith(const xyz& stPoint, const xyzt& satPos, const elipso
                             long double* Z, long double* A)
 {
     long double el = 0.0L, az = 0.0L;
-    if (!LineOfSight(stPoint, satPos, elps, el, az)) el = az = 0.0L;
+    if (!LineOfSight(stPoint, xyz2flh(stPoint, elps), satPos, el, az)) el = az = 0.0L;
     if (Z) *Z = Pi / 2.0L - el;
     if (A) *A = az;
 }

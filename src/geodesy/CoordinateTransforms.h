@@ -83,6 +83,10 @@ long double Azimuth(long double x1, long double y1, long double x2, long double 
 /// station has no direction and gets E = A = 0, below any elevation mask.
 void SatelliteAzimuthElevation(const xyz& stPoint, const xyzt& satPos, const elipsoid& elps,
                                long double* E, long double* A);
+/// The same with the station's geodetic position stGeod (its xyz2flh on the
+/// ellipsoid) given, for loops over many satellites seen from one station.
+void SatelliteAzimuthElevation(const xyz& stPoint, const flh& stGeod, const xyzt& satPos,
+                               long double* E, long double* A);
 /// As SatelliteAzimuthElevation with the zenith distance *Z = pi/2 - E
 /// (rad) in place of the elevation.
 void SatelliteAzimuthZenith(const xyz& stPoint, const xyzt& satPos, const elipsoid& elps,

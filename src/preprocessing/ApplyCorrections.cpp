@@ -187,6 +187,11 @@ void CalculateAE(gCPosC& gc)
     }
 
     const long double recDist = gc.RecPosFC.GetLength();
+    // The receiver stands still during the loop: its geodetic position on
+    // each system's ellipsoid is converted once, not per observation.
+    const flh recGeodGPS = xyz2flh(gc.RecPosFC, gc.eGPS);
+    const flh recGeodGLN = xyz2flh(gc.RecPosFC, gc.eGLN);
+    const flh recGeodGAL = xyz2flh(gc.RecPosFC, gc.eGAL);
     const RINEXData& d = gc.rnxd;
     const long nEpoch = d.GetNEpoch();
     long k = 0;
@@ -217,7 +222,8 @@ void CalculateAE(gCPosC& gc)
                 gc.ELV(k) = gc.AZM(k) = 0.0L;
                 continue;
             }
-            SatelliteAzimuthElevation(gc.RecPosFC, posSat, *ell, &gc.ELV(k), &gc.AZM(k));
+            const flh& recGeod = ell == &gc.eGLN ? recGeodGLN : ell == &gc.eGAL ? recGeodGAL : recGeodGPS;
+            SatelliteAzimuthElevation(gc.RecPosFC, recGeod, posSat, &gc.ELV(k), &gc.AZM(k));
             const long double satDist = posSat.GetLength();
             gc.SAT_DIST(k) = satDist;
             gc.SAT_POS(k) = posSat;
