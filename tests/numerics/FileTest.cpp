@@ -1,80 +1,95 @@
+// The program's contact with its surroundings: files and paths, the framed
+// messages and the clock.
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <cstring>
+#include <iostream>
 #include <string>
 #include <sys/stat.h>
 
 #include "TestSupport.h"
+#include "numerics/CppCas.h"
+#include "numerics/ProgramError.h"
 #include "numerics/cfilef.h"
 
-using orvotest::Data;
 using orvotest::TempDir;
-using orvotest::WriteTemp;
 
-TEST(FileExists, TrueForReadableFileFalseForMissingOrFolder)
+TEST(Files, ExistenceRemovalAndPathSplitting)
 {
-    const std::string obs = Data("esbc-2020-177/esbc1770.20o");
-    EXPECT_TRUE(FileExists(obs));
-    EXPECT_TRUE(FileExists(obs.c_str()));
-    EXPECT_FALSE(FileExists(TempDir() + "/no_such_file.20o"));
-    EXPECT_FALSE(FileExists(""));
-    EXPECT_FALSE(FileExists(static_cast<const char*>(nullptr)));
-    // A folder opens on POSIX but is no input file.
-    EXPECT_FALSE(FileExists(TempDir()));
-}
-
-TEST(RemFile, RemovesFileAndCountsMissingAsGone)
-{
-    const std::string path = WriteTemp("rem_me.b", "arc data");
-    ASSERT_TRUE(FileExists(path));
+    const std::string obs = orvotest::Data("esbc-2020-177/esbc1770.20o"), path = orvotest::WriteTemp("rem_me.b", "arc");
+    EXPECT_TRUE(FileExists(obs) && FileExists(obs.c_str()) && FileExists(path));
+    EXPECT_FALSE(FileExists(TempDir() + "/no_such_file.20o") || FileExists("") || FileExists(static_cast<const char*>(nullptr)));
+    EXPECT_FALSE(FileExists(TempDir()));  // a folder opens on POSIX but is no input file
     char name[256];
     std::strcpy(name, path.c_str());
     EXPECT_TRUE(RemFile(name));  // char* form
     EXPECT_FALSE(FileExists(path));
-    EXPECT_TRUE(RemFile(path.c_str()));  // constant form, file already gone
-    EXPECT_TRUE(RemFile((TempDir() + "/rem_me.b/inside").c_str()));  // path through a non-folder
-}
-
-TEST(RemFile, FalseWhenSomethingStaysBehind)
-{
+    EXPECT_TRUE(RemFile(path.c_str()));  // already gone counts as removed
+    EXPECT_TRUE(RemFile((TempDir() + "/rem_me.b/inside").c_str()));  // through a non-folder
     // A folder with content cannot be removed: the name is still there.
     const std::string dir = TempDir() + "/rem_full_dir";
     mkdir(dir.c_str(), 0700);
-    WriteTemp("rem_full_dir/keep.txt", "x");
+    orvotest::WriteTemp("rem_full_dir/keep.txt", "x");
     struct stat st;
-    ASSERT_EQ(stat(dir.c_str(), &st), 0);
-    ASSERT_TRUE(S_ISDIR(st.st_mode));
     EXPECT_FALSE(RemFile(dir.c_str()));
     EXPECT_EQ(stat(dir.c_str(), &st), 0);
-}
 
-TEST(PathSplit, BasenameAndDirnameAroundTheLastSeparator)
-{
-    char b[128], d[128];
-    GetBasename("/data/esbc/esbc1770.20o", b, '/');
-    GetDirname("/data/esbc/esbc1770.20o", d, '/');
-    EXPECT_STREQ(b, "esbc1770.20o");
-    EXPECT_STREQ(d, "/data/esbc");
-
-    GetBasename("esbc1770.20o", b);
-    GetDirname("esbc1770.20o", d);
-    EXPECT_STREQ(b, "esbc1770.20o");  // no separator: all of it
-    EXPECT_STREQ(d, "");              // and no folder
-
-    GetBasename("out/", b);
-    GetDirname("out/", d);
-    EXPECT_STREQ(b, "");
-    EXPECT_STREQ(d, "out");
-
-    GetBasename("C:\\gnss\\igs.sp3", b, '\\');
-    GetDirname("C:\\gnss\\igs.sp3", d, '\\');
-    EXPECT_STREQ(b, "igs.sp3");
-    EXPECT_STREQ(d, "C:\\gnss");
-
-    // In place: the caller may split a name in its own buffer.
-    char inplace[64] = "a/b/c.txt";
+    const struct { const char* path; char sep; const char *base, *dir; } cases[] = {
+        {"/data/esbc/esbc1770.20o", '/', "esbc1770.20o", "/data/esbc"}, {"esbc1770.20o", '/', "esbc1770.20o", ""},
+        {"out/", '/', "", "out"}, {"C:\\gnss\\igs.sp3", '\\', "igs.sp3", "C:\\gnss"}};
+    for (const auto& c : cases) {
+        char b[128], d[128];
+        GetBasename(c.path, b, c.sep);
+        GetDirname(c.path, d, c.sep);
+        EXPECT_STREQ(b, c.base);
+        EXPECT_STREQ(d, c.dir);
+    }
+    char inplace[64] = "a/b/c.txt";  // the caller may split a name in its own buffer
     GetDirname(inplace, inplace);
-    EXPECT_STREQ(inplace, "a/b");
     GetBasename(inplace, inplace);
     EXPECT_STREQ(inplace, "b");
+}
+
+// The regexes are anchored at both ends: the frame, its blank lines and the
+// trailing blank of the "Exiting" line are all part of the contract. Each
+// statement silences the other stream, so only the intended one can match.
+TEST(ProgramMessages, ErrorsAndWarningsFrameTheirTextOnTheirOwnStream)
+{
+    const std::string frame = "^\n\\*\\*\\*\\* Orvo: Error -> NO EPOCHS \\*\\*\\*\\*\n     Exiting Orvo \\.\\.\\. \n\n$";
+    EXPECT_EXIT({ std::cout.rdbuf(nullptr); ProgramError("Orvo", "NO EPOCHS"); }, ::testing::ExitedWithCode(1), frame);
+    EXPECT_EXIT({ std::cout.rdbuf(std::cerr.rdbuf()); std::cerr.rdbuf(nullptr); ProgramErrorCout("Orvo", "NO EPOCHS"); },
+                ::testing::ExitedWithCode(1), frame);
+    const std::string warning = "\n#### Orvo: Warning -> UNKNOWN PARAMETHER: -zz ####\n     Continuing Orvo ... \n\n";
+    orvotest::Capture err(std::cerr), out(std::cout);
+    ProgramWarning("Orvo", "UNKNOWN PARAMETHER: -zz");
+    EXPECT_EQ(err.Text(), warning);
+    ProgramWarningCout("Orvo", "UNKNOWN PARAMETHER: -zz");
+    EXPECT_EQ(out.Text(), warning);
+    EXPECT_EQ(err.Text(), warning);
+}
+
+TEST(CppCas, DateTextAgreesWithTheFieldsAndStopTimesARunningMeasurement)
+{
+    CppCas cas;
+    // The clock may tick between calls: take a reading whose text is the
+    // same before and after the getters ran.
+    for (int attempt = 0; attempt < 5; ++attempt) {
+        const std::string before = cas.Ascii();
+        const int y = cas.LetoDt(), mo0 = cas.MesecDt(), d = cas.DanDt(), h = cas.Ura(), mi = cas.Min(), s = cas.Sec();
+        if (before != cas.Ascii()) continue;
+        // The text holds the calendar month, the getter the 0-based one.
+        char expected[32];
+        std::snprintf(expected, sizeof expected, "%4d-%02d-%02d  %02d:%02d:%02d", y, mo0 + 1, d, h, mi, s);
+        EXPECT_EQ(before, expected);
+        EXPECT_TRUE(mo0 >= 0 && mo0 <= 11 && d >= 1 && d <= 31 && y >= 2020) << before;
+        break;
+    }
+    EXPECT_DOUBLE_EQ(cas.Stop(), 0.0);  // nothing started
+    cas.Start();
+    // Pocakaj polls the processor clock that Stop reads, so the elapsed time
+    // cannot fall short of the wait by more than one clock tick.
+    cas.Pocakaj(0.02L);
+    EXPECT_GE(cas.Stop(), 0.02 - 1.0 / CLOCKS_PER_SEC);
+    EXPECT_DOUBLE_EQ(cas.Stop(), 0.0);  // the measurement ended with the first Stop
 }

@@ -3,344 +3,148 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <iostream>
+#include <functional>
 #include <numeric>
 #include <random>
-#include <set>
 #include <string>
 #include <vector>
 
-#include "numerics/MError.h"
-#include "numerics/matrix.h"
 #include "NearLD.h"
+#include "NumericsSupport.h"
+#include "numerics/matrix.h"
 
-#include "MatrixReport.h"
+using namespace orvotest;
 
-namespace {
-
-using orvotest::MatrixErrorReport;
-
-// Death with the framed error report holding exactly `body`.
-#define EXPECT_MATRIX_REPORT(stmt, body) EXPECT_MATRIX_DEATH(stmt, MatrixErrorReport(body))
-
-}  // namespace
-
-TEST(MatrixAccessDeath, RowColumnAndFlatIndexOutsideStopWithRange)
+TEST(MatrixDeath, BadIndexShapeOrSizeStopsWithTheFramedReport)
 {
-    matrix<long double> m(3, 2, 0.0L);
-    EXPECT_MATRIX_REPORT(static_cast<void>(m(3, 0)),
-                        "Operator:   ()\nRow index not in range:     3 -> [    0,    2]\n\n");
-    EXPECT_MATRIX_REPORT(static_cast<void>(m(-1, 1)),
-                        "Operator:   ()\nRow index not in range:    -1 -> [    0,    2]\n\n");
-    EXPECT_MATRIX_REPORT(static_cast<void>(m(2, 2)),
-                        "Operator:   ()\nColumn index not in range:     2 -> [    0,    1]\n\n");
-    EXPECT_MATRIX_REPORT(static_cast<void>(m(0, -1)),
-                        "Operator:   ()\nColumn index not in range:    -1 -> [    0,    1]\n\n");
-    EXPECT_MATRIX_REPORT(static_cast<void>(m(6)),
-                        "Operator:   ()\nMatrix index not in range:     6 -> [    0,    5]\n\n");
-    EXPECT_MATRIX_REPORT(static_cast<void>(m(-1)),
-                        "Operator:   ()\nMatrix index not in range:    -1 -> [    0,    5]\n\n");
-    // The row is reported before the column when both are wrong.
-    EXPECT_MATRIX_REPORT(static_cast<void>(m(5, 7)),
-                        "Operator:   ()\nRow index not in range:     5 -> [    0,    2]\n\n");
-    // The const access is checked the same way.
+    matrix<long double> m(3, 2, 0.0L), a(2, 3, 1.0L), b(3, 2, 1.0L);
     const matrix<long double>& cm = m;
-    EXPECT_MATRIX_REPORT(static_cast<void>(cm(0, 2)),
-                        "Operator:   ()\nColumn index not in range:     2 -> [    0,    1]\n\n");
-}
-
-TEST(MatrixAccessDeath, UnsetMatrixStopsEvenAtIndexZero)
-{
-    matrix<long double> e;
-    EXPECT_MATRIX_REPORT(static_cast<void>(e(0, 0)), "Operator:   ()\nMatrix is not set:  [    0,    0]\n\n");
-    EXPECT_MATRIX_REPORT(static_cast<void>(e(0)), "Operator:   ()\nMatrix is not set:  [    0,    0]\n\n");
     matrix<short> noCols(4, 0);
-    EXPECT_MATRIX_REPORT(static_cast<void>(noCols(0)), "Operator:   ()\nMatrix is not set:  [    4,    0]\n\n");
     matrix<long> shrunk(2, 2, 1L);
     shrunk.Resize(0);
-    EXPECT_MATRIX_REPORT(static_cast<void>(shrunk(0, 0)), "Operator:   ()\nMatrix is not set:  [    0,    1]\n\n");
+    umatrix<long double> u(3), unset;
+    const long huge = 1L << 40;  // squared, it would wrap a 64-bit count back to a small number
+    const std::string op = "Operator:   ()\n", row = op + "Row index not in range: ", col = op + "Column index not in range: ";
+    const struct { std::function<void()> f; std::string body; } cases[] = {
+        {[&] { (void)m(3, 0); }, row + "    3 -> [    0,    2]\n\n"},
+        {[&] { (void)m(2, 2); }, col + "    2 -> [    0,    1]\n\n"},
+        {[&] { (void)cm(0, 2); }, col + "    2 -> [    0,    1]\n\n"},
+        {[&] { (void)m(6); }, op + "Matrix index not in range:     6 -> [    0,    5]\n\n"},
+        {[&] { (void)noCols(0); }, op + "Matrix is not set:  [    4,    0]\n\n"},
+        {[&] { (void)shrunk(0, 0); }, op + "Matrix is not set:  [    0,    1]\n\n"},
+        {[&] { (void)unset(0, 0); }, op + "UMatrix is not set:  [    0]\n\n"},
+        {[&] { (void)u(3, 1); }, row + "    3 -> [    0,    2]\n\n"},
+        {[&] { (void)u(1, 3); }, col + "    3 -> [    0,    2]\n\n"},
+        {[&] { a += b; }, "Operator:   +=\nMatrix dims do not agree:   [    2,    3] -> [    3,    2]\n\n"},
+        {[&] { (void)(a * a); }, "Function:   matrix operator *\nMatrix dimensions do not fit!  [    2,    3] -> [    2,    3]\n\n"},
+        {[&] { matrix<long double>(-2, 3); }, "Function:   matrix\nMatrix can not be allocated:  [   -2,    3]\n\n"},
+        {[&] { matrix<long double>(huge, huge); },
+         "Function:   matrix\nMatrix can not be allocated:  [" + std::to_string(huge) + "," + std::to_string(huge) + "]\n\n"},
+        // The pivot report: the scaled pivot in a field of 10, the index in a field of 5.
+        {[&] { MError::invError("Function:   test\nPivot: ", 2.5L, 7L); }, "Function:   test\nPivot:        2.5 10**-15     7\n\n"},
+    };
+    for (const auto& c : cases) EXPECT_MATRIX_DEATH(c.f(), c.body);
 }
 
-TEST(MatrixAccessDeath, PackedTriangleChecksItsDimension)
+TEST(Matrix, RowMajorStorageResizeAndDeepCopies)
 {
-    umatrix<long double> unset;
-    EXPECT_MATRIX_REPORT(static_cast<void>(unset(0, 0)), "Operator:   ()\nUMatrix is not set:  [    0]\n\n");
-    umatrix<long double> u(3);
-    EXPECT_MATRIX_REPORT(static_cast<void>(u(3, 1)),
-                        "Operator:   ()\nRow index not in range:     3 -> [    0,    2]\n\n");
-    EXPECT_MATRIX_REPORT(static_cast<void>(u(1, 3)),
-                        "Operator:   ()\nColumn index not in range:     3 -> [    0,    2]\n\n");
-    EXPECT_MATRIX_REPORT(static_cast<void>(u(0, -2)),
-                        "Operator:   ()\nColumn index not in range:    -2 -> [    0,    2]\n\n");
-}
+    const matrix<long> m = Mat<long>(3, 4, {0, 1, 2, 3, 10, 11, 12, 13, 20, 21, 22, 23});
+    for (long i = 0; i < 12; ++i) EXPECT_EQ(m(i / 4, i % 4), 10 * (i / 4) + i % 4) << i;
+    matrix<long double> r(4);
+    EXPECT_TRUE(r.NRow() == 4 && r.NCol() == 1);
+    EXPECT_EQ(&r(3), &r(3, 0));
+    EXPECT_TRUE(matrix<std::string>(2, 3)(1, 2).empty());  // class elements are default-constructed
+    r.Resize(4, 1, 2.5L);
+    long double* const before = r.v;
+    r.Resize(4);  // same shape: storage and content stay
+    EXPECT_EQ(r.v, before);
+    EXPECT_TRUE(Equals(r, {2.5L, 2.5L, 2.5L, 2.5L}));
+    r.Resize(4, 3);  // same row count, other shape
+    r(3, 2) = 9.0L;  // the new storage is usable to its last element
+    EXPECT_EQ(r(11), 9.0L);
+    r.Resize(4, 3, -1.0L);  // same shape, but the value form overwrites
+    EXPECT_EQ(r(11), -1.0L);
 
-TEST(MatrixShapeDeath, SumAndProductOfMismatchedShapesStop)
-{
-    matrix<long double> a(2, 3, 1.0L), b(3, 2, 1.0L);
-    EXPECT_MATRIX_REPORT(a += b, "Operator:   +=\nMatrix dims do not agree:   [    2,    3] -> [    3,    2]\n\n");
-    EXPECT_MATRIX_REPORT(static_cast<void>(a * a),
-                        "Function:   matrix operator *\nMatrix dimensions do not fit!  [    2,    3] -> [    2,    3]\n\n");
-}
-
-TEST(MatrixShapeDeath, ImpossibleSizesStopInsteadOfWrapping)
-{
-    EXPECT_MATRIX_REPORT(matrix<long double>(-2, 3),
-                        "Function:   matrix\nMatrix can not be allocated:  [   -2,    3]\n\n");
-    // 2^40 squared elements would wrap a 64-bit count back to a small number.
-    const long huge = 1L << 40;
-    EXPECT_MATRIX_REPORT(matrix<long double>(huge, huge),
-                        "Function:   matrix\nMatrix can not be allocated:  [" + std::to_string(huge) + "," +
-                            std::to_string(huge) + "]\n\n");
-}
-
-TEST(MErrorDeath, PivotErrorPrintsScaledPivotAndIndex)
-{
-    // ods in a field of 10, then the index in a field of 5.
-    EXPECT_MATRIX_REPORT(MError::invError("Function:   test\nPivot: ", 2.5L, 7L),
-                        "Function:   test\nPivot:        2.5 10**-15     7\n\n");
-}
-
-TEST(MatrixAccess, StorageIsRowMajorAndFlatIndexFollowsIt)
-{
-    matrix<long> m(3, 4);
-    for (long i = 0; i < 3; ++i)
-        for (long j = 0; j < 4; ++j) m(i, j) = 10 * i + j;
-    for (long k = 0; k < m.Length(); ++k) EXPECT_EQ(m(k), 10 * (k / 4) + k % 4) << "flat " << k;
-
-    matrix<long double> col(5);
-    EXPECT_EQ(col.NRow(), 5);
-    EXPECT_EQ(col.NCol(), 1);
-    col(3, 0) = 7.25L;
-    EXPECT_EQ(&col(3), &col(3, 0));
-
-    matrix<short> row(1, 4);
-    for (long k = 0; k < 4; ++k) row(k) = static_cast<short>(k + 1);
-    for (long j = 0; j < 4; ++j) EXPECT_EQ(row(0, j), j + 1);
-}
-
-TEST(MatrixShape, ResizeKeepsSameShapeAndDropsOnChange)
-{
-    matrix<long double> m(4, 1, 2.5L);
-    long double* const before = m.v;
-    m.Resize(4);  // already 4 by 1: nothing happens
-    EXPECT_EQ(m.v, before);
-    EXPECT_EQ(m(3), 2.5L);
-    m.Resize(4, 1);
-    EXPECT_EQ(m(0), 2.5L);
-
-    m.Resize(4, 1, -1.0L);  // same shape, but the value form overwrites
-    for (long k = 0; k < 4; ++k) EXPECT_EQ(m(k), -1.0L);
-
-    m.Resize(2, 3);
-    EXPECT_EQ(m.NRow(), 2);
-    EXPECT_EQ(m.NCol(), 3);
-    EXPECT_EQ(m.Length(), 6);
-    m(1, 2) = 9.0L;  // the new storage is usable to its last element
-    EXPECT_EQ(m(5), 9.0L);
-
-    m.Resize(3);
-    EXPECT_EQ(m.NCol(), 1);
-    EXPECT_EQ(m.NRow(), 3);
-
-    m.Resize(2, 2, 4.0L);
-    for (long k = 0; k < 4; ++k) EXPECT_EQ(m(k), 4.0L);
-}
-
-TEST(MatrixShape, ClassElementsAreDefaultConstructed)
-{
-    matrix<std::string> s(2, 3);
-    for (long k = 0; k < s.Length(); ++k) EXPECT_TRUE(s(k).empty());
-    matrix<std::string> t(1, 2, std::string("R05"));
-    EXPECT_EQ(t(0, 1), "R05");
-}
-
-TEST(MatrixCopy, CopiesAreDeepAndAssignmentTakesTheSourceShape)
-{
-    matrix<long double> a(2, 2, 1.0L);
-    matrix<long double> b(a);
+    matrix<long double> a = Mat<long double>(2, 2, {1, 2, 3, 4}), b(a), c(2, 2, 0.0L), d(7, 3, 0.0L);
     EXPECT_NE(a.v, b.v);
     b(0, 0) = 5.0L;
-    EXPECT_EQ(a(0, 0), 1.0L);
-
-    matrix<long double> c(2, 2, 0.0L);
     long double* const storage = c.v;
     c = b;  // same shape: the storage is reused
     EXPECT_EQ(c.v, storage);
-    EXPECT_EQ(c(0, 0), 5.0L);
     c(1, 1) = 8.0L;
-    EXPECT_EQ(b(1, 1), 1.0L);
-
-    matrix<long double> d(7, 3, 0.0L);
-    d = a;  // other shape: reallocated to 2 by 2
-    EXPECT_EQ(d.NRow(), 2);
-    EXPECT_EQ(d.NCol(), 2);
-    EXPECT_EQ(d(1, 1), 1.0L);
-
+    d = a;  // other shape: reallocated
+    EXPECT_TRUE(Equals(a, {1, 2, 3, 4}) && Equals(b, {5, 2, 3, 4}) && Equals(c, {5, 2, 3, 8}) && Equals(d, {1, 2, 3, 4}));
     matrix<long double>& self = d;
     d = self;
-    EXPECT_EQ(d(1, 0), 1.0L);
-
-    matrix<long double> e;
-    d = e;  // an empty source empties the target
-    EXPECT_EQ(d.Length(), 0);
-    EXPECT_EQ(d.v, nullptr);
-
+    EXPECT_TRUE(Equals(d, {1, 2, 3, 4}));
+    d = matrix<long double>(0, 3);  // an empty source empties the target
+    EXPECT_TRUE(d.Length() == 0 && d.v == nullptr);
     umatrix<long double> u(2);
-    u(0, 0) = 1.0L;
     u(0, 1) = 2.0L;
-    u(1, 1) = 3.0L;
-    umatrix<long double> w(u);
+    umatrix<long double> w(u), x;
     w(1, 0) = -2.0L;
-    EXPECT_EQ(u(0, 1), 2.0L);
+    x = w;
+    EXPECT_EQ(u(0, 1) - x(0, 1), 4.0L);
 }
 
-TEST(MatrixArithmetic, SumScaleAndClear)
+TEST(Matrix, SumScaleProductAndTranspose)
 {
-    matrix<long double> a(2, 2, 1.5L), b(2, 2, 0.25L);
-    a += b;
-    for (long k = 0; k < 4; ++k) EXPECT_EQ(a(k), 1.75L);
-    a *= 4.0L;
-    for (long k = 0; k < 4; ++k) EXPECT_EQ(a(k), 7.0L);
-    a *= 0.0L;  // the estimator's way to clear an accumulator
-    EXPECT_EQ(a.NRow(), 2);
-    EXPECT_EQ(a.NCol(), 2);
-    for (long k = 0; k < 4; ++k) EXPECT_EQ(a(k), 0.0L);
-}
-
-TEST(MatrixArithmetic, ProductMatchesHandResultAndTransposeRule)
-{
-    // [1 2 3; 4 5 6] [7 8; 9 10; 11 12] = [58 64; 139 154], by hand.
-    matrix<long> A(2, 3), B(3, 2);
-    long k = 1;
-    for (long i = 0; i < 2; ++i)
-        for (long j = 0; j < 3; ++j) A(i, j) = k++;
-    for (long i = 0; i < 3; ++i)
-        for (long j = 0; j < 2; ++j) B(i, j) = k++;
-    const matrix<long> C = A * B;
-    ASSERT_EQ(C.NRow(), 2);
-    ASSERT_EQ(C.NCol(), 2);
-    EXPECT_EQ(C(0, 0), 58);
-    EXPECT_EQ(C(0, 1), 64);
-    EXPECT_EQ(C(1, 0), 139);
-    EXPECT_EQ(C(1, 1), 154);
-
-    // (A B)^T = B^T A^T, exact in integers.
-    const matrix<long> lhs = tr(C);
-    const matrix<long> rhs = tr(B) * tr(A);
-    for (long n = 0; n < 4; ++n) EXPECT_EQ(lhs(n), rhs(n));
-    const matrix<long> At = tr(A);
-    EXPECT_EQ(At.NRow(), 3);
-    EXPECT_EQ(At(2, 1), 6);
-
-    const matrix<long> AI = A * I(3L, 1L);
-    for (long n = 0; n < 6; ++n) EXPECT_EQ(AI(n), A(n));
-    const matrix<long double> D = I(3L, 2.5L);
-    for (long i = 0; i < 3; ++i)
-        for (long j = 0; j < 3; ++j) EXPECT_EQ(D(i, j), i == j ? 2.5L : 0.0L);
-
+    matrix<long double> s(2, 2, 1.5L);
+    s += matrix<long double>(2, 2, 0.25L);
+    s *= 4.0L;
+    EXPECT_TRUE(Equals(s, {7, 7, 7, 7}));
+    s *= 0.0L;  // the estimator's way to clear an accumulator
+    EXPECT_TRUE(Equals(s, {0, 0, 0, 0}));
+    // [1 2 3; 4 5 6] [7 8; 9 10; 11 12] = [58 64; 139 154] by hand; its
+    // transpose is B^T A^T, exact in integers.
+    const matrix<long> A = Mat<long>(2, 3, {1, 2, 3, 4, 5, 6}), B = Mat<long>(3, 2, {7, 8, 9, 10, 11, 12});
+    EXPECT_TRUE(Equals(A * B, {58, 64, 139, 154}));
+    EXPECT_TRUE(tr(A).NRow() == 3 && tr(A).NCol() == 2);
+    EXPECT_TRUE(Equals(tr(A * B), {58, 139, 64, 154}) && Equals(tr(B) * tr(A), {58, 139, 64, 154}));
+    EXPECT_TRUE(Equals(A * I(3L, 2L), {2, 4, 6, 8, 10, 12}));
     // An inner dimension of 0 gives a zero matrix of the outer shape.
-    const matrix<long double> Z = matrix<long double>(2, 0) * matrix<long double>(0, 3);
-    ASSERT_EQ(Z.Length(), 6);
-    for (long n = 0; n < 6; ++n) EXPECT_EQ(Z(n), 0.0L);
+    EXPECT_TRUE(Equals(matrix<long>(2, 0) * matrix<long>(0, 3), {0, 0, 0, 0, 0, 0}));
+    // 1 + 2^-60 is exact in the 64-bit mantissa and lost in a double; every
+    // step is exact, so a quarter of 2^-60 separates it from a lost term.
+    const long double tiny = 1.0L / 1152921504606846976.0L;
+    EXPECT_NEAR_LD((Mat<long double>(1, 2, {1.0L, tiny}) * matrix<long double>(2, 1, 1.0L))(0) - 1.0L, tiny, tiny / 4);
 }
 
-TEST(MatrixArithmetic, ProductKeepsExtendedPrecision)
+TEST(MatrixSort, StableInBothDirectionsWithIndicesAndUniqueLists)
 {
-    // 1 + 2^-60 is exact in the 64-bit mantissa and lost in a double; the
-    // product must carry it through.
-    const long double tiny = 1.0L / 1152921504606846976.0L;  // 2^-60
-    matrix<long double> a(1, 2), b(2, 1);
-    a(0) = 1.0L;
-    a(1) = tiny;
-    b(0) = 1.0L;
-    b(1) = 1.0L;
-    // Every step is exact in long double, so the excess is 2^-60 itself; a
-    // quarter of it separates that from a lost (0) or double-rounded term.
-    EXPECT_NEAR_LD((a * b)(0) - 1.0L, tiny, tiny / 4.0L);
-}
-
-TEST(MatrixSort, IndexedSortIsStableInBothDirections)
-{
-    matrix<long double> v(5);
-    const long double vals[] = {3.0L, 1.0L, 2.0L, 1.0L, 3.0L};
-    for (long k = 0; k < 5; ++k) v(k) = vals[k];
+    const matrix<long double> v = Mat<long double>(5, 1, {3, 1, 2, 1, 3});
     matrix<long> ix;
-    const matrix<long double> up = sort(v, ix);
-    const long upIx[] = {1, 3, 2, 0, 4};
-    for (long k = 0; k < 5; ++k) {
-        EXPECT_EQ(up(k), vals[upIx[k]]);
-        EXPECT_EQ(ix(k), upIx[k]);
-    }
+    EXPECT_TRUE(Equals(sort(v, ix), {1, 1, 2, 3, 3}));
+    EXPECT_TRUE(Equals(ix, {1, 3, 2, 0, 4}));
     EXPECT_EQ(v(0), 3.0L);  // the input stays as it was
-
     sortns::sort = 1;
-    const matrix<long double> down = sort(v, ix);
+    EXPECT_TRUE(Equals(sort(v, ix), {3, 3, 2, 1, 1}));
+    EXPECT_TRUE(Equals(ix, {0, 4, 2, 1, 3}));
+    const matrix<short> s = Mat<short>(8, 1, {205, 12, 101, 12, 3, 205, 101, 12});
+    EXPECT_TRUE(Equals(UniqList(s), {205, 101, 12, 3}));
     sortns::sort = 0;
-    const long downIx[] = {0, 4, 2, 1, 3};
-    for (long k = 0; k < 5; ++k) {
-        EXPECT_EQ(down(k), vals[downIx[k]]);
-        EXPECT_EQ(ix(k), downIx[k]);
-    }
+    EXPECT_TRUE(Equals(sort(s), {3, 12, 12, 12, 101, 101, 205, 205}));
+    EXPECT_TRUE(Equals(UniqList(s), {3, 12, 101, 205}));
+    EXPECT_TRUE(Equals(UniqList(matrix<short>(3, 1, 7)), {7}));
+    EXPECT_TRUE(Equals(sort(matrix<long double>(1, 1, 4.0L), ix), {4.0L}));
+    EXPECT_TRUE(Equals(ix, {0L}));
+    // An empty list has no values and must not be read.
+    EXPECT_EQ(UniqList(matrix<short>()).Length() + sort(matrix<short>()).Length(), 0);
 
-    matrix<long double> one(1, 1, 4.0L);
-    const matrix<long double> s1 = sort(one, ix);
-    ASSERT_EQ(ix.NRow(), 1);
-    EXPECT_EQ(ix(0), 0);
-    EXPECT_EQ(s1(0), 4.0L);
-}
-
-TEST(MatrixSort, IndexedSortAgreesWithStableSortOnRandomTies)
-{
-    // Values from a small set force many ties; std::stable_sort of the
-    // indices is an independent reference for the order and the indices.
+    // Many ties from a small value set; std::stable_sort of the indices is an
+    // independent reference for the order and the indices.
     std::mt19937 gen(177);
     std::uniform_int_distribution<int> pick(0, 9);
     const long n = 200;
-    matrix<long double> v(n);
-    for (long k = 0; k < n; ++k) v(k) = pick(gen) * 0.5L;
+    matrix<long double> r(n);
+    for (long k = 0; k < n; ++k) r(k) = pick(gen) * 0.5L;
     std::vector<long> ref(n);
     std::iota(ref.begin(), ref.end(), 0L);
-    std::stable_sort(ref.begin(), ref.end(), [&](long a, long b) { return v(a) < v(b); });
-    matrix<long> ix;
-    const matrix<long double> s = sort(v, ix);
+    std::stable_sort(ref.begin(), ref.end(), [&](long a, long b) { return r(a) < r(b); });
+    const matrix<long double> sr = sort(r, ix);
     ASSERT_EQ(ix.NRow(), n);
     for (long k = 0; k < n; ++k) {
         EXPECT_EQ(ix(k), ref[k]) << "position " << k;
-        EXPECT_EQ(s(k), v(ref[k]));
+        EXPECT_EQ(sr(k), r(ref[k]));
     }
-}
-
-TEST(MatrixSort, IntegerSortsAndUniqueLists)
-{
-    const short sats[] = {205, 12, 101, 12, 3, 205, 101, 12};
-    matrix<short> s(8);
-    for (long k = 0; k < 8; ++k) s(k) = sats[k];
-    const matrix<short> sorted = sort(s);
-    for (long k = 1; k < 8; ++k) EXPECT_LE(sorted(k - 1), sorted(k));
-
-    const matrix<short> u = UniqList(s);
-    const std::set<short> ref(std::begin(sats), std::end(sats));
-    ASSERT_EQ(static_cast<std::size_t>(u.NRow()), ref.size());
-    long k = 0;
-    for (short x : ref) EXPECT_EQ(u(k++), x);
-
-    sortns::sort = 1;
-    const matrix<short> ud = UniqList(s);
-    sortns::sort = 0;
-    k = 0;
-    for (auto it = ref.rbegin(); it != ref.rend(); ++it) EXPECT_EQ(ud(k++), *it);
-
-    matrix<unsigned short> same(3, 1, static_cast<unsigned short>(7));
-    const matrix<unsigned short> us = UniqList(same);
-    ASSERT_EQ(us.NRow(), 1);
-    EXPECT_EQ(us(0), 7);
-
-    // An empty list has no distinct values and must not be read.
-    EXPECT_EQ(UniqList(matrix<short>()).Length(), 0);
-    EXPECT_EQ(sort(matrix<short>()).Length(), 0);
-
-    short a = 1, b = 2;
-    SWAP(a, b);
-    EXPECT_EQ(a, 2);
-    EXPECT_EQ(b, 1);
 }
