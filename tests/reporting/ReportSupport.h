@@ -74,8 +74,7 @@ protected:
         gc.NObs = 1000, gc.NObsG = 600, gc.NObsR = 300, gc.NObsE = 100;
         gc.NObsOutl = 10, gc.NObsOutlG = 6, gc.NObsOutlR = 4, gc.NObsOutlE = 0;
         gc.NUnk = NUnk, gc.NXcrd = 3, gc.nDTsys = 2, gc.NUnkDCB = 4, gc.nAmb = 3, gc.NClk = 4;
-        gc.nTropoUnk = gc.nTropoUnkGradE = gc.nTropoUnkGradN = 2, gc.nTropoUnkGrad = 4;
-        gc.ndcbConstr = 1, gc.NUnkUndef = 3;
+        gc.nTropoUnk = gc.nTropoUnkGradE = gc.nTropoUnkGradN = 2, gc.nTropoUnkGrad = 4, gc.ndcbConstr = 1, gc.NUnkUndef = 3;
         gc.ixDTsys[0] = -1, gc.ixDTsys[1] = 3, gc.ixDTsys[2] = 4;
         gc.dtGNSS[1] = 299.792458L, gc.dtGNSS[2] = -3.21L;  // 1 µs of clock, and -10.7 ns
 
