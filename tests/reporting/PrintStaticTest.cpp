@@ -88,12 +88,13 @@ TEST_F(PrintStaticReport, OutlierSharesRedundancyAndVariancesFollowTheirFormats)
     // 1000 observations - 18 unknowns - 4 clocks + 1 constraint + 3 fixed.
     EXPECT_NE(text.find("\n  # of REDUNDANCY : " + F("%10d", 982) + "\n"), std::string::npos);
     // sig0 = 20 mm; s0apost = 9e-4 m^2 is 30 mm; C1 0.04 m^2 is 200 mm,
-    // P2 0.0625 m^2 is 250 mm; the other types are not in use. (30 mm /
-    // 20 mm)^2 = 2.25, its root 1.5.
+    // P2 0.0625 m^2 is 250 mm, Pc3 0.01 m^2 is 100 mm; the other types are
+    // not in use. (30 mm / 20 mm)^2 = 2.25, its root 1.5.
     const std::string sd = "  REF. STD. APOSTERIORI", colon = "                     : ";
     const std::string want = "  REF. STD. APRIORI                              : " + F("%15.1f", 20.0) + " mm\n" + sd
                              + "     " + colon + F("%15.1f", 30.0) + " mm\n" + sd + " - C1" + colon + F("%15.1f", 200.0)
                              + " mm\n" + sd + " - P2" + colon + F("%15.1f", 250.0) + " mm\n"
+                             + sd + " - Pc3" + colon.substr(1) + F("%15.1f", 100.0) + " mm\n"
                              + "  REFERENCE VARIANCE OF UNIT WEIGHT [GLOBAL TEST]: " + F("%15.2f         [SQRT]%10.2f\n\n", 2.25, 1.5);
     EXPECT_EQ(text.substr(text.find("  REF. STD. APRIORI"), want.size()), want);
 }
@@ -243,10 +244,11 @@ TEST_F(PrintStaticReport, AmbiguityArcsBySatelliteWithEpochsValuesAndMeanPrecisi
     EXPECT_EQ(table.substr(0, 47), "    Number of all ambiguities      : " + F("%10d", 3));
     EXPECT_EQ(table.substr(table.find("     1     G 5")), want);
 
-    // No determined arc: the mean is NaN. No arcs: no section.
+    // No determined arc: the mean is NaN. No arcs: no section, and no arc
+    // table to check either.
     gc.IsUnkOK(15) = gc.IsUnkOK(17) = false;
     EXPECT_NE(Table(Run(), title, 1000).find("PRECISION:" + F("%13s", "nan")), std::string::npos);
-    gc.nAmb = 0;
+    gc.nAmb = 0, gc.AmbIndex.Resize(0, 0);
     EXPECT_EQ(Run().find(title), std::string::npos);
 }
 

@@ -68,8 +68,8 @@ protected:
         rnxd.nepochall = rnxd.NOKEph = 4;
         Set(rnxd.epoch, {mjd(59025UL, 3600.0L), mjd(59025UL, 3630.0L), mjd(59025UL, 3660.0L), mjd(59025UL, 3690.0L)});
         Set<short>(rnxd.satList, {5, 12, 103, 211});
-        gc.ifEstSta = gc.isGPS = gc.isGLN = gc.isGAL = gc.ifC1 = gc.ifP2 = true;
-        gc.sig0 = 0.02L, gc.s0apost = 9.0e-4L, gc.s0apost_C1 = 0.04L, gc.s0apost_P2 = 0.0625L;
+        gc.ifEstSta = gc.isGPS = gc.isGLN = gc.isGAL = gc.ifC1 = gc.ifP2 = gc.ifPc3 = true;
+        gc.sig0 = 0.02L, gc.s0apost = 9.0e-4L, gc.s0apost_C1 = 0.04L, gc.s0apost_P2 = 0.0625L, gc.s0apost_Pc3 = 0.01L;
         gc.IterDone = 3, gc.IterThresFin = 3.4e-5;
         gc.NObs = 1000, gc.NObsG = 600, gc.NObsR = 300, gc.NObsE = 100;
         gc.NObsOutl = 10, gc.NObsOutlG = 6, gc.NObsOutlR = 4, gc.NObsOutlE = 0;
