@@ -1,333 +1,169 @@
 // Layout of the unknowns: troposphere nodes, system biases, code bias
 // columns and their constraint rows, sizes of the estimator arrays.
-#include <gtest/gtest.h>
-
-#include <sstream>
+#include "estimation/SetUnknowns.h"
 
 #include "EstimationSupport.h"
 #include "estimation/NormalSystem.h"
-#include "estimation/SetUnknowns.h"
-#include "numerics/NearLD.h"
 
 using namespace esttest;
 
 namespace {
 
 // mjd keeps the second of day in long double: node sums of whole seconds
-// are exact, so node positions are checked to a picosecond.
+// are exact, so node positions are checked to a nanosecond.
 constexpr long double NodeTol_s = 1e-9L;
 
-mjd At(unsigned long day, long double sec) { return mjd(day, sec); }
-
-// A hand-made record store: one epoch per entry of `sats`, each epoch the
-// listed satellites at the given elevation (deg), 30 s apart from 10:00.
-void MakeStore(Context& ctx, const std::vector<std::vector<short>>& sats, long double elev_deg)
+// A hand-made store: one epoch per entry of `sats`, 30 s apart from 10:00,
+// every record at 30 degrees with codes of 2e7 m.
+void MakeStore(Context& ctx, const std::vector<std::vector<short>>& sats)
 {
-    RINEXData& d = ctx.rnxd;
-    long nRec = 0;
-    for (const auto& e : sats) nRec += static_cast<long>(e.size());
-    d.nepochall = static_cast<long>(sats.size());
-    d.nsatall = nRec;
-    d.NOKEph = d.nepochall;
-    d.epoch.Resize(d.nepochall, 1);
-    d.nsat.Resize(d.nepochall, 1);
-    d.sat.Resize(nRec, 1);
-    for (matrix<gnssobs>* m : {&d.C1, &d.P1, &d.P2, &d.PC3, &d.PP3, &d.L3}) m->Resize(nRec, 1);
-    ctx.gc.ELV.Resize(nRec, 1, elev_deg * Pi / 180.0L);
-    ctx.gc.OKSAT.Resize(nRec, 1, true);
-    std::vector<short> list;
-    long k = 0;
-    for (long i = 0; i < d.nepochall; ++i) {
-        d.epoch(i) = At(59025, 36000.0L + 30.0L * static_cast<long double>(i));
-        d.nsat(i) = static_cast<short>(sats[static_cast<size_t>(i)].size());
-        for (short s : sats[static_cast<size_t>(i)]) {
-            d.sat(k) = s;
-            for (matrix<gnssobs>* m : {&d.C1, &d.P1, &d.P2, &d.PC3, &d.PP3, &d.L3}) (*m)(k) = 2.0e7L;
-            ++k;
-            if (std::find(list.begin(), list.end(), s) == list.end()) list.push_back(s);
-        }
+    std::vector<mjd> epochs;
+    std::vector<std::vector<Rec>> recs;
+    for (const auto& e : sats) {
+        epochs.emplace_back(59025UL, 36000.0L + 30.0L * static_cast<long double>(epochs.size()));
+        recs.emplace_back();
+        for (short s : e) recs.back().push_back({s, 2.0e7L, 30.0L * Pi / 180.0L});
     }
-    std::sort(list.begin(), list.end());
-    d.satList.Resize(static_cast<long>(list.size()), 1);
-    for (size_t s = 0; s < list.size(); ++s) d.satList(static_cast<long>(s)) = list[s];
-    RINEXHeader& h = ctx.rnxh;
-    h.iC1 = h.iP1 = h.iP2 = h.iPC3 = h.iPP3 = h.iL3 = true;
+    Store(ctx, epochs, recs);
+}
+
+std::string SetLayout(gCPosC& gc)
+{
+    Capture out(std::cout);
+    SetUnknowns(gc);
+    return out.Text();
 }
 
 }  // namespace
 
-TEST(SetTropoIntervals, NodesEncloseEverySpanAndEndOneBeyondANodeOnTheLastEpoch)
+TEST(SetTropoIntervals, NodesEncloseEverySpanAndGetTropoIndexFindsTheInterval)
 {
+    // first, last epoch (s of 2020-06-25), interval, shift -> node count,
+    // first node (s of the day), last node - last epoch. The last epoch on
+    // a node gets one more node behind it; an interval longer than the span
+    // gives one interval; a shift puts the first node at or before the
+    // first epoch, even one of more than an interval.
+    const long double rows[][7] = {{1800, 18600, 7200, 0, 4, 0, 3000},    {1800, 21600, 7200, 0, 5, 0, 7200},
+                                   {1800, 2400, 86400, 0, 2, 0, 84000},  {7200, 7200, 3600, 0, 2, 7200, 3600},
+                                   {600, 4000, 3600, 1800, 3, -1800, 1400}, {600, 4000, 3600, 9000, 3, -1800, 1400}};
+    for (const auto& r : rows) {
+        matrix<mjd> nodes;
+        long int n = 0;
+        mjd eS(59025UL, r[0]), eE(59025UL, r[1]);
+        const mjd day(59025UL, 0.0L);
+        SetTropoIntervals(eS, eE, r[2], r[3], nodes, n);
+        ASSERT_EQ(n, static_cast<long>(r[4])) << r[0] << " " << r[3];
+        for (long i = 0; i < n; ++i) EXPECT_NEAR_LD(nodes(i) - day, r[5] + r[2] * i, NodeTol_s) << i;
+        EXPECT_NEAR_LD(nodes(n - 1) - eE, r[6], NodeTol_s);
+    }
     matrix<mjd> nodes;
     long int n = 0;
-    // 00:30 .. 05:10 with 2 h: nodes 00:00, 02:00, 04:00, 06:00.
-    mjd eS = At(59025, 1800.0L), eE = At(59025, 18600.0L);
-    SetTropoIntervals(eS, eE, 7200.0L, 0.0L, nodes, n);
-    ASSERT_EQ(n, 4);
-    for (long i = 0; i < n; ++i) EXPECT_NEAR_LD(nodes(i) - At(59025, 0.0L), 7200.0L * i, NodeTol_s);
-
-    // The last epoch exactly on a node (06:00) gets one more node behind it.
-    eE = At(59025, 21600.0L);
-    SetTropoIntervals(eS, eE, 7200.0L, 0.0L, nodes, n);
-    ASSERT_EQ(n, 5);
-    EXPECT_NEAR_LD(nodes(4) - eE, 7200.0L, NodeTol_s);
-
-    // An interval longer than the whole span: one interval, two nodes.
-    eE = At(59025, 2400.0L);
-    SetTropoIntervals(eS, eE, 86400.0L, 0.0L, nodes, n);
-    ASSERT_EQ(n, 2);
-    EXPECT_NEAR_LD(nodes(0) - At(59025, 0.0L), 0.0L, NodeTol_s);
-    EXPECT_GT(nodes(1) - eE, 0.0L);
-
-    // A single-epoch file on a node: the node itself and the next one.
-    eS = eE = At(59025, 7200.0L);
-    SetTropoIntervals(eS, eE, 3600.0L, 0.0L, nodes, n);
-    ASSERT_EQ(n, 2);
-    EXPECT_NEAR_LD(nodes(0) - eS, 0.0L, NodeTol_s);
-}
-
-TEST(SetTropoIntervals, ShiftMovesTheGridAndNeverPassesTheFirstEpoch)
-{
-    matrix<mjd> nodes;
-    long int n = 0;
-    // 00:10 with 1 h and a 30 min shift: 00:30 lies after the first epoch,
-    // so the grid starts at 23:30 of the day before.
-    mjd eS = At(59025, 600.0L), eE = At(59025, 4000.0L);
+    mjd eS(59025UL, 600.0L), eE(59025UL, 4000.0L);
     SetTropoIntervals(eS, eE, 3600.0L, 1800.0L, nodes, n);
-    ASSERT_EQ(n, 3);
-    EXPECT_NEAR_LD(nodes(0) - At(59025, 0.0L), -1800.0L, NodeTol_s);
-    EXPECT_EQ(nodes(0).GetMJDay(), 59024UL);
-    EXPECT_NEAR_LD(nodes(2) - At(59025, 5400.0L), 0.0L, NodeTol_s);
+    EXPECT_EQ(nodes(0).GetMJDay(), 59024UL);  // 23:30 of the day before
 
-    // A shift of more than one interval still starts at or before eS.
-    SetTropoIntervals(eS, eE, 3600.0L, 9000.0L, nodes, n);
-    EXPECT_LE(nodes(0) - eS, 0.0L);
-    EXPECT_GT(nodes(0) - eS, -3600.0L);
-    EXPECT_GT(nodes(n - 1) - eE, 0.0L);
-    EXPECT_LE(nodes(n - 2) - eE, 0.0L);
-}
-
-TEST(SetTropoIntervals, GetTropoIndexFindsTheEnclosingInterval)
-{
-    matrix<mjd> nodes;
-    long int n = 0;
-    mjd eS = At(59025, 0.0L), eE = At(59025, 86370.0L);
+    // The enclosing interval of an epoch (s of the day) on a 2 h grid over
+    // the day; before the first and on the last node: none.
+    eS = mjd(59025UL, 0.0L);
+    eE = mjd(59025UL, 86370.0L);
     SetTropoIntervals(eS, eE, 7200.0L, 0.0L, nodes, n);
     ASSERT_EQ(n, 13);
-    long itro = 0;
-    for (long double s : {0.0L, 7199.0L, 7200.0L, 43210.0L, 86370.0L}) {
-        mjd t = At(59025, s);
+    const std::pair<int, long> inside[] = {{0, 0}, {7199, 0}, {7200, 1}, {43210, 6}, {86370, 11}, {-1, -1}, {86400, -1}};
+    for (const auto& r : inside) {
+        mjd t(59025UL, 0.0L);
+        t += static_cast<long double>(r.first);
+        long itro = 0;
         GetTropoIndex(t, nodes, itro);
-        ASSERT_GE(itro, 0) << s;
-        EXPECT_LE(nodes(itro) - t, 0.0L);
-        EXPECT_GT(nodes(itro + 1) - t, 0.0L);
+        EXPECT_EQ(itro, r.second) << r.first;
     }
-    mjd before = At(59024, 86399.0L), onLast = nodes(n - 1);
-    GetTropoIndex(before, nodes, itro);
-    EXPECT_EQ(itro, -1);
-    GetTropoIndex(onLast, nodes, itro);
-    EXPECT_EQ(itro, -1);
 }
 
 TEST(SetTropoIntervalsDeath, NonPositiveIntervalStopsWithFramedError)
 {
     matrix<mjd> nodes;
     long int n = 0;
-    mjd eS = At(59025, 0.0L), eE = At(59025, 100.0L);
+    mjd eS(59025UL, 0.0L), eE(59025UL, 100.0L);
     EXPECT_EXIT(SetTropoIntervals(eS, eE, 0.0L, 0.0L, nodes, n), ::testing::ExitedWithCode(1),
                 "\\*\\*\\*\\* Orvo: Error -> TROPOSPHERE ESTIMATION INTERVAL MUST BE A POSITIVE");
 }
 
-TEST(SetUnknowns, SystemBiasesReferToTheFirstSystemPresent)
+TEST(SetUnknowns, SystemBiasesReferToTheFirstSystemPresentAndRawWithCombinedCodeBiasesAreDropped)
 {
-    struct Case {
+    // Code biases of a raw code and of a combination of it together would
+    // leave the normal system singular: all are dropped with a warning.
+    const struct {
         bool g, r, e;
         long ix1, ix2, n;
-    } cases[] = {{true, false, false, -1, -1, 0}, {true, true, false, 3, -1, 1},
-                 {true, false, true, -1, 3, 1},   {false, true, true, -1, 3, 1},
-                 {true, true, true, 3, 4, 2},     {false, false, true, -1, -1, 0}};
-    for (const Case& c : cases) {
+    } cases[] = {{true, false, false, -1, -1, 0}, {true, true, false, 3, -1, 1}, {true, false, true, -1, 3, 1},
+                 {false, true, true, -1, 3, 1},   {true, true, true, 3, 4, 2},   {false, false, true, -1, -1, 0}};
+    for (const auto& c : cases) {
         Context ctx;
-        MakeStore(ctx, {{1, 105, 211}, {1, 105, 211}}, 30.0L);
+        MakeStore(ctx, {{1, 105, 211}, {1, 105, 211}, {1, 105, 211}});
         gCPosC& gc = ctx.gc;
-        gc.isGPS = c.g;
-        gc.isGLN = c.r;
-        gc.isGAL = c.e;
-        gc.ifPc3 = true;
-        Capture out(std::cout);
-        SetUnknowns(gc);
-        EXPECT_EQ(gc.ixDTsys[0], -1);
-        EXPECT_EQ(gc.ixDTsys[1], c.ix1);
-        EXPECT_EQ(gc.ixDTsys[2], c.ix2);
-        EXPECT_EQ(gc.nDTsys, c.n);
-        EXPECT_EQ(gc.NUnk, 3 + c.n);
+        std::tie(gc.isGPS, gc.isGLN, gc.isGAL) = std::make_tuple(c.g, c.r, c.e);
+        gc.ifPc3 = gc.ifC1 = gc.isGPSxdcb = true;
+        Capture err(std::cerr);
+        const std::string out = SetLayout(gc);
+        EXPECT_EQ((std::vector<long>{gc.ixDTsys[0], gc.ixDTsys[1], gc.ixDTsys[2], gc.nDTsys, gc.NUnk}),
+                  (std::vector<long>{-1, c.ix1, c.ix2, c.n, 3 + c.n}));
         EXPECT_EQ(gc.NFin.NRow(), gc.NUnk);
         EXPECT_EQ(gc.fc3.NRow(), gc.rnxd.nsatall);
         EXPECT_EQ(gc.fl3.NRow(), 0);  // L3 not switched on
-        EXPECT_NE(out.Text().find("  GNSS inter-system clock biases      : " +
-                                  std::string(c.n == 0 ? "     0" : c.n == 1 ? "     1" : "     2") +
-                                  "  [YES]"),
-                  std::string::npos);
+        EXPECT_TRUE(Has(out, "  GNSS inter-system clock biases      :      " + std::to_string(c.n) + "  [YES]"));
+        EXPECT_TRUE(Has(err.Text(), "UNKONWNS UNSET!"));
+        EXPECT_FALSE(gc.isdcbC1 || gc.isdcbPc3);
+        EXPECT_EQ(gc.NUnkDCB + gc.ndcbConstr, 0);
     }
 }
 
 TEST(SetUnknowns, CodeBiasNeedsThreeUsableRecordsAndSumsToZeroPerSystem)
 {
-    Context ctx;
     // G01 and E11 in three epochs; G02 only twice; G03 three times but once
     // at the cut-off and once without orbit; G04 three times with one null P3.
-    MakeStore(ctx, {{1, 2, 3, 4, 211}, {1, 2, 3, 4, 211}, {1, 3, 4, 211}}, 30.0L);
+    Context ctx;
+    MakeStore(ctx, {{1, 2, 3, 4, 211}, {1, 2, 3, 4, 211}, {1, 3, 4, 211}});
     gCPosC& gc = ctx.gc;
     gc.ELV(2) = gc.MinElevation * Pi / 180.0L;  // G03 epoch 0: exactly at the cut-off
     gc.OKSAT(7) = false;                        // G03 epoch 1
-    gc.rnxd.PC3(8) = 0.0L;                      // G04 epoch 1
-    gc.isGPS = gc.isGAL = true;
-    gc.ifPc3 = true;
-    gc.isGPSxdcb = gc.isGALxdcb = true;
+    gc.rnxd.PC3(8) = 0.0L;                      // G04 epoch 1: null
+    gc.isGPS = gc.isGAL = gc.ifPc3 = gc.isGPSxdcb = gc.isGALxdcb = gc.ifL3 = gc.ifEstTropo = gc.ifEstTropoGrad = true;
     gc.nAmb = 2;
-    gc.ifL3 = true;
-    gc.ifEstTropo = true;
-    gc.TropoInterval = 3600.0L;
-    {
-        Capture out(std::cout);
-        SetUnknowns(gc);
-    }
-    ASSERT_TRUE(gc.isdcbPc3);
-    // satList: 1 2 3 4 211; only G01 and E11 qualify.
-    EXPECT_EQ(gc.ixdcbPc3(0), 4);   // after dX dY dZ and the Galileo bias
-    EXPECT_EQ(gc.ixdcbPc3(1), -1);
-    EXPECT_EQ(gc.ixdcbPc3(2), -1);
-    EXPECT_EQ(gc.ixdcbPc3(3), -1);
-    EXPECT_EQ(gc.ixdcbPc3(4), 5);
-    EXPECT_EQ(gc.ndcbPc3, 2);
-    EXPECT_EQ(gc.NUnkDCB, 2);
-    EXPECT_TRUE(gc.isDCB_Gc);
-    EXPECT_FALSE(gc.isDCB_Rc);
-    EXPECT_TRUE(gc.isDCB_Ec);
-    EXPECT_EQ(gc.ndcbConstr, 2);
-    // Troposphere (10:00..10:01 with 1 h: 2 nodes), then the ambiguities.
-    ASSERT_EQ(gc.nTropoUnk, 2);
-    EXPECT_EQ(gc.ixTropo(0), 6);
-    EXPECT_EQ(gc.ixTropo(1), 7);
-    EXPECT_EQ(gc.ixAmb(0), 8);
-    EXPECT_EQ(gc.ixAmb(1), 9);
-    ASSERT_EQ(gc.NUnk, 10);
-    ASSERT_EQ(gc.NFin.NRow(), 12);
-    ASSERT_EQ(gc.xAll.NRow(), 12);
-    // Row 10 holds the GPS sum, row 11 the Galileo sum, nothing else.
-    for (long i = 0; i < 12; ++i)
-        for (long j = 0; j < 12; ++j) {
-            long double want = 0.0L;
-            if ((i == 10 && j == 4) || (j == 10 && i == 4)) want = 1.0L;
-            if ((i == 11 && j == 5) || (j == 11 && i == 5)) want = 1.0L;
-            EXPECT_EQ(gc.NFin(i, j), want) << i << "," << j;
-        }
-}
-
-TEST(SetUnknowns, RawAndCombinedCodeBiasesTogetherAreAllDropped)
-{
-    Context ctx;
-    MakeStore(ctx, {{1, 2}, {1, 2}, {1, 2}}, 30.0L);
-    gCPosC& gc = ctx.gc;
-    gc.isGPS = true;
-    gc.ifC1 = gc.ifPc3 = true;
-    gc.isGPSxdcb = true;
-    Capture out(std::cout);
-    testing::internal::CaptureStderr();
-    SetUnknowns(gc);
-    const std::string err = testing::internal::GetCapturedStderr();
-    EXPECT_NE(err.find("UNKONWNS UNSET!"), std::string::npos);
-    EXPECT_FALSE(gc.isdcbC1 || gc.isdcbPc3);
-    EXPECT_EQ(gc.NUnkDCB, 0);
-    EXPECT_EQ(gc.ndcbConstr, 0);
-    EXPECT_EQ(gc.NUnk, 3);
-}
-
-TEST(SetUnknowns, GradientNodesSpanTheDelayNodes)
-{
-    Context ctx;
-    std::vector<std::vector<short>> ep(300, std::vector<short>{1, 2});  // 10:00 .. 12:29:30
-    MakeStore(ctx, ep, 30.0L);
-    gCPosC& gc = ctx.gc;
-    gc.isGPS = true;
-    gc.ifPc3 = true;
-    gc.ifEstTropo = gc.ifEstTropoGrad = true;
-    gc.TropoInterval = 3600.0L;
+    gc.TropoInterval = 30.0L;
     gc.nTropoGradInt = 0;  // one gradient interval per delay interval
-    Capture out(std::cout);
-    SetUnknowns(gc);
-    ASSERT_EQ(gc.nTropoUnk, 4);  // 10, 11, 12, 13 h
+    const std::string out = SetLayout(gc);
+    ASSERT_TRUE(gc.isdcbPc3);
+    // satList 1 2 3 4 211: only G01 and E11 qualify, after dX dY dZ and the
+    // Galileo bias; then the delay (10:00..10:01 every 30 s, one node past
+    // the last epoch: 4 nodes), as many gradient nodes east and north, the
+    // ambiguities: 20 unknowns, and the constraint rows 20 (GPS) and 21
+    // (Galileo) with nothing else in them.
+    const long want[] = {4, -1, -1, -1, 5};
+    for (long s = 0; s < 5; ++s) EXPECT_EQ(gc.ixdcbPc3(s), want[s]) << s;
+    EXPECT_TRUE(gc.isDCB_Gc && gc.isDCB_Ec && !gc.isDCB_Rc);
+    ASSERT_EQ(gc.nTropoUnk + gc.nTropoUnkGradE + gc.nTropoUnkGradN, 12);
     EXPECT_EQ(gc.nTropoGradInt, 3);
-    ASSERT_EQ(gc.nTropoUnkGradE, 4);
-    EXPECT_NEAR_LD(gc.TropoGradInterval, 3600.0L, NodeTol_s);
+    EXPECT_NEAR_LD(gc.TropoGradInterval, 30.0L, NodeTol_s);
     for (long i = 0; i < 4; ++i) EXPECT_NEAR_LD(gc.TropoGradEpoch(i) - gc.TropoEpoch(i), 0.0L, NodeTol_s);
-    EXPECT_EQ(gc.ixTropoGradE(0), 3 + 4);
-    EXPECT_EQ(gc.ixTropoGradN(0), 3 + 4 + 4);
-    EXPECT_EQ(gc.NUnk, 3 + 4 + 8);
-}
-
-TEST(SetUnknowns, CountListHasEveryLineInSixColumns)
-{
-    // G01, G02, E11 in three epochs: Galileo bias against GPS, a Pc3 bias
-    // for each of the three satellites with one constraint per system,
-    // 10:00..10:01 on a 1 h grid (2 nodes), one gradient interval (2 nodes
-    // each way), two arcs.
-    Context ctx;
-    MakeStore(ctx, {{1, 2, 211}, {1, 2, 211}, {1, 2, 211}}, 30.0L);
-    gCPosC& gc = ctx.gc;
-    gc.isGPS = gc.isGAL = true;
-    gc.ifPc3 = true;
-    gc.isGPSxdcb = gc.isGALxdcb = true;
-    gc.ifEstTropo = gc.ifEstTropoGrad = true;
-    gc.TropoInterval = 3600.0L;
-    gc.nTropoGradInt = 1;
-    gc.ifL3 = true;
-    gc.nAmb = 2;
-    Capture out(std::cout);
-    SetUnknowns(gc);
-    std::vector<std::string> lines;
-    {
-        std::istringstream in(out.Text());
-        for (std::string l; std::getline(in, l);) lines.push_back(l);
-    }
-    const auto first = std::find(lines.begin(), lines.end(), "  Coordinate unknowns dX, dY, dZ      :      3");
-    ASSERT_NE(first, lines.end()) << out.Text();
-    // 3 + 1 + 3 + 2 + 2 * 2 + 2 = 15 unknowns, 3 epoch clocks.
-    const std::vector<std::string> want = {
-        "  Coordinate unknowns dX, dY, dZ      :      3",
-        "  GNSS inter-system clock biases      :      1  [YES]",
-        "  Differential code biases (DCB)      :      3",
-        "                         C1 DCB       :      0",
-        "                         P1 DCB       :      0",
-        "                         P2 DCB       :      0",
-        "               P3[C1,P2/C7] DCB       :      3",
-        "               P3[P1,P2/C7] DCB       :      0",
-        "                DCB constraints       :      2",
-        "  Troposphere zenit delays (wet)      :      2",
-        "  Troposphere Gradient parameters [E] :      2",
-        "  Troposphere Gradient parameters [N] :      2",
-        "  L3 ambiguity parameters             :      2",
-        "  GNSS clk parameters [preeliminated] :      3",
-        "",
-        "  Number of all estimated unknowns    :     15",
-        "  Number of all unknowns (+clock unk) :     18",
-        "",
-        "",
-    };
-    const size_t at = static_cast<size_t>(first - lines.begin());
-    ASSERT_EQ(lines.size(), at + want.size()) << out.Text();
-    for (size_t i = 0; i < want.size(); ++i) EXPECT_EQ(lines[at + i], want[i]) << i;
-    EXPECT_EQ(gc.NUnk, 15);
+    EXPECT_EQ((std::vector<long>{gc.ixTropo(0), gc.ixTropo(3), gc.ixTropoGradE(0), gc.ixTropoGradN(3), gc.ixAmb(0), gc.ixAmb(1)}),
+              (std::vector<long>{6, 9, 10, 17, 18, 19}));
+    ASSERT_EQ(gc.NUnk, 20);
+    ASSERT_EQ(gc.NFin.NRow() + gc.xAll.NRow(), 44);
+    for (long i = 0; i < 22; ++i)
+        for (long j = 0; j < 22; ++j) {
+            const bool one = (std::min(i, j) == 4 && std::max(i, j) == 20) || (std::min(i, j) == 5 && std::max(i, j) == 21);
+            EXPECT_EQ(gc.NFin(i, j), one ? 1.0L : 0.0L) << i << "," << j;
+        }
+    // Counts in six columns; three epoch clocks besides.
+    for (const char* line : {"  Differential code biases (DCB)      :      2\n", "               P3[C1,P2/C7] DCB       :      2\n",
+                             "                DCB constraints       :      2\n", "  Troposphere Gradient parameters [N] :      4\n",
+                             "  Number of all estimated unknowns    :     20\n", "  Number of all unknowns (+clock unk) :     23\n\n\n"})
+        EXPECT_TRUE(Has(out, line)) << line << out;
 }
 
 TEST(SetUnknownsDeath, FileWithoutEpochsStopsWithFramedError)
 {
     Context ctx;
     ctx.gc.isGPS = true;
-    EXPECT_EXIT(
-        {
-            std::cout.rdbuf(std::cerr.rdbuf());
-            SetUnknowns(ctx.gc);
-        },
-        ::testing::ExitedWithCode(1), "\\*\\*\\*\\* Orvo: Error -> NO OBSERVATION EPOCHS: NO UNKNOWNS CAN BE SET!");
+    EXPECT_EXIT({ SetLayout(ctx.gc); }, ::testing::ExitedWithCode(1),
+                "\\*\\*\\*\\* Orvo: Error -> NO OBSERVATION EPOCHS: NO UNKNOWNS CAN BE SET!");
 }

@@ -29,16 +29,10 @@ short TypeFor(const char* arg)
 
 TEST(SetRNXCheckType, LastMatchingRuleDecides)
 {
-    EXPECT_EQ(TypeFor("-lC1"), 0);
-    EXPECT_EQ(TypeFor("-lP1"), 0);
-    EXPECT_EQ(TypeFor("-lP2"), 1);
-    EXPECT_EQ(TypeFor("-lC1,P2"), 2);
-    EXPECT_EQ(TypeFor("-lPc3"), 2);
-    EXPECT_EQ(TypeFor("-lPp3"), 2);
-    EXPECT_EQ(TypeFor("-lC1,L3"), 3);
-    EXPECT_EQ(TypeFor("-lPc3,L3"), 3);
     // No type at all still sets the first-code test.
-    EXPECT_EQ(TypeFor("-l"), 0);
+    const std::pair<const char*, short> rows[] = {{"-lC1", 0},  {"-lP1", 0},    {"-lP2", 1},      {"-lC1,P2", 2}, {"-lPc3", 2},
+                                                  {"-lPp3", 2}, {"-lC1,L3", 3}, {"-lPc3,L3", 3}, {"-l", 0}};
+    for (const auto& r : rows) EXPECT_EQ(TypeFor(r.first), r.second) << r.first;
 }
 
 }  // namespace
