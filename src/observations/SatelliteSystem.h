@@ -4,26 +4,26 @@
 // (201 to 299). Every test of a system goes through these ranges.
 
 /// The systems in the order of their per-system tables (counters, weights,
-/// inter-system bias columns); NoSystem for a number outside every range.
-enum SatSystem { GPS = 0, GLN = 1, GAL = 2, NoSystem = 3 };
+/// inter-system bias columns); SysNone for a number outside every range.
+enum SatSystem { SysGPS = 0, SysGLN = 1, SysGAL = 2, SysNone = 3 };
 
-/// System of satellite number sat; NoSystem below 0, at 100 and 200, and
+/// System of satellite number sat; SysNone below 0, at 100 and 200, and
 /// above 299.
 inline SatSystem SystemOf(short sat)
 {
-    if (sat >= 0 && sat <= 99) return GPS;
-    if (sat >= 101 && sat <= 199) return GLN;
-    if (sat >= 201 && sat <= 299) return GAL;
-    return NoSystem;
+    if (sat >= 0 && sat <= 99) return SysGPS;
+    if (sat >= 101 && sat <= 199) return SysGLN;
+    if (sat >= 201 && sat <= 299) return SysGAL;
+    return SysNone;
 }
 
-/// The report letter of sat's system: 'G', 'R', 'E'; ' ' for NoSystem.
+/// The report letter of sat's system: 'G', 'R', 'E'; ' ' for SysNone.
 inline char SystemLetter(short sat)
 {
     switch (SystemOf(sat)) {
-    case GPS: return 'G';
-    case GLN: return 'R';
-    case GAL: return 'E';
+    case SysGPS: return 'G';
+    case SysGLN: return 'R';
+    case SysGAL: return 'E';
     default: return ' ';
     }
 }
@@ -32,8 +32,8 @@ inline char SystemLetter(short sat)
 inline int SystemPRN(short sat)
 {
     switch (SystemOf(sat)) {
-    case GLN: return sat - 100;
-    case GAL: return sat - 200;
+    case SysGLN: return sat - 100;
+    case SysGAL: return sat - 200;
     default: return sat;
     }
 }
