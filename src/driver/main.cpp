@@ -17,6 +17,7 @@
 #include "observations/RINEXData.h"
 #include "observations/RINEXHeader.h"
 #include "preprocessing/ApplyCorrections.h"
+#include "preprocessing/ConAmbiguities.h"
 #include "preprocessing/GetReceiverProperties.h"
 #include "preprocessing/ProcClock.h"
 #include "preprocessing/SetAmbiguities.h"
@@ -54,6 +55,7 @@ int main(int argc, char** argv)
                        gpos.GetVerbose());
         ProcClock(gpos);
         SetAmbiguities(gpos);
+        ConAmbiguities(gpos);
 
         SetUnknowns(gpos);
 
