@@ -10,6 +10,7 @@
 #include "observations/CheckRNXEpochs.h"
 #include "observations/ExcludeProblemSat.h"
 #include "preprocessing/ApplyCorrections.h"
+#include "preprocessing/ConAmbiguities.h"
 #include "preprocessing/GetReceiverProperties.h"
 #include "preprocessing/ProcClock.h"
 #include "preprocessing/SetAmbiguities.h"
@@ -31,6 +32,7 @@ void RunPreprocessing(gCPosC& gpos)
                    gpos.GetVerbose());
     ProcClock(gpos);
     SetAmbiguities(gpos);
+    ConAmbiguities(gpos);
 
     SetUnknowns(gpos);
 }

@@ -13,6 +13,7 @@
 #include "driver/Console.h"
 #include "numerics/ProgramError.h"
 #include "observations/AmbRecord.h"
+#include "preprocessing/AmbiguityTable.h"
 
 namespace {
 
@@ -35,20 +36,6 @@ bool InUse(const gCPosC& gc, short sat)
     if (sat >= 101 && sat <= 199) return gc.isGLN;
     if (sat >= 201 && sat <= 299) return gc.isGAL;
     return false;
-}
-
-char SystemLetter(short sat)
-{
-    if (sat >= 201 && sat <= 299) return 'E';
-    if (sat >= 101 && sat <= 199) return 'R';
-    return 'G';
-}
-
-int SystemBase(short sat)
-{
-    if (sat >= 201 && sat <= 299) return 200;
-    if (sat >= 101 && sat <= 199) return 100;
-    return 0;
 }
 
 // The stage order is the only guard on the per-record arrays; say plainly
@@ -99,15 +86,6 @@ std::vector<AmbRecord> ReadArcs(const std::string& name, long nAmb)
         if (!ReadAmbRecord(in, a))
             ProgramError("Orvo", "AMBIGUITY FILE " + name + " CAN NOT BE READ!");
     return arcs;
-}
-
-// The code that L3 is referred to: the one the solution uses, so that the
-// a-priori ambiguity carries the same code biases as the adjustment.
-const matrix<gnssobs>* SolutionCode(const gCPosC& gc)
-{
-    if (gc.ifPc3) return &gc.rnxd.PC3;
-    if (gc.ifPp3) return &gc.rnxd.PP3;
-    return &gc.rnxd.C1;
 }
 
 void Clear(matrix<gnssobs>& m, bool listed, long k)
@@ -203,9 +181,7 @@ void SetAmbiguities(gCPosC& gc)
 
     // A-priori ambiguity: L3 - code averages the code noise over the arc and
     // leaves the ambiguity plus the code biases of the solution.
-    const matrix<gnssobs>& code = *SolutionCode(gc);
     const long n = d.GetNObs();
-    const bool haveL3 = d.L3.NRow() >= n, haveCode = code.NRow() >= n;
     std::vector<long double> mean(arcs.size(), 0.0L);
     std::vector<long> count(arcs.size(), 0);
     long nOK = 0;
@@ -215,20 +191,8 @@ void SetAmbiguities(gCPosC& gc)
         if (arc.iStart < 0 || arc.iEnd >= d.GetNEpoch() || arc.iStart > arc.iEnd
             || arc.ioStart < 0 || arc.ioStart > n)
             ProgramError("Orvo", "AMBIGUITY FILE " + d.AmbFile + " HOLDS AN ARC OUTSIDE THE DATA!");
-        long double sum = 0.0L;
-        long k = arc.ioStart;
-        for (long i = arc.iStart; i <= arc.iEnd; ++i)
-            for (long j = 0; j < d.nsat(i); ++j, ++k) {
-                if (k >= n) continue;
-                if (d.sat(k) != arc.sat || !gc.OKSAT(k) || !haveL3 || !haveCode) continue;
-                if (d.L3(k).IsNull() || code(k).IsNull()) continue;
-                sum += d.L3(k).obs - code(k).obs;
-                ++count[a];
-            }
-        if (count[a] > 0) {
-            mean[a] = sum / static_cast<long double>(count[a]);
-            ++nOK;
-        }
+        ArcL3MinusCode(gc, arc.sat, arc.iStart, arc.ioStart, arc.iEnd, count[a], mean[a]);
+        if (count[a] > 0) ++nOK;
     }
     std::cout << Label("  ", "Testing all ambiguities - # of OK") << nOK << "\n\n";
 
@@ -248,16 +212,7 @@ void SetAmbiguities(gCPosC& gc)
     }
 
     ProgramSubSubSubTitle("A-PRIORI VALUES OF AMBIGUITIES:", 2);
-    std::cout << "      ID   PRN       START EPOCH         END EPOCH          L3 AMB [m]\n";
-    for (long i = 0; i < gc.nAmb; ++i) {
-        const short sat = gc.AmbSat(i);
-        if (i > 0 && sat != gc.AmbSat(i - 1)) std::cout << "\n";
-        std::cout << std::setw(8) << i + 1 << "   " << SystemLetter(sat) << std::setw(2)
-                  << std::setfill('0') << sat - SystemBase(sat) << std::setfill(' ')
-                  << std::setw(18) << gc.AmbIndex(i, 0) << std::setw(18) << gc.AmbIndex(i, 2)
-                  << std::setw(20) << std::setprecision(4) << gc.xAmb(i) << "\n";
-    }
-    std::cout << "\n";
+    PrintAmbiguityTable(gc);
 
     // The file only carried the arcs between the screening steps; a copy
     // left behind harms nothing but the user's folder, so it is a warning.
