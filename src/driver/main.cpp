@@ -18,10 +18,13 @@
 #include "observations/RINEXHeader.h"
 #include "preprocessing/ApplyCorrections.h"
 #include "preprocessing/GetReceiverProperties.h"
+#include "preprocessing/L3Filter.h"
+#include "preprocessing/MWAmbiguities.h"
 #include "preprocessing/ProcClock.h"
 #include "preprocessing/SetAmbiguities.h"
 #include "preprocessing/SetLinearCombinations.h"
 #include "preprocessing/SetRNXCheckType.h"
+#include "preprocessing/SplitMidnightAmbs.h"
 #include "reporting/PrintStatic.h"
 
 #include <iostream>
@@ -54,6 +57,9 @@ int main(int argc, char** argv)
                        gpos.GetVerbose());
         ProcClock(gpos);
         SetAmbiguities(gpos);
+        SplitMidnightAmbs(gpos);
+        MWAmbiguities(gpos);
+        L3Filter(gpos);
 
         SetUnknowns(gpos);
 

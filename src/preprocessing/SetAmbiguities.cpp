@@ -13,6 +13,7 @@
 #include "driver/Console.h"
 #include "numerics/ProgramError.h"
 #include "observations/AmbRecord.h"
+#include "preprocessing/AmbiguityTable.h"
 
 namespace {
 
@@ -35,20 +36,6 @@ bool InUse(const gCPosC& gc, short sat)
     if (sat >= 101 && sat <= 199) return gc.isGLN;
     if (sat >= 201 && sat <= 299) return gc.isGAL;
     return false;
-}
-
-char SystemLetter(short sat)
-{
-    if (sat >= 201 && sat <= 299) return 'E';
-    if (sat >= 101 && sat <= 199) return 'R';
-    return 'G';
-}
-
-int SystemBase(short sat)
-{
-    if (sat >= 201 && sat <= 299) return 200;
-    if (sat >= 101 && sat <= 199) return 100;
-    return 0;
 }
 
 // The stage order is the only guard on the per-record arrays; say plainly
@@ -252,10 +239,8 @@ void SetAmbiguities(gCPosC& gc)
     for (long i = 0; i < gc.nAmb; ++i) {
         const short sat = gc.AmbSat(i);
         if (i > 0 && sat != gc.AmbSat(i - 1)) std::cout << "\n";
-        std::cout << std::setw(8) << i + 1 << "   " << SystemLetter(sat) << std::setw(2)
-                  << std::setfill('0') << sat - SystemBase(sat) << std::setfill(' ')
-                  << std::setw(18) << gc.AmbIndex(i, 0) << std::setw(18) << gc.AmbIndex(i, 2)
-                  << std::setw(20) << std::setprecision(4) << gc.xAmb(i) << "\n";
+        PrintArcColumns(i + 1, sat, gc.AmbIndex(i, 0), gc.AmbIndex(i, 2));
+        std::cout << std::setw(20) << std::setprecision(4) << gc.xAmb(i) << "\n";
     }
     std::cout << "\n";
 
