@@ -12,10 +12,13 @@
 #include "preprocessing/ApplyCorrections.h"
 #include "preprocessing/ConAmbiguities.h"
 #include "preprocessing/GetReceiverProperties.h"
+#include "preprocessing/L3Filter.h"
+#include "preprocessing/MWAmbiguities.h"
 #include "preprocessing/ProcClock.h"
 #include "preprocessing/SetAmbiguities.h"
 #include "preprocessing/SetLinearCombinations.h"
 #include "preprocessing/SetRNXCheckType.h"
+#include "preprocessing/SplitMidnightAmbs.h"
 #include "reporting/PrintStatic.h"
 
 void RunPreprocessing(gCPosC& gpos)
@@ -33,6 +36,9 @@ void RunPreprocessing(gCPosC& gpos)
     ProcClock(gpos);
     SetAmbiguities(gpos);
     ConAmbiguities(gpos);
+    SplitMidnightAmbs(gpos);
+    MWAmbiguities(gpos);
+    L3Filter(gpos);
 
     SetUnknowns(gpos);
 }
