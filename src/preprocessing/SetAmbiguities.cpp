@@ -11,13 +11,13 @@
 #include <vector>
 
 #include "driver/Console.h"
+#include "numerics/MathConstants.h"
 #include "numerics/ProgramError.h"
 #include "observations/AmbRecord.h"
 #include "preprocessing/AmbiguityTable.h"
+#include "observations/SatelliteSystem.h"
 
 namespace {
-
-constexpr long double Pi = 3.14159265358979323846264338327950288L;
 
 // Random names drawn before an existing arc file is simply overwritten.
 constexpr int AmbFileAttempts = 100;
@@ -32,10 +32,12 @@ std::string Label(const std::string& indent, const std::string& text)
 
 bool InUse(const gCPosC& gc, short sat)
 {
-    if (sat >= 0 && sat <= 99) return gc.isGPS;
-    if (sat >= 101 && sat <= 199) return gc.isGLN;
-    if (sat >= 201 && sat <= 299) return gc.isGAL;
-    return false;
+    switch (SystemOf(sat)) {
+    case SysGPS: return gc.isGPS;
+    case SysGLN: return gc.isGLN;
+    case SysGAL: return gc.isGAL;
+    default: return false;
+    }
 }
 
 // The stage order is the only guard on the per-record arrays; say plainly
