@@ -1,12 +1,13 @@
 #include "estimation/ProcKinematic.h"
 
+#include <array>
 #include <cmath>
 #include <iomanip>
 #include <iostream>
 
 #include "driver/Console.h"
 #include "estimation/EpochProgress.h"
-#include "estimation/NormalSystem.h"
+#include "estimation/StoredTypes.h"
 #include "geodesy/CoordinateTransforms.h"
 #include "numerics/ProgramError.h"
 #include "numerics/inv.h"
@@ -14,15 +15,6 @@
 #include "reporting/FixedColumn.h"
 
 namespace {
-
-// One observation type as the epoch solution takes it.
-struct KinType {
-    bool on;
-    const matrix<long double>& f;
-    const matrix<bool>& used;
-    const matrix<bool>& rejected;
-    const long double* p0;  // base weight per system
-};
 
 // The position and clock columns of one output line, common to the report
 // and the plot file.
@@ -64,7 +56,6 @@ void ProcKinematic(gCPosC& gc)
 {
     using namespace ProcKinematicns;
     if (!gc.ifEstKin) return;
-    RINEXHeader& h = gc.rnxh;
     RINEXData& d = gc.rnxd;
     const long nEp = d.nepochall, nRec = d.nsatall;
     if (gc.mB.NRow() < nRec || gc.mB.NCol() < 3 || d.nsat.NRow() < nEp || d.sat.NRow() < nRec
@@ -94,22 +85,7 @@ void ProcKinematic(gCPosC& gc)
                 "     dE[m]     dU[m]    sdN[m]    sdE[m]    sdU[m]\n";
     }
 
-    const long double p0C[3] = {gc.p0C, gc.p0C, gc.p0C};
-    const long double p0P[3] = {gc.p0P, gc.p0P, gc.p0P};
-    const long double p0Pc3[3] = {gc.p0Pc3G, gc.p0Pc3R, gc.p0Pc3E};
-    const long double p0Pp3[3] = {gc.p0Pp3G, gc.p0Pp3R, gc.p0Pp3E};
-    const long double p0L3[3] = {gc.p0L3G, gc.p0L3R, gc.p0L3E};
-    auto sized = [&](const matrix<long double>& f, const matrix<bool>& o, const matrix<bool>& x) {
-        return f.NRow() >= nRec && o.NRow() >= nRec && x.NRow() >= nRec;
-    };
-    const KinType types[] = {
-        {gc.ifC1 && h.iC1 && sized(gc.fc1, gc.ifOc1, gc.ifXc1), gc.fc1, gc.ifOc1, gc.ifXc1, p0C},
-        {gc.ifP1 && h.iP1 && sized(gc.fp1, gc.ifOp1, gc.ifXp1), gc.fp1, gc.ifOp1, gc.ifXp1, p0P},
-        {gc.ifP2 && h.iP2 && sized(gc.fp2, gc.ifOp2, gc.ifXp2), gc.fp2, gc.ifOp2, gc.ifXp2, p0P},
-        {gc.ifPc3 && h.iPC3 && sized(gc.fc3, gc.ifOc3, gc.ifXc3), gc.fc3, gc.ifOc3, gc.ifXc3, p0Pc3},
-        {gc.ifPp3 && h.iPP3 && sized(gc.fp3, gc.ifOp3, gc.ifXp3), gc.fp3, gc.ifOp3, gc.ifXp3, p0Pp3},
-        {gc.ifL3 && h.iL3 && sized(gc.fl3, gc.ifOl3, gc.ifXl3), gc.fl3, gc.ifOl3, gc.ifXl3, p0L3},
-    };
+    const std::array<StoredType, 6> types = StoredTypes(gc);
     const bool sysOn[3] = {gc.isGPS, gc.isGLN, gc.isGAL};
     long* const sysCount[3] = {&gc.NObsG, &gc.NObsR, &gc.NObsE};
 
@@ -131,7 +107,7 @@ void ProcKinematic(gCPosC& gc)
             const SatSystem sys = SystemOf(d.sat(k));
             if (sys == SysNone || !sysOn[sys]) continue;
             int ixT = 3 + sys;
-            for (const KinType& ty : types) {
+            for (const StoredType& ty : types) {
                 if (!ty.on || !ty.used(k) || ty.rejected(k)) continue;
                 long double p = gc.WGHT(k) * ty.p0[sys];
                 long double f = ty.f(k);

@@ -1,5 +1,6 @@
 #include "estimation/ResCheck.h"
 
+#include <array>
 #include <cmath>
 #include <iomanip>
 #include <iostream>
@@ -7,26 +8,10 @@
 #include "driver/Console.h"
 #include "estimation/EpochProgress.h"
 #include "estimation/NormalSystem.h"
+#include "estimation/StoredTypes.h"
 #include "numerics/ProgramError.h"
 #include "observations/SatelliteSystem.h"
 #include "preprocessing/SetAmbiguities.h"
-
-namespace {
-
-// One code type as the check sees it: what the adjustment stored for it.
-struct CheckedCode {
-    bool on;
-    matrix<long double>& f;
-    matrix<bool>& used;
-    matrix<bool>& rejected;
-    bool dcb;
-    matrix<long int>& ixdcb;
-    const long double* p0;  // base weight per system
-};
-
-bool Covers(long rows, long n) { return rows >= n; }
-
-}  // namespace
 
 long double GetQVV(matrix<long double>& B, matrix<long int>& iB, matrix<long double>& Qxx,
                    long int k, long double p)
@@ -50,7 +35,6 @@ long double GetQVV(matrix<long double>& B, matrix<long int>& iB, matrix<long dou
 void ResCheck(gCPosC& gc)
 {
     if (!gc.isThresBlunder) return;
-    RINEXHeader& h = gc.rnxh;
     RINEXData& d = gc.rnxd;
     const long nEp = d.nepochall, nRec = d.nsatall;
     // The rows are stored by the adjustment for this check; without them
@@ -72,27 +56,8 @@ void ResCheck(gCPosC& gc)
     gc.NObsOutlG = gc.NObsOutlR = gc.NObsOutlE = 0;
     for (int s = 0; s < 3; ++s) *cdCount[s] = *phCount[s] = 0;
 
-    const long double p0C[3] = {gc.p0C, gc.p0C, gc.p0C};
-    const long double p0P[3] = {gc.p0P, gc.p0P, gc.p0P};
-    const long double p0Pc3[3] = {gc.p0Pc3G, gc.p0Pc3R, gc.p0Pc3E};
-    const long double p0Pp3[3] = {gc.p0Pp3G, gc.p0Pp3R, gc.p0Pp3E};
-    const long double p0L3[3] = {gc.p0L3G, gc.p0L3R, gc.p0L3E};
-    auto sized = [&](const matrix<long double>& f, const matrix<bool>& o, const matrix<bool>& x) {
-        return Covers(f.NRow(), nRec) && Covers(o.NRow(), nRec) && Covers(x.NRow(), nRec);
-    };
-    CheckedCode codes[] = {
-        {gc.ifC1 && h.iC1 && sized(gc.fc1, gc.ifOc1, gc.ifXc1), gc.fc1, gc.ifOc1, gc.ifXc1,
-         gc.isdcbC1, gc.ixdcbC1, p0C},
-        {gc.ifP1 && h.iP1 && sized(gc.fp1, gc.ifOp1, gc.ifXp1), gc.fp1, gc.ifOp1, gc.ifXp1,
-         gc.isdcbP1, gc.ixdcbP1, p0P},
-        {gc.ifP2 && h.iP2 && sized(gc.fp2, gc.ifOp2, gc.ifXp2), gc.fp2, gc.ifOp2, gc.ifXp2,
-         gc.isdcbP2, gc.ixdcbP2, p0P},
-        {gc.ifPc3 && h.iPC3 && sized(gc.fc3, gc.ifOc3, gc.ifXc3), gc.fc3, gc.ifOc3, gc.ifXc3,
-         gc.isdcbPc3, gc.ixdcbPc3, p0Pc3},
-        {gc.ifPp3 && h.iPP3 && sized(gc.fp3, gc.ifOp3, gc.ifXp3), gc.fp3, gc.ifOp3, gc.ifXp3,
-         gc.isdcbPp3, gc.ixdcbPp3, p0Pp3},
-    };
-    const bool checkL3 = gc.ifL3 && h.iL3 && sized(gc.fl3, gc.ifOl3, gc.ifXl3);
+    std::array<StoredType, 6> types = StoredTypes(gc);
+    StoredType& l3 = types[5];
 
     matrix<short> SatList = d.satList;
     long nSatList = SatList.NRow();
@@ -112,7 +77,8 @@ void ResCheck(gCPosC& gc)
             const SatSystem sys = SystemOf(prn);
             if (sys == SysNone) continue;
 
-            for (CheckedCode& ct : codes) {
+            for (int t = 0; t < 5; ++t) {
+                StoredType& ct = types[t];
                 if (!ct.on || !ct.used(k)) continue;
                 gc.mIB(k, 4) = gc.mIB(k, 5) = -1;
                 if (ct.dcb) {
@@ -130,25 +96,25 @@ void ResCheck(gCPosC& gc)
                 }
             }
 
-            if (!checkL3 || !gc.ifOl3(k)) continue;
+            if (!l3.on || !l3.used(k)) continue;
             long ixamb = -1;
             GetAmbIndex(prn, i, gc.AmbIndex, gc.AmbSat, gc.nAmb, ixamb);
             if (ixamb < 0 || ixamb >= gc.ixAmb.NRow()) {
-                gc.ifXl3(k) = true;
+                l3.rejected(k) = true;
                 continue;
             }
             gc.mIB(k, 4) = -1;
             gc.mIB(k, 5) = gc.ixAmb(ixamb);
-            const long double p = gc.WGHT(k) * p0L3[sys];
+            const long double p = gc.WGHT(k) * l3.p0[sys];
             const long double qv = GetQVV(gc.mB, gc.mIB, gc.QxxAll, k, p);
             long double rThres = std::sqrt(s0 * qv) * gc.ThresBlunder;
             // A phase is never judged against less than the a-priori noise of
             // a GPS L3; the fall-back widens towards the horizon.
             if (qv < 0.0L || std::sqrt(s0 * qv) < gc.sigL3G)
                 rThres = std::sqrt(gc.s0apost_L3) * gc.ThresBlunder / std::sin(gc.ELV(k));
-            if (std::fabs(gc.fl3(k)) > rThres) {
+            if (std::fabs(l3.f(k)) > rThres) {
                 ++*phCount[sys];
-                gc.ifXl3(k) = true;
+                l3.rejected(k) = true;
             }
         }
     }
