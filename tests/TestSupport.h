@@ -108,4 +108,41 @@ private:
     std::streamsize prec_;
 };
 
+/// Copies the header and the first nEpochs epochs of a RINEX 2 observation
+/// file to `name` in the scratch folder and returns its path; with
+/// blankPhase the L1 and L2 fields (third field of the first and second line
+/// of each record, the layout of the ESBC file) are blanked.
+inline std::string CutObs(const std::string& src, const std::string& name, long nEpochs,
+                          bool blankPhase = false)
+{
+    std::ifstream in(src);
+    const std::string path = TempDir() + "/" + name;
+    std::ofstream out(path);
+    std::string line;
+    int nTypes = 0;
+    while (std::getline(in, line)) {
+        out << line << "\n";
+        if (line.find("# / TYPES OF OBSERV") != std::string::npos && line.size() > 6 &&
+            line.substr(0, 6) != "      ")
+            nTypes = std::atoi(line.substr(0, 6).c_str());
+        if (line.find("END OF HEADER") != std::string::npos) break;
+    }
+    const int linesPerSat = (nTypes + 4) / 5;
+    for (long ep = 0; ep < nEpochs && std::getline(in, line); ++ep) {
+        out << line << "\n";
+        const int nSat = line.size() >= 32 ? std::atoi(line.substr(29, 3).c_str()) : 0;
+        for (int c = 0; c < (nSat - 1) / 12 && std::getline(in, line); ++c) out << line << "\n";
+        for (int s = 0; s < nSat; ++s)
+            for (int r = 0; r < linesPerSat && std::getline(in, line); ++r) {
+                if (blankPhase && r < 2) {
+                    line.resize(80, ' ');
+                    line.replace(32, 16, 16, ' ');
+                    line.erase(line.find_last_not_of(' ') + 1);
+                }
+                out << line << "\n";
+            }
+    }
+    return path;
+}
+
 }  // namespace orvotest

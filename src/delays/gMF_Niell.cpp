@@ -1,12 +1,11 @@
 #include "delays/gMF_Niell.h"
 
 #include "delays/MappingFraction.h"
+#include "numerics/MathConstants.h"
 
 #include <cmath>
 
 namespace {
-const long double Pi = 3.14159265358979323846264338327950288L;
-
 // Published table (Niell 1996, table 3). The amplitudes b at 60 degrees
 // (7.2562722e-5) and c at 75 degrees (1.7037206e-3) are the published
 // values, found alike in several independent copies of the table.

@@ -1,12 +1,12 @@
 #include "delays/gMF_VMF1.h"
 
 #include "delays/MappingFraction.h"
+#include "numerics/MathConstants.h"
 #include "numerics/ProgramError.h"
 
 #include <cmath>
 
 namespace {
-const long double Pi = 3.14159265358979323846264338327950288L;
 }
 
 gMF_VMF1::gMF_VMF1()

@@ -1,13 +1,12 @@
 #include "delays/gTM_GPT.h"
 
 #include "delays/stdAtm.h"
+#include "numerics/MathConstants.h"
 
 #include <algorithm>
 #include <cmath>
 
 namespace {
-const long double Pi = 3.14159265358979323846264338327950288L;
-
 long double Sum(const long double* a, const long double* b,
                 const long double* aP, const long double* bP)
 {

@@ -1,6 +1,7 @@
 #include "delays/gTM_GPT2.h"
 
 #include "delays/stdAtm.h"
+#include "numerics/MathConstants.h"
 #include "numerics/ProgramError.h"
 
 #include <cctype>
@@ -12,8 +13,6 @@
 #include <string>
 
 namespace {
-
-const long double Pi = 3.14159265358979323846264338327950288L;
 
 // Node coordinates are printed to 0.1 degree or better; 0.001 degree
 // separates "same" from "next" by two orders of magnitude on any grid of

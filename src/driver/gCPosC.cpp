@@ -1,11 +1,11 @@
 #include "driver/gCPosC.h"
 
+#include "numerics/MathConstants.h"
+
 namespace {
 
 // Pi to more digits than long double holds, so the eclipse threshold is
 // rounded once.
-constexpr long double Pi = 3.14159265358979323846264338327950288L;
-
 }  // namespace
 
 gCPosC::gCPosC(RINEXHeader& rnxhIn, RINEXData& rnxdIn, RINEX& rnxIn)

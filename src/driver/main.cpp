@@ -2,29 +2,16 @@
 // order is the only guard on the phases of the context: each stage relies on
 // what the ones before it have filled in.
 #include "driver/CheckArguments.h"
-#include "driver/Console.h"
 #include "driver/ParseArguments.h"
 #include "driver/PrintArguments.h"
+#include "driver/ProcessingStages.h"
 #include "driver/ProgramRun.h"
 #include "driver/ReadFiles.h"
 #include "driver/SetFiles.h"
 #include "driver/gCPosC.h"
-#include "estimation/ProcStatic.h"
-#include "estimation/SetUnknowns.h"
-#include "observations/CheckRNXEpochs.h"
-#include "observations/ExcludeProblemSat.h"
 #include "observations/RINEX.h"
 #include "observations/RINEXData.h"
 #include "observations/RINEXHeader.h"
-#include "preprocessing/ApplyCorrections.h"
-#include "preprocessing/GetReceiverProperties.h"
-#include "preprocessing/ProcClock.h"
-#include "preprocessing/SetAmbiguities.h"
-#include "preprocessing/SetLinearCombinations.h"
-#include "preprocessing/SetRNXCheckType.h"
-#include "reporting/PrintStatic.h"
-
-#include <iostream>
 
 int main(int argc, char** argv)
 {
@@ -42,30 +29,9 @@ int main(int argc, char** argv)
         SetFiles(gpos);
         ReadFiles(gpos);
 
-        ProgramSubTitle("PREPROCESSING OF PHASE/CODE GNSS DATA:", 0);
-        std::cout << "\n";
-
-        ExcludeProblemSat(rnxh, rnxd, gpos.GetSatCRX(), gpos.GetIsSCRX(), gpos.GetVerbose());
-        GetReceiverProperties(gpos);
-        ApplyCorrections(gpos);
-        SetLinearCombinations(gpos);
-        SetRNXCheckType(gpos);
-        CheckRNXEpochs(rnxh, rnxd, gpos.GetIsGPS(), gpos.GetIsGLN(), gpos.GetIsGAL(),
-                       gpos.GetVerbose());
-        ProcClock(gpos);
-        SetAmbiguities(gpos);
-
-        SetUnknowns(gpos);
-
-        ProgramSubTitle("FINAL PROCESSING OF PHASE/CODE GNSS DATA:", 0);
-        std::cout << "\n";
-
-        ProcStatic(gpos);
-
-        ProgramSubTitle("PPP PROCESSING RESULTS:", 0);
-        std::cout << "\n";
-
-        PrintStatic(gpos);
+        RunPreprocessing(gpos);
+        RunEstimation(gpos);
+        RunResults(gpos);
     }
 
     EndProg(gpos.GetVerbose(), 1);

@@ -14,23 +14,13 @@
 #include "numerics/ProgramError.h"
 #include "numerics/lur.h"
 #include "numerics/norm.h"
+#include "estimation/EpochProgress.h"
+#include "numerics/MathConstants.h"
 #include "observations/GLONASSc.h"
+#include "observations/SatelliteSystem.h"
 #include "preprocessing/SetAmbiguities.h"
 
 namespace {
-
-constexpr long double Pi = 3.14159265358979323846264338327950288L;
-
-// Satellite systems by their share of the satellite numbers.
-enum System { GPS = 0, GLN = 1, GAL = 2, NoSystem = 3 };
-
-System SystemOf(short prn)
-{
-    if (prn <= 99) return GPS;
-    if (prn <= 199) return GLN;
-    if (prn <= 299) return GAL;
-    return NoSystem;
-}
 
 // One code observation type as it enters the adjustment.
 struct CodeType {
@@ -62,13 +52,11 @@ void OutlierLine(short prn, long i, const mjd& t, const char* label, long double
               << std::setprecision(3) << f;
 }
 
-// Standard deviation in mm of a variance; a variance that round-off has
-// pushed just below zero (a noise-free fit) reads as 0.
-long double StdMM(long double var)
-{
-    if (std::isnan(var)) return var;
-    return std::sqrt(var > 0.0L ? var : 0.0L) * 1000.0L;
-}
+// Standard deviation in mm of a variance. A type variance below zero (each
+// type sum loses the whole x'tc, so a type with few observations can end
+// there) has no root and prints as not-a-number: a clamp to zero would read
+// as a perfect fit and would make the outlier check's phase bound zero.
+long double StdMM(long double var) { return std::sqrt(var) * 1000.0L; }
 
 bool Sized(long rows, long need) { return rows >= need; }
 
@@ -182,16 +170,10 @@ void ProcStatic(gCPosC& gc)
         if (gc.isPclk) gc.pclkM.SetEpochIndex(d.epoch(0));
         if (gc.verbose)
             std::cerr << "Orvo::ProcStatic():         " << std::setw(3) << niter << ":   Process:       ";
-        int shown = -1;
+        EpochProgress progress(gc.verbose);
         long i1 = 0;
         for (long int i = 0; i < nEp; ++i) {
-            if (gc.verbose) {
-                const int process = static_cast<int>(100.0f * static_cast<float>(i) / static_cast<float>(nEp));
-                if (process % 5 == 0 && process != shown) {
-                    std::cerr << "\b\b\b\b\b\b" << std::setw(4) << process << " %";
-                    shown = process;
-                }
-            }
+            progress.Step(i, nEp);
             const long i2 = i1 + d.nsat(i);
             if (d.nsat(i) < 0 || i2 > nRec)
                 ProgramError("Orvo", "STATIC SOLUTION: RECORD COUNT OF EPOCH " + std::to_string(i + 1) +
@@ -234,16 +216,16 @@ void ProcStatic(gCPosC& gc)
             for (long k = i1; k < i2; ++k) {
                 if (!(gc.ELV(k) > minElevation)) continue;
                 short satprn = d.sat(k);
-                const System sys = SystemOf(satprn);
-                if (sys == NoSystem || !sysOn[sys]) continue;
+                const SatSystem sys = SystemOf(satprn);
+                if (sys == SysNone || !sysOn[sys]) continue;
                 long double alpha1 = 1.0L, alpha2 = AlphaGPS;
-                if (sys == GLN) {
+                if (sys == SysGLN) {
                     // No frequency table row, no ionosphere scale: the slot
                     // cannot be used.
                     if (satprn - 101 < 0 || satprn - 101 >= GLONASSc::NSlots) continue;
                     alpha1 = GLONASSc::alphaG(satprn - 101, 0);
                     alpha2 = GLONASSc::alphaG(satprn - 101, 1);
-                } else if (sys == GAL) {
+                } else if (sys == SysGAL) {
                     alpha2 = AlphaGAL;
                 }
 
@@ -380,7 +362,7 @@ void ProcStatic(gCPosC& gc)
             SetElimNormalSystem(gc.Nt, gc.tt, N21, N22, t2, i, nUnk);
             i1 = i2;
         }
-        if (gc.verbose) std::cerr << "\b\b\b\b\b\b" << std::setw(4) << 100 << " %";
+        progress.Close();
 
         // The reduced system; the bordering rows behind NUnk keep what
         // SetDCBConstraints wrote.
@@ -449,12 +431,6 @@ void ProcStatic(gCPosC& gc)
             gc.s0apost_Pc3 = fTf_Pc3 / df;
             gc.s0apost_Pp3 = fTf_Pp3 / df;
             gc.s0apost_L3 = fTf_L3 / df;
-            // Each type sum loses the whole xtc, so a type with few or no
-            // observations (a file without phase under -l...L3) can drop
-            // below zero; a variance cannot, and the reports take its root.
-            for (long double* v : {&gc.s0apost, &gc.s0apost_C1, &gc.s0apost_P1, &gc.s0apost_P2,
-                                   &gc.s0apost_Pc3, &gc.s0apost_Pp3, &gc.s0apost_L3})
-                if (*v < 0.0L) *v = 0.0L;
         } else {
             // No redundancy: the residuals say nothing about the noise.
             const long double nan = std::numeric_limits<long double>::quiet_NaN();

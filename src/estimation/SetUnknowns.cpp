@@ -6,11 +6,11 @@
 #include <string>
 
 #include "driver/Console.h"
+#include "numerics/MathConstants.h"
 #include "numerics/ProgramError.h"
+#include "observations/SatelliteSystem.h"
 
 namespace {
-
-constexpr long double Pi = 3.14159265358979323846264338327950288L;
 
 // One kind of code bias: its switch, header presence, observable and the
 // column table it fills.
@@ -28,10 +28,12 @@ struct DCBKind {
 // Whether the system of satellite prn estimates code biases.
 bool SystemEstimatesDCB(const gCPosC& gc, short prn)
 {
-    if (prn >= 1 && prn <= 99) return gc.isGPSxdcb;
-    if (prn >= 101 && prn <= 199) return gc.isGLNxdcb;
-    if (prn >= 201 && prn <= 299) return gc.isGALxdcb;
-    return false;
+    switch (SystemOf(prn)) {
+    case SysGPS: return gc.isGPSxdcb;
+    case SysGLN: return gc.isGLNxdcb;
+    case SysGAL: return gc.isGALxdcb;
+    default: return false;
+    }
 }
 
 void CountLine(const char* text, long n)
@@ -139,9 +141,9 @@ void SetUnknowns_SatDCB(gCPosC& gc, long int& ix)
             if (kd.is && kd.ix(s) >= 0) has = true;
         if (!has) continue;
         const short prn = d.satList(s);
-        if (prn >= 1 && prn <= 99 && gc.isGPSxdcb) gc.isDCB_Gc = true;
-        if (prn >= 101 && prn <= 199 && gc.isGLNxdcb) gc.isDCB_Rc = true;
-        if (prn >= 201 && prn <= 299 && gc.isGALxdcb) gc.isDCB_Ec = true;
+        if (SystemOf(prn) == SysGPS && gc.isGPSxdcb) gc.isDCB_Gc = true;
+        if (SystemOf(prn) == SysGLN && gc.isGLNxdcb) gc.isDCB_Rc = true;
+        if (SystemOf(prn) == SysGAL && gc.isGALxdcb) gc.isDCB_Ec = true;
     }
     gc.ndcbConstr = static_cast<long int>(gc.isDCB_Gc) + static_cast<long int>(gc.isDCB_Rc) +
                     static_cast<long int>(gc.isDCB_Ec);

@@ -5,6 +5,7 @@
 #include <limits>
 #include <string>
 
+#include "numerics/MathConstants.h"
 #include "numerics/PolmerN.h"
 #include "numerics/ProgramError.h"
 
@@ -12,8 +13,6 @@ namespace {
 
 // Full extended-precision pi: longitudes and azimuths are true angles here,
 // fed back into sin and cos.
-constexpr long double Pi = 3.141592653589793238462643383279502884L;
-
 // Below this size a coordinate difference in Azimuth counts as zero.
 constexpr long double AzimuthNull = 1e-14L;
 

@@ -9,6 +9,7 @@
 #include "observations/GPSc.h"
 #include "observations/LinearCombinations.h"
 #include "observations/RINEXData.h"
+#include "observations/SatelliteSystem.h"
 
 namespace {
 
@@ -39,9 +40,9 @@ constexpr long double MinCorrection = 0.0001L;
 /// A system needs more than this share of all records to count as present.
 constexpr double MinSystemShare = 0.1;
 
-bool IsGPS(short s) { return s >= 0 && s <= 99; }
-bool IsGLONASS(short s) { return s >= 101 && s <= 199; }
-bool IsGalileo(short s) { return s >= 201 && s <= 299; }
+bool IsGPS(short s) { return SystemOf(s) == SysGPS; }
+bool IsGLONASS(short s) { return SystemOf(s) == SysGLN; }
+bool IsGalileo(short s) { return SystemOf(s) == SysGAL; }
 
 // Wavelengths (m) of the first and second carrier of a GPS or GLONASS
 // satellite; false for other systems and for a GLONASS satellite whose

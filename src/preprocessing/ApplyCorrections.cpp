@@ -11,22 +11,19 @@
 #include "geodesy/CoordinateTransforms.h"
 #include "numerics/ProgramError.h"
 #include "observations/GLONASSc.h"
+#include "observations/SatelliteSystem.h"
 
 namespace {
 
 const char* const Prog = "Orvo";
 
-bool IsGPSSat(short s) { return s >= 1 && s <= 99; }
-bool IsGLNSat(short s) { return s >= 101 && s <= 199; }
-bool IsGALSat(short s) { return s >= 201 && s <= 299; }
-
 // The ellipsoid of a satellite's system frame, or null for a system that
 // is not processed.
 const elipsoid* SystemEllipsoid(const gCPosC& gc, short s)
 {
-    if (IsGPSSat(s)) return gc.isGPS ? &gc.eGPS : nullptr;
-    if (IsGLNSat(s)) return gc.isGLN ? &gc.eGLN : nullptr;
-    if (IsGALSat(s)) return gc.isGAL ? &gc.eGAL : nullptr;
+    if (SystemOf(s) == SysGPS) return gc.isGPS ? &gc.eGPS : nullptr;
+    if (SystemOf(s) == SysGLN) return gc.isGLN ? &gc.eGLN : nullptr;
+    if (SystemOf(s) == SysGAL) return gc.isGAL ? &gc.eGAL : nullptr;
     return nullptr;
 }
 

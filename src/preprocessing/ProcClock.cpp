@@ -8,23 +8,12 @@
 #include "driver/Console.h"
 #include "geodesy/TimeConverse.h"
 #include "geodesy/ymdhms.h"
+#include "numerics/MathConstants.h"
+#include "observations/SatelliteSystem.h"
 #include "numerics/ProgramError.h"
 #include "preprocessing/FindOutliers.h"
 
 namespace {
-
-constexpr long double Pi = 3.14159265358979323846264338327950288L;
-
-enum System { GPS = 0, GLONASS = 1, GALILEO = 2, NSystems = 3 };
-
-// The system of a satellite number, NSystems for any other.
-int SystemOf(short sat)
-{
-    if (sat >= 0 && sat <= 99) return GPS;
-    if (sat >= 101 && sat <= 199) return GLONASS;
-    if (sat >= 201 && sat <= 299) return GALILEO;
-    return NSystems;
-}
 
 // The report's calendar form of an epoch, whatever the print settings of
 // ymdhms stand at.
@@ -75,8 +64,8 @@ void ProcClock(gCPosC& gc)
     const long double minElevation =
         Pi * static_cast<long double>(gc.MinElevation) / 180.0L;
     const long double limit = 2.0L * gc.MaxfDiff;
-    const bool inUse[NSystems] = {gc.isGPS, gc.isGLN, gc.isGAL};
-    const char* const missing[NSystems] = {"NO GPS OBSERVATIONS!", "NO GLONASS OBSERVATIONS!",
+    const bool inUse[SysNone] = {gc.isGPS, gc.isGLN, gc.isGAL};
+    const char* const missing[SysNone] = {"NO GPS OBSERVATIONS!", "NO GLONASS OBSERVATIONS!",
                                            "NO GALILEO OBSERVATIONS!"};
 
     // The codes in the order they enter the sample; a type the header does
@@ -102,12 +91,12 @@ void ProcClock(gCPosC& gc)
     ProgramSubSubTitle("DETERMINATION OF A-PRIORI CLOCK ERORRS:", 0);
     ProgramSubSubSubTitle("Epoch-by-epoch screening:", 2);
 
-    long goodEpochs[NSystems] = {0, 0, 0};
+    long goodEpochs[SysNone] = {0, 0, 0};
     long goodGNSS = 0, nExceeded = 0, nOutliers = 0;
     long k = 0;
     for (long i = 0; i < nepoch; ++i) {
         long double clk = 0.0L;
-        long count[NSystems] = {0, 0, 0};
+        long count[SysNone] = {0, 0, 0};
         long n = 0;
         for (long j = 0; j < d.nsat(i); ++j, ++k) {
             if (!gc.OKSAT(k)) continue;
@@ -117,7 +106,7 @@ void ProcClock(gCPosC& gc)
             const long double dist = los.GetLength();
             if (!(gc.ELV(k) > minElevation)) continue;
             const int s = SystemOf(d.sat(k));
-            if (s == NSystems || !inUse[s]) continue;
+            if (s == SysNone || !inUse[s]) continue;
             for (int c = 0; c < ncodes; ++c) {
                 const gnssobs& code = (*codes[c])(k);
                 if (code.IsNull()) continue;
@@ -128,7 +117,7 @@ void ProcClock(gCPosC& gc)
             }
         }
 
-        const long nobsM = count[GPS] + count[GLONASS] + count[GALILEO];
+        const long nobsM = count[SysGPS] + count[SysGLN] + count[SysGAL];
         long nOi = 0;
         if (nobsM > 0) {
             long nm = nobsM;
@@ -142,7 +131,7 @@ void ProcClock(gCPosC& gc)
         }
         gc.dtAll(i) = clk;
 
-        for (int s = 0; s < NSystems; ++s) {
+        for (int s = 0; s < SysNone; ++s) {
             if (!inUse[s]) continue;
             if (count[s] == 0) {
                 std::cout << "    EPOCH: " << std::setw(7) << i + 1 << " [";
@@ -158,12 +147,12 @@ void ProcClock(gCPosC& gc)
     std::cout << "\n";
     std::cout << "  # of ALL EPOCHS IN RINEX FILE: " << std::setw(18) << d.GetNEpoch() << "\n";
     if (gc.isGPS)
-        std::cout << "    # of GPS EPOCHS            : " << std::setw(18) << goodEpochs[GPS] << "\n";
+        std::cout << "    # of GPS EPOCHS            : " << std::setw(18) << goodEpochs[SysGPS] << "\n";
     if (gc.isGLN)
-        std::cout << "    # of GLONASS EPOCHS        : " << std::setw(18) << goodEpochs[GLONASS]
+        std::cout << "    # of GLONASS EPOCHS        : " << std::setw(18) << goodEpochs[SysGLN]
                   << "\n";
     if (gc.isGAL)
-        std::cout << "    # of GALILEO EPOCHS        : " << std::setw(18) << goodEpochs[GALILEO]
+        std::cout << "    # of GALILEO EPOCHS        : " << std::setw(18) << goodEpochs[SysGAL]
                   << "\n";
     std::cout << "    # of ALL GNSS OK EPOCHS    : " << std::setw(18) << goodGNSS << "\n";
     std::cout << "\n";

@@ -11,12 +11,13 @@
 #include <vector>
 
 #include "driver/Console.h"
+#include "numerics/MathConstants.h"
 #include "numerics/ProgramError.h"
 #include "observations/AmbRecord.h"
+#include "preprocessing/AmbiguityTable.h"
+#include "observations/SatelliteSystem.h"
 
 namespace {
-
-constexpr long double Pi = 3.14159265358979323846264338327950288L;
 
 // Random names drawn before an existing arc file is simply overwritten.
 constexpr int AmbFileAttempts = 100;
@@ -31,24 +32,12 @@ std::string Label(const std::string& indent, const std::string& text)
 
 bool InUse(const gCPosC& gc, short sat)
 {
-    if (sat >= 0 && sat <= 99) return gc.isGPS;
-    if (sat >= 101 && sat <= 199) return gc.isGLN;
-    if (sat >= 201 && sat <= 299) return gc.isGAL;
-    return false;
-}
-
-char SystemLetter(short sat)
-{
-    if (sat >= 201 && sat <= 299) return 'E';
-    if (sat >= 101 && sat <= 199) return 'R';
-    return 'G';
-}
-
-int SystemBase(short sat)
-{
-    if (sat >= 201 && sat <= 299) return 200;
-    if (sat >= 101 && sat <= 199) return 100;
-    return 0;
+    switch (SystemOf(sat)) {
+    case SysGPS: return gc.isGPS;
+    case SysGLN: return gc.isGLN;
+    case SysGAL: return gc.isGAL;
+    default: return false;
+    }
 }
 
 // The stage order is the only guard on the per-record arrays; say plainly
@@ -99,15 +88,6 @@ std::vector<AmbRecord> ReadArcs(const std::string& name, long nAmb)
         if (!ReadAmbRecord(in, a))
             ProgramError("Orvo", "AMBIGUITY FILE " + name + " CAN NOT BE READ!");
     return arcs;
-}
-
-// The code that L3 is referred to: the one the solution uses, so that the
-// a-priori ambiguity carries the same code biases as the adjustment.
-const matrix<gnssobs>* SolutionCode(const gCPosC& gc)
-{
-    if (gc.ifPc3) return &gc.rnxd.PC3;
-    if (gc.ifPp3) return &gc.rnxd.PP3;
-    return &gc.rnxd.C1;
 }
 
 void Clear(matrix<gnssobs>& m, bool listed, long k)
@@ -203,9 +183,7 @@ void SetAmbiguities(gCPosC& gc)
 
     // A-priori ambiguity: L3 - code averages the code noise over the arc and
     // leaves the ambiguity plus the code biases of the solution.
-    const matrix<gnssobs>& code = *SolutionCode(gc);
     const long n = d.GetNObs();
-    const bool haveL3 = d.L3.NRow() >= n, haveCode = code.NRow() >= n;
     std::vector<long double> mean(arcs.size(), 0.0L);
     std::vector<long> count(arcs.size(), 0);
     long nOK = 0;
@@ -215,20 +193,8 @@ void SetAmbiguities(gCPosC& gc)
         if (arc.iStart < 0 || arc.iEnd >= d.GetNEpoch() || arc.iStart > arc.iEnd
             || arc.ioStart < 0 || arc.ioStart > n)
             ProgramError("Orvo", "AMBIGUITY FILE " + d.AmbFile + " HOLDS AN ARC OUTSIDE THE DATA!");
-        long double sum = 0.0L;
-        long k = arc.ioStart;
-        for (long i = arc.iStart; i <= arc.iEnd; ++i)
-            for (long j = 0; j < d.nsat(i); ++j, ++k) {
-                if (k >= n) continue;
-                if (d.sat(k) != arc.sat || !gc.OKSAT(k) || !haveL3 || !haveCode) continue;
-                if (d.L3(k).IsNull() || code(k).IsNull()) continue;
-                sum += d.L3(k).obs - code(k).obs;
-                ++count[a];
-            }
-        if (count[a] > 0) {
-            mean[a] = sum / static_cast<long double>(count[a]);
-            ++nOK;
-        }
+        ArcL3MinusCode(gc, arc.sat, arc.iStart, arc.ioStart, arc.iEnd, count[a], mean[a]);
+        if (count[a] > 0) ++nOK;
     }
     std::cout << Label("  ", "Testing all ambiguities - # of OK") << nOK << "\n\n";
 
@@ -248,16 +214,7 @@ void SetAmbiguities(gCPosC& gc)
     }
 
     ProgramSubSubSubTitle("A-PRIORI VALUES OF AMBIGUITIES:", 2);
-    std::cout << "      ID   PRN       START EPOCH         END EPOCH          L3 AMB [m]\n";
-    for (long i = 0; i < gc.nAmb; ++i) {
-        const short sat = gc.AmbSat(i);
-        if (i > 0 && sat != gc.AmbSat(i - 1)) std::cout << "\n";
-        std::cout << std::setw(8) << i + 1 << "   " << SystemLetter(sat) << std::setw(2)
-                  << std::setfill('0') << sat - SystemBase(sat) << std::setfill(' ')
-                  << std::setw(18) << gc.AmbIndex(i, 0) << std::setw(18) << gc.AmbIndex(i, 2)
-                  << std::setw(20) << std::setprecision(4) << gc.xAmb(i) << "\n";
-    }
-    std::cout << "\n";
+    PrintAmbiguityTable(gc);
 
     // The file only carried the arcs between the screening steps; a copy
     // left behind harms nothing but the user's folder, so it is a warning.

@@ -1,0 +1,65 @@
+#include "driver/ProcessingStages.h"
+
+#include <iostream>
+
+#include "driver/Console.h"
+#include "estimation/ProcKinematic.h"
+#include "estimation/ProcStatic.h"
+#include "estimation/ResCheck.h"
+#include "estimation/SetUnknowns.h"
+#include "observations/CheckRNXEpochs.h"
+#include "observations/ExcludeProblemSat.h"
+#include "preprocessing/ApplyCorrections.h"
+#include "preprocessing/ConAmbiguities.h"
+#include "preprocessing/GetReceiverProperties.h"
+#include "preprocessing/L3Filter.h"
+#include "preprocessing/MWAmbiguities.h"
+#include "preprocessing/ProcClock.h"
+#include "preprocessing/SetAmbiguities.h"
+#include "preprocessing/SetLinearCombinations.h"
+#include "preprocessing/SetRNXCheckType.h"
+#include "preprocessing/SplitMidnightAmbs.h"
+#include "reporting/PrintStatic.h"
+
+void RunPreprocessing(gCPosC& gpos)
+{
+    ProgramSubTitle("PREPROCESSING OF PHASE/CODE GNSS DATA:", 0);
+    std::cout << "\n";
+
+    ExcludeProblemSat(gpos.rnxh, gpos.rnxd, gpos.GetSatCRX(), gpos.GetIsSCRX(), gpos.GetVerbose());
+    GetReceiverProperties(gpos);
+    ApplyCorrections(gpos);
+    SetLinearCombinations(gpos);
+    SetRNXCheckType(gpos);
+    CheckRNXEpochs(gpos.rnxh, gpos.rnxd, gpos.GetIsGPS(), gpos.GetIsGLN(), gpos.GetIsGAL(),
+                   gpos.GetVerbose());
+    ProcClock(gpos);
+    SetAmbiguities(gpos);
+    ConAmbiguities(gpos);
+    SplitMidnightAmbs(gpos);
+    MWAmbiguities(gpos);
+    L3Filter(gpos);
+
+    SetUnknowns(gpos);
+}
+
+void RunEstimation(gCPosC& gpos)
+{
+    ProgramSubTitle("FINAL PROCESSING OF PHASE/CODE GNSS DATA:", 0);
+    std::cout << "\n";
+
+    ProcStatic(gpos);
+    ResCheck(gpos);
+    // One more pass without the rejected observations; the outlier counters
+    // keep describing the first.
+    if (gpos.GetNOutl()) ProcStatic(gpos);
+}
+
+void RunResults(gCPosC& gpos)
+{
+    ProgramSubTitle("PPP PROCESSING RESULTS:", 0);
+    std::cout << "\n";
+
+    PrintStatic(gpos);
+    ProcKinematic(gpos);
+}

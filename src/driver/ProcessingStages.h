@@ -1,0 +1,18 @@
+#pragma once
+// The three blocks of stages that follow the reading of the input files, in
+// their fixed order; main runs them one after the other. Split so that a
+// caller can look at or change the context between the blocks.
+#include "driver/gCPosC.h"
+
+/// Preprocessing: problem satellites, receiver properties, corrections,
+/// combinations, epoch checks, clock pre-solution, ambiguity arcs and their
+/// clean-up, the unknowns. Needs ReadFiles done.
+void RunPreprocessing(gCPosC& gpos);
+
+/// Final processing: the static adjustment, the outlier check and, when it
+/// rejected anything, one more adjustment without the rejected observations.
+void RunEstimation(gCPosC& gpos);
+
+/// Results: the static report and files, then the kinematic solution, which
+/// overwrites the cofactors and variances the static report reads.
+void RunResults(gCPosC& gpos);

@@ -1,0 +1,150 @@
+#include "estimation/ResCheck.h"
+
+#include <array>
+#include <cmath>
+#include <iomanip>
+#include <iostream>
+
+#include "driver/Console.h"
+#include "estimation/EpochProgress.h"
+#include "estimation/NormalSystem.h"
+#include "estimation/StoredTypes.h"
+#include "numerics/ProgramError.h"
+#include "observations/SatelliteSystem.h"
+#include "preprocessing/SetAmbiguities.h"
+
+long double GetQVV(matrix<long double>& B, matrix<long int>& iB, matrix<long double>& Qxx,
+                   long int k, long double p)
+{
+    using ProcStaticns::NSlots;
+    long double qv = 1.0L / p;
+    for (int i = 0; i < NSlots; ++i) {
+        const long int ci = iB(k, i);
+        if (ci == -1) continue;
+        const long double bi = B(k, i);
+        qv -= Qxx(ci, ci) * bi * bi;
+        for (int j = i + 1; j < NSlots; ++j) {
+            const long int cj = iB(k, j);
+            if (cj == -1) continue;
+            qv -= Qxx(ci, cj) * B(k, j) * 2.0L * bi;
+        }
+    }
+    return qv;
+}
+
+void ResCheck(gCPosC& gc)
+{
+    if (!gc.isThresBlunder) return;
+    RINEXData& d = gc.rnxd;
+    const long nEp = d.nepochall, nRec = d.nsatall;
+    // The rows are stored by the adjustment for this check; without them
+    // there is nothing to test, and reading on would leave the array.
+    if (gc.mB.NRow() < nRec || gc.mIB.NRow() < nRec || gc.mB.NCol() < ProcStaticns::NSlots
+        || gc.mIB.NCol() < ProcStaticns::NSlots || d.nsat.NRow() < nEp || d.sat.NRow() < nRec
+        || gc.WGHT.NRow() < nRec || gc.ELV.NRow() < nRec)
+        ProgramError("Orvo", "OUTLIER CHECK: THE STATIC SOLUTION HAS NOT STORED ITS OBSERVATIONS!");
+
+    ProgramSubSubTitle("OUTLIER DETECTION AND ELIMINATION - OBSERVATION CORRECTIONS CHECK:", 0);
+    if (gc.verbose) std::cerr << "Orvo::ResCheck(): OUTLIER DETECTION AND ELIMINATION!\n";
+    std::cout << std::fixed << "  Outlier detection parameters        :\n"
+              << "   Phase/code residual threshold      : " << std::setw(6) << std::setprecision(3)
+              << gc.ThresBlunder << " * STD_V\n\n";
+
+    long* const cdCount[3] = {&gc.NObsOutlGCd, &gc.NObsOutlRCd, &gc.NObsOutlECd};
+    long* const phCount[3] = {&gc.NObsOutlGPh, &gc.NObsOutlRPh, &gc.NObsOutlEPh};
+    gc.NObsOutl = gc.NObsOutlPh = gc.NObsOutlCd = 0;
+    gc.NObsOutlG = gc.NObsOutlR = gc.NObsOutlE = 0;
+    for (int s = 0; s < 3; ++s) *cdCount[s] = *phCount[s] = 0;
+
+    std::array<StoredType, 6> types = StoredTypes(gc);
+    StoredType& l3 = types[5];
+
+    matrix<short> SatList = d.satList;
+    long nSatList = SatList.NRow();
+    const long double s0 = gc.s0apost;
+
+    if (gc.verbose) std::cerr << "Orvo::ResCheck():         Process:       ";
+    EpochProgress progress(gc.verbose);
+    long k = 0;
+    for (long i = 0; i < nEp; ++i) {
+        progress.Step(i, nEp);
+        const long i2 = k + d.nsat(i);
+        if (d.nsat(i) < 0 || i2 > nRec)
+            ProgramError("Orvo", "OUTLIER CHECK: RECORD COUNT OF EPOCH " + std::to_string(i + 1)
+                                     + " EXCEEDS THE RECORD STORE!");
+        for (; k < i2; ++k) {
+            short prn = d.sat(k);
+            const SatSystem sys = SystemOf(prn);
+            if (sys == SysNone) continue;
+
+            for (int t = 0; t < 5; ++t) {
+                StoredType& ct = types[t];
+                if (!ct.on || !ct.used(k)) continue;
+                gc.mIB(k, 4) = gc.mIB(k, 5) = -1;
+                if (ct.dcb) {
+                    long ixdcb = -1, ixsat = -1;
+                    GetIndexSatDCB(prn, SatList, ct.ixdcb, nSatList, ixdcb, ixsat);
+                    gc.mIB(k, 4) = ixdcb;
+                }
+                const long double p = gc.WGHT(k) * ct.p0[sys];
+                const long double qv = GetQVV(gc.mB, gc.mIB, gc.QxxAll, k, p);
+                // A negative cofactor gives a bound that is not a number:
+                // the comparison fails and the observation stays.
+                if (std::fabs(ct.f(k)) > std::sqrt(s0 * qv) * gc.ThresBlunder) {
+                    ++*cdCount[sys];
+                    ct.rejected(k) = true;
+                }
+            }
+
+            if (!l3.on || !l3.used(k)) continue;
+            long ixamb = -1;
+            GetAmbIndex(prn, i, gc.AmbIndex, gc.AmbSat, gc.nAmb, ixamb);
+            if (ixamb < 0 || ixamb >= gc.ixAmb.NRow()) {
+                l3.rejected(k) = true;
+                continue;
+            }
+            gc.mIB(k, 4) = -1;
+            gc.mIB(k, 5) = gc.ixAmb(ixamb);
+            const long double p = gc.WGHT(k) * l3.p0[sys];
+            const long double qv = GetQVV(gc.mB, gc.mIB, gc.QxxAll, k, p);
+            long double rThres = std::sqrt(s0 * qv) * gc.ThresBlunder;
+            // A phase is never judged against less than the a-priori noise of
+            // a GPS L3; the fall-back widens towards the horizon.
+            if (qv < 0.0L || std::sqrt(s0 * qv) < gc.sigL3G)
+                rThres = std::sqrt(gc.s0apost_L3) * gc.ThresBlunder / std::sin(gc.ELV(k));
+            if (std::fabs(l3.f(k)) > rThres) {
+                ++*phCount[sys];
+                l3.rejected(k) = true;
+            }
+        }
+    }
+    progress.Close();
+    if (gc.verbose) std::cerr << "\n";
+
+    gc.NObsOutlPh = gc.NObsOutlGPh + gc.NObsOutlRPh + gc.NObsOutlEPh;
+    gc.NObsOutlCd = gc.NObsOutlGCd + gc.NObsOutlRCd + gc.NObsOutlECd;
+    gc.NObsOutl = gc.NObsOutlPh + gc.NObsOutlCd;
+    gc.NObsOutlG = gc.NObsOutlGPh + gc.NObsOutlGCd;
+    gc.NObsOutlR = gc.NObsOutlRPh + gc.NObsOutlRCd;
+    gc.NObsOutlE = gc.NObsOutlEPh + gc.NObsOutlECd;
+    const long double nOutP =
+        100.0L * static_cast<long double>(gc.NObsOutl) / static_cast<long double>(gc.NObs);
+
+    std::cout << "  Outlier detection results           :\n";
+    auto line = [](const char* text, long all, long g, long r, long e) {
+        std::cout << text << std::setw(10) << all << "     G: " << std::setw(6) << g << "     R: "
+                  << std::setw(6) << r << "     E: " << std::setw(6) << e << "\n";
+    };
+    line("   # of Code residual outliers        : ", gc.NObsOutlCd, gc.NObsOutlGCd, gc.NObsOutlRCd,
+         gc.NObsOutlECd);
+    line("   # of Phase residual outliers       : ", gc.NObsOutlPh, gc.NObsOutlGPh, gc.NObsOutlRPh,
+         gc.NObsOutlEPh);
+    line("   # of All residual outliers         : ", gc.NObsOutl, gc.NObsOutlG, gc.NObsOutlR,
+         gc.NObsOutlE);
+    std::cout << "  Percentage of detected outliers     : " << std::setw(10) << std::setprecision(2)
+              << nOutP << " %\n\n\n";
+    if (gc.verbose)
+        std::cerr << "Orvo::ResCheck():         Outliers: code: " << gc.NObsOutlCd
+                  << "  /  phase: " << gc.NObsOutlPh << "  /  %: " << std::fixed
+                  << std::setprecision(1) << nOutP << "\n";
+}

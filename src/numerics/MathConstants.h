@@ -1,0 +1,8 @@
+#pragma once
+// Mathematical constants shared by every subsystem, in long double.
+
+/// π to more digits than long double holds.
+inline constexpr long double Pi = 3.14159265358979323846264338327950288L;
+
+/// Degrees to radians: the factor of an angle read from a file or an option.
+inline constexpr long double Deg2Rad = Pi / 180.0L;
