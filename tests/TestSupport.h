@@ -3,7 +3,11 @@
 // scratch files cut from them.
 #include <cstdio>
 #include <cstdlib>
+#include <algorithm>
+#include <cstring>
 #include <filesystem>
+#include <functional>
+#include <vector>
 #include <system_error>
 #include <fstream>
 #include <ostream>
@@ -108,41 +112,51 @@ private:
     std::streamsize prec_;
 };
 
-/// Copies the header and the first nEpochs epochs of a RINEX 2 observation
-/// file to `name` in the scratch folder and returns its path; with
-/// blankPhase the L1 and L2 fields (third field of the first and second line
-/// of each record, the layout of the ESBC file) are blanked.
-inline std::string CutObs(const std::string& src, const std::string& name, long nEpochs,
-                          bool blankPhase = false)
-{
+/// Chooses the records of one epoch to keep from its satellite fields ("G05", "E11", ...).
+using Selector = std::function<std::vector<bool>(const std::vector<std::string>&)>;
+
+inline std::vector<bool> KeepAll(const std::vector<std::string>& sats) { return std::vector<bool>(sats.size(), true); }
+
+/// Writes into the scratch folder the header of the RINEX 2 file `src` (with `from` replaced by `to`
+/// in the header) and its first `nEpochs` epochs, each with the records that `keep` chooses; with
+/// `blankPhase` the L1 and L2 fields (third field of a record's first two lines) are blanked.
+inline std::string CutObs(const std::string& src, const std::string& name, long nEpochs, const Selector& keep = KeepAll,
+                          const std::string& from = "", const std::string& to = "", bool blankPhase = false) {
     std::ifstream in(src);
-    const std::string path = TempDir() + "/" + name;
-    std::ofstream out(path);
-    std::string line;
+    std::string line, out;
     int nTypes = 0;
     while (std::getline(in, line)) {
-        out << line << "\n";
-        if (line.find("# / TYPES OF OBSERV") != std::string::npos && line.size() > 6 &&
-            line.substr(0, 6) != "      ")
-            nTypes = std::atoi(line.substr(0, 6).c_str());
+        if (line.find("# / TYPES OF OBSERV") != std::string::npos && nTypes == 0) nTypes = std::atoi(line.substr(0, 6).c_str());
+        const size_t p = from.empty() ? std::string::npos : line.find(from);
+        if (p < 60) line.replace(p, from.size(), to);
+        out += line + "\n";
         if (line.find("END OF HEADER") != std::string::npos) break;
     }
-    const int linesPerSat = (nTypes + 4) / 5;
-    for (long ep = 0; ep < nEpochs && std::getline(in, line); ++ep) {
-        out << line << "\n";
-        const int nSat = line.size() >= 32 ? std::atoi(line.substr(29, 3).c_str()) : 0;
-        for (int c = 0; c < (nSat - 1) / 12 && std::getline(in, line); ++c) out << line << "\n";
-        for (int s = 0; s < nSat; ++s)
-            for (int r = 0; r < linesPerSat && std::getline(in, line); ++r) {
-                if (blankPhase && r < 2) {
-                    line.resize(80, ' ');
-                    line.replace(32, 16, 16, ' ');
-                    line.erase(line.find_last_not_of(' ') + 1);
-                }
-                out << line << "\n";
+    for (long e = 0; e < nEpochs && std::getline(in, line); ++e) {
+        const std::string head = line.substr(0, 29);
+        const int n = std::atoi(line.substr(29, 3).c_str());
+        std::vector<std::string> sats, records(n);
+        for (int s = 0; s < n; ++s) {
+            if (s > 0 && s % 12 == 0) std::getline(in, line);
+            sats.push_back(line.substr(32 + 3 * (s % 12), 3));
+        }
+        for (int s = 0; s < n; ++s)
+            for (int l = 0; l < (nTypes + 4) / 5 && std::getline(in, line); ++l) {
+                if (blankPhase && l < 2)
+                    line.resize(std::max<size_t>(line.size(), 48), ' '), line.replace(32, 16, 16, ' '),
+                        line.erase(line.find_last_not_of(' ') + 1);
+                records[s] += line + "\n";
             }
+        const std::vector<bool> k = keep(sats);
+        std::string list, body;
+        int kept = 0;
+        for (int s = 0; s < n; ++s)
+            if (k[s]) list += (kept > 0 && kept % 12 == 0 ? "\n" + std::string(32, ' ') : "") + sats[s], body += records[s], ++kept;
+        char count[12];
+        std::snprintf(count, sizeof count, "%3d", kept);
+        out += head + count + list + "\n" + body;
     }
-    return path;
+    return WriteTemp(name, out);
 }
 
 }  // namespace orvotest

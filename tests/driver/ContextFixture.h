@@ -64,51 +64,13 @@ inline int Count(const std::string& text, const std::string& what) {
 
 inline std::string Warning(const std::string& msg) { return "#### Orvo: Warning -> " + msg + " ####"; }
 
-/// Chooses the records of one epoch to keep from its satellite fields ("G05", "E11", ...).
-using Selector = std::function<std::vector<bool>(const std::vector<std::string>&)>;
+using orvotest::KeepAll;
+using orvotest::Selector;
 
-inline std::vector<bool> KeepAll(const std::vector<std::string>& sats) { return std::vector<bool>(sats.size(), true); }
-
-/// Writes into the scratch folder the header of the real ESBC file (with `from` replaced by `to`
-/// in the header) and its first `nEpochs` epochs, each with the records that `keep` chooses; with
-/// `blankPhase` the L1 and L2 fields (third field of a record's first two lines) are blanked.
+/// orvotest::CutObs of the real ESBC file.
 inline std::string CutObs(const std::string& name, long nEpochs, const Selector& keep = KeepAll,
                           const std::string& from = "", const std::string& to = "", bool blankPhase = false) {
-    std::ifstream in(kObs);
-    std::string line, out;
-    int nTypes = 0;
-    while (std::getline(in, line)) {
-        if (Has(line, "# / TYPES OF OBSERV") && nTypes == 0) nTypes = std::atoi(line.substr(0, 6).c_str());
-        const size_t p = from.empty() ? std::string::npos : line.find(from);
-        if (p < 60) line.replace(p, from.size(), to);
-        out += line + "\n";
-        if (Has(line, "END OF HEADER")) break;
-    }
-    for (long e = 0; e < nEpochs && std::getline(in, line); ++e) {
-        const std::string head = line.substr(0, 29);
-        const int n = std::atoi(line.substr(29, 3).c_str());
-        std::vector<std::string> sats, records(n);
-        for (int s = 0; s < n; ++s) {
-            if (s > 0 && s % 12 == 0) std::getline(in, line);
-            sats.push_back(line.substr(32 + 3 * (s % 12), 3));
-        }
-        for (int s = 0; s < n; ++s)
-            for (int l = 0; l < (nTypes + 4) / 5 && std::getline(in, line); ++l) {
-                if (blankPhase && l < 2)
-                    line.resize(std::max<size_t>(line.size(), 48), ' '), line.replace(32, 16, 16, ' '),
-                        line.erase(line.find_last_not_of(' ') + 1);
-                records[s] += line + "\n";
-            }
-        const std::vector<bool> k = keep(sats);
-        std::string list, body;
-        int kept = 0;
-        for (int s = 0; s < n; ++s)
-            if (k[s]) list += (kept > 0 && kept % 12 == 0 ? "\n" + std::string(32, ' ') : "") + sats[s], body += records[s], ++kept;
-        char count[12];
-        std::snprintf(count, sizeof count, "%3d", kept);
-        out += head + count + list + "\n" + body;
-    }
-    return orvotest::WriteTemp(name, out);
+    return orvotest::CutObs(kObs, name, nEpochs, keep, from, to, blankPhase);
 }
 
 struct RunResult { int status = -1; std::string out, err; };  // status 124 is a hang ended by timeout
