@@ -1,179 +1,92 @@
-// Constellation constants against the frequency plan, and the GLONASS
-// channel tables against the FDMA formula.
-#include <gtest/gtest.h>
+// Constellation constants against the frequency plan, the GLONASS channel
+// tables against the FDMA formula, and the working coefficients.
+#include "ObsSupport.h"
 
-#include <cmath>
-#include <iostream>
-
-#include "observations/GALILEOc.h"
-#include "observations/GLC.h"
-#include "observations/GLONASSc.h"
-#include "observations/GPSc.h"
-#include "numerics/NearLD.h"
-
-namespace {
+using namespace obstest;
 
 // The stored factors are double-rounded values printed to 20 digits, so
 // they sit up to 2e-16 (relative) from the exact ratios; a wrong digit
 // anywhere in the first 15 exceeds this bound.
 constexpr long double StoredRelTol = 1e-15L;
-// Table rows are computed in long double (64-bit mantissa): a few ulp.
-constexpr long double ComputedRelTol = 1e-17L;
+// Table rows are computed in long double (ulp 1e-19 relative); the lane
+// formulas lose a factor of about 5 to cancellation. 1e-16 leaves room for
+// that, while a wrong term is off by far more than 1e-6.
+constexpr long double ComputedRelTol = 1e-16L;
 
-void ExpectRel(long double got, long double want, long double tol)
+// got/want pairs, each within tol of 1 as a ratio.
+static void ExpectRatios(const std::vector<std::pair<long double, long double>>& rows, long double tol, const std::string& what)
 {
-    EXPECT_NEAR_LD(got / want, 1.0L, tol) << "got " << static_cast<double>(got)
-                                      << " want " << static_cast<double>(want);
+    for (std::size_t k = 0; k < rows.size(); ++k)
+        EXPECT_NEAR_LD(rows[k].first / rows[k].second, 1.0L, tol) << what << " row " << k;
 }
 
-struct Plan {
-    long double f1, f2;
-    long double LCion1, LCion2, LCwl1, LCwl2, LCnl1, LCnl2, alpha, f1_f2;
-};
-
-void ExpectFactorsMatchFrequencies(const Plan& p)
+// The stored factors LCion1, LCion2, LCwl1, LCwl2, LCnl1, LCnl2, alpha,
+// f1_f2 of a system with carriers f1, f2 (or two numbers in their ratio).
+static std::vector<std::pair<long double, long double>> Factors(long double f1, long double f2, std::vector<long double> got)
 {
-    const long double f1 = p.f1, f2 = p.f2;
-    ExpectRel(p.LCion1, f1 * f1 / (f1 * f1 - f2 * f2), StoredRelTol);
-    ExpectRel(p.LCion2, f2 * f2 / (f1 * f1 - f2 * f2), StoredRelTol);
-    ExpectRel(p.LCwl1, f1 / (f1 - f2), StoredRelTol);
-    ExpectRel(p.LCwl2, f2 / (f1 - f2), StoredRelTol);
-    ExpectRel(p.LCnl1, f1 / (f1 + f2), StoredRelTol);
-    ExpectRel(p.LCnl2, f2 / (f1 + f2), StoredRelTol);
-    ExpectRel(p.alpha, (f1 / f2) * (f1 / f2), StoredRelTol);
-    ExpectRel(p.f1_f2, f1 / f2, StoredRelTol);
+    const long double want[] = {f1 * f1 / (f1 * f1 - f2 * f2), f2 * f2 / (f1 * f1 - f2 * f2), f1 / (f1 - f2), f2 / (f1 - f2),
+                                f1 / (f1 + f2), f2 / (f1 + f2), (f1 / f2) * (f1 / f2), f1 / f2};
+    std::vector<std::pair<long double, long double>> rows(8);
+    for (int k = 0; k < 8; ++k) rows[k] = {got[k], want[k]};
+    return rows;
 }
 
-}  // namespace
-
-TEST(GNSSConstants, GPSWavelengthsAndFactorsFollowFromTheFrequencies)
+TEST(GNSSConstants, WavelengthsAndFactorsFollowFromTheFrequencyPlan)
 {
+    // GPS carriers are 154, 120 and 115 times the 10.23 MHz clock, Galileo
+    // E5b 118 and E5 AltBOC 116.5 times; GLONASS keeps the nominal 9 : 7.
+    // Wavelengths are c/f, wide and narrow lane c/(f1 -+ f2).
     using namespace GPSc;
-    // Frequencies are multiples of the 10.23 MHz clock: 154, 120, 115.
-    // 1e-15: ratios of whole-hertz constants, exact in long double after one
-    // correctly rounded division (ulp 1.4e-17 at 154).
-    EXPECT_NEAR_LD(freq1 / freq0, 154.0L, 1e-15L);
-    EXPECT_NEAR_LD(freq2 / freq0, 120.0L, 1e-15L);
-    EXPECT_NEAR_LD(freq5 / freq0, 115.0L, 1e-15L);
-    ExpectRel(lamb0, c / freq0, StoredRelTol);
-    ExpectRel(lamb1, c / freq1, StoredRelTol);
-    ExpectRel(lamb2, c / freq2, StoredRelTol);
-    ExpectRel(lamb5, c / freq5, StoredRelTol);
-    ExpectRel(lamWL, lamb1 * lamb2 / (lamb2 - lamb1), StoredRelTol);
-    ExpectRel(lamNL, lamb1 * lamb2 / (lamb1 + lamb2), StoredRelTol);
-    ExpectFactorsMatchFrequencies({freq1, freq2, LCion1, LCion2, LCwl1, LCwl2, LCnl1, LCnl2,
-                                   alpha, f1_f2});
+    namespace E = GALILEOc;
+    namespace R = GLONASSc;
+    ExpectRatios({{freq1 / freq0, 154.0L}, {freq2 / freq0, 120.0L}, {freq5 / freq0, 115.0L}, {E::freq2 / E::freq0, 118.0L},
+                  {E::freq8 / E::freq0, 116.5L}, {R::freq10 / R::freq20, 9.0L / 7.0L}, {R::dfreq10 / R::dfreq20, 9.0L / 7.0L},
+                  {lamb0, C / freq0}, {lamb1, C / freq1}, {lamb2, C / freq2}, {lamb5, C / freq5}, {E::lamb1, C / E::freq1},
+                  {E::lamb2, C / E::freq2}, {E::lamb5, C / E::freq5}, {E::lamb8, C / E::freq8}, {R::lamb10, C / R::freq10},
+                  {R::lamb20, C / R::freq20}, {R::lamb3, C / R::freq3}, {lamWL, C / (freq1 - freq2)}, {lamNL, C / (freq1 + freq2)},
+                  {E::lamWL, C / (E::freq1 - E::freq2)}, {E::lamNL, C / (E::freq1 + E::freq2)}}, StoredRelTol, "plan");
+    ExpectRatios(Factors(freq1, freq2, {LCion1, LCion2, LCwl1, LCwl2, LCnl1, LCnl2, alpha, f1_f2}), StoredRelTol, "GPS");
+    ExpectRatios(Factors(E::freq1, E::freq2, {E::LCion1, E::LCion2, E::LCwl1, E::LCwl2, E::LCnl1, E::LCnl2, E::alpha, E::f1_f2}),
+                 StoredRelTol, "Galileo");
+    ExpectRatios(Factors(9.0L, 7.0L, {R::LCion1, R::LCion2, R::LCwl1, R::LCwl2, R::LCnl1, R::LCnl2, R::alpha, R::f1_f2}),
+                 StoredRelTol, "GLONASS");
 }
 
-TEST(GNSSConstants, GalileoUsesE5bAsSecondFrequency)
+TEST(GlonassChannels, SetFrequencyFollowsTheFdmaPlanForEveryChannelAndRow)
 {
-    using namespace GALILEOc;
-    EXPECT_NEAR_LD(freq2 / freq0, 118.0L, 1e-15L);  // E5b
-    EXPECT_NEAR_LD(freq8 / freq0, 116.5L, 1e-15L);  // E5 AltBOC
-    ExpectRel(lamb1, c / freq1, StoredRelTol);
-    ExpectRel(lamb2, c / freq2, StoredRelTol);
-    ExpectRel(lamb5, c / freq5, StoredRelTol);
-    ExpectRel(lamb8, c / freq8, StoredRelTol);
-    ExpectRel(lamWL, lamb1 * lamb2 / (lamb2 - lamb1), StoredRelTol);
-    ExpectRel(lamNL, lamb1 * lamb2 / (lamb1 + lamb2), StoredRelTol);
-    ExpectFactorsMatchFrequencies({freq1, freq2, LCion1, LCion2, LCwl1, LCwl2, LCnl1, LCnl2,
-                                   alpha, f1_f2});
-}
-
-TEST(GNSSConstants, GlonassFactorsAreTheNominalNineToSevenRatio)
-{
-    using namespace GLONASSc;
-    ExpectFactorsMatchFrequencies({9.0L, 7.0L, LCion1, LCion2, LCwl1, LCwl2, LCnl1, LCnl2,
-                                   alpha, f1_f2});
-    ExpectRel(freq10 / freq20, 9.0L / 7.0L, ComputedRelTol);
-    ExpectRel(dfreq10 / dfreq20, 9.0L / 7.0L, ComputedRelTol);
-    ExpectRel(lamb10, c / freq10, StoredRelTol);
-    ExpectRel(lamb20, c / freq20, StoredRelTol);
-    ExpectRel(lamb3, c / freq3, StoredRelTol);
-}
-
-TEST(GlonassChannels, SetFrequencyFollowsTheFdmaPlanForEveryChannel)
-{
-    // Channels -7..+6 are the ones broadcast since 2005; each goes to its
-    // own row so that rows do not overwrite each other.
-    for (int k = -7; k <= 6; k++) {
-        const short row = static_cast<short>(k + 7);
-        GLONASSc::SetFrequency(static_cast<long double>(k), row);
-        const long double f1 = (1602.0L + 0.5625L * k) * 1e6L;
-        const long double f2 = (1246.0L + 0.4375L * k) * 1e6L;
-        // The frequencies are sums of exactly representable terms.
-        EXPECT_NEAR_LD(GLONASSc::freq(row, 0), f1, 1e-6L) << "channel " << k;
-        EXPECT_NEAR_LD(GLONASSc::freq(row, 1), f2, 1e-6L) << "channel " << k;
-        const long double l1 = 299792458.0L / f1, l2 = 299792458.0L / f2;
-        ExpectRel(GLONASSc::lamb(row, 0), l1, ComputedRelTol);
-        ExpectRel(GLONASSc::lamb(row, 1), l2, ComputedRelTol);
-        // Wide and narrow lane from their definitions c/(f1-f2), c/(f1+f2).
-        ExpectRel(GLONASSc::lambWL(row), 299792458.0L / (f1 - f2), 1e-16L);
-        ExpectRel(GLONASSc::lambNL(row), 299792458.0L / (f1 + f2), 1e-16L);
-        ExpectRel(GLONASSc::alphaG(row, 0), (1575.42e6L / f1) * (1575.42e6L / f1),
-                  ComputedRelTol);
-        ExpectRel(GLONASSc::alphaG(row, 1), (1575.42e6L / f2) * (1575.42e6L / f2),
-                  ComputedRelTol);
-        // The channel keeps the 9/7 ratio, so the nominal factors hold.
-        ExpectRel(GLONASSc::freq(row, 0) / GLONASSc::freq(row, 1), 9.0L / 7.0L,
-                  ComputedRelTol);
+    GlobalsGuard guard;
+    // Channels -7..+6 (broadcast since 2005) each in a row of its own so
+    // that rows do not overwrite each other; channel 0 also in the last row.
+    std::vector<std::pair<int, short>> rows{{0, 31}};
+    for (int k = -7; k <= 6; k++) rows.push_back({k, static_cast<short>(k + 7)});
+    for (auto [k, row] : rows) GLONASSc::SetFrequency(static_cast<long double>(k), row);
+    for (auto [k, row] : rows) {
+        // Frequencies are sums of exactly representable terms; alpha is
+        // (fGPS1/f)².
+        const long double f1 = (1602.0L + 0.5625L * k) * 1e6L, f2 = (1246.0L + 0.4375L * k) * 1e6L, g = 1575.42e6L;
+        using namespace GLONASSc;
+        ExpectRatios({{freq(row, 0), f1}, {freq(row, 1), f2}, {lamb(row, 0), C / f1}, {lamb(row, 1), C / f2},
+                      {lambWL(row), C / (f1 - f2)}, {lambNL(row), C / (f1 + f2)}, {alphaG(row, 0), (g / f1) * (g / f1)},
+                      {alphaG(row, 1), (g / f2) * (g / f2)}}, ComputedRelTol, "channel " + std::to_string(k));
     }
+    EXPECT_STOP(GLONASSc::SetFrequency(1.0L, 32), "MATRIX::ERROR:(.|\n)*Row index not in range: ");
 }
 
-TEST(GlonassChannels, ChannelZeroGivesTheBaseFrequenciesNotGpsValues)
+TEST(WorkingCoefficients, LoadPerConstellationAndRefuseWhatHasNoConstants)
 {
-    GLONASSc::SetFrequency(0.0L, 31);
-    // 1e-9 Hz: channel 0 adds 0 * 562.5 kHz to the whole-hertz base exactly.
-    EXPECT_NEAR_LD(GLONASSc::freq(31, 0), 1602000000.0L, 1e-9L);
-    EXPECT_NEAR_LD(GLONASSc::freq(31, 1), 1246000000.0L, 1e-9L);
-    const long double l1 = GLONASSc::lamb10, l2 = GLONASSc::lamb20;
-    ExpectRel(GLONASSc::lambWL(31), l1 * l2 / (l2 - l1), StoredRelTol);
-    // 0.86 m for GPS against 0.84 m here: far beyond any tolerance.
-    EXPECT_GT(std::fabs(GLONASSc::lambWL(31) - GPSc::lamWL), 0.01L);
-}
-
-TEST(GlonassChannels, RowOutsideTheTableStopsTheRun)
-{
-    EXPECT_EXIT(
-        {
-            std::cout.rdbuf(std::cerr.rdbuf());
-            GLONASSc::SetFrequency(1.0L, 32);
-        },
-        ::testing::ExitedWithCode(1), "MATRIX::ERROR:(.|\n)*Row index not in range: ");
-}
-
-TEST(WorkingCoefficients, StartAtGpsAndLoadPerConstellation)
-{
-    // Start values, before any test of this process loads another system.
-    ExpectRel(GLC::lamb3, GLONASSc::lamb3, ComputedRelTol);
-    ExpectRel(GLC::lamb8, GALILEOc::lamb8, ComputedRelTol);
-
-    ASSERT_TRUE(GLC::LoadSystem(205));
-    ExpectRel(GLC::lamb2, GALILEOc::lamb2, ComputedRelTol);
-    ExpectRel(GLC::LCion1, GALILEOc::LCion1, ComputedRelTol);
-
+    GlobalsGuard guard;
     GLONASSc::SetFrequency(-4.0L, 10);
-    ASSERT_TRUE(GLC::LoadSystem(111));
-    ExpectRel(GLC::lamb1, GLONASSc::lamb(10, 0), ComputedRelTol);
-    ExpectRel(GLC::lamb2, GLONASSc::lamb(10, 1), ComputedRelTol);
-    ExpectRel(GLC::LCwl1, GLONASSc::LCwl1, ComputedRelTol);
-
-    ASSERT_TRUE(GLC::LoadSystem(7));
-    ExpectRel(GLC::lamb1, GPSc::lamb1, ComputedRelTol);
-    ExpectRel(GLC::LCnl2, GPSc::LCnl2, ComputedRelTol);
-}
-
-TEST(WorkingCoefficients, RefusesSystemsWithoutConstantsAndUnsetSlots)
-{
-    ASSERT_TRUE(GLC::LoadSystem(1));
-    // Slot R30 without a channel (its row as at program start): loading its
-    // zeros would make every GLONASS phase combination 0.
-    GLONASSc::lamb(29, 0) = 0.0L;
-    GLONASSc::lamb(29, 1) = 0.0L;
-    EXPECT_FALSE(GLC::LoadSystem(130));
-    EXPECT_FALSE(GLC::LoadSystem(100));   // no slot 0
-    EXPECT_FALSE(GLC::LoadSystem(305));   // BeiDou: no constants
-    EXPECT_FALSE(GLC::LoadSystem(-1));
-    // A refused load must change nothing.
-    ExpectRel(GLC::lamb1, GPSc::lamb1, ComputedRelTol);
+    // R30 has no channel (the guard cleared its row): loading its zeros
+    // would make every GLONASS phase combination 0. R00 and BeiDou have no
+    // constants. A refused load must change nothing.
+    const std::tuple<short, long double*, long double> rows[] = {
+        {205, &GLC::lamb2, GALILEOc::lamb2}, {205, &GLC::lamb8, GALILEOc::lamb8}, {205, &GLC::LCion1, GALILEOc::LCion1},
+        {111, &GLC::lamb1, GLONASSc::lamb(10, 0)}, {111, &GLC::lamb2, GLONASSc::lamb(10, 1)},
+        {111, &GLC::LCwl1, GLONASSc::LCwl1}, {7, &GLC::lamb1, GPSc::lamb1}, {7, &GLC::LCnl2, GPSc::LCnl2},
+        {130, &GLC::lamb1, GPSc::lamb1}, {100, &GLC::lamb1, GPSc::lamb1}, {305, &GLC::lamb1, GPSc::lamb1},
+        {-1, &GLC::lamb1, GPSc::lamb1}};
+    for (const auto& [sat, got, want] : rows) {
+        EXPECT_EQ(GLC::LoadSystem(sat), sat != 130 && sat != 100 && sat != 305 && sat != -1) << sat;
+        EXPECT_NEAR_LD(*got / want, 1.0L, ComputedRelTol) << sat;
+    }
 }
