@@ -24,25 +24,12 @@ inline const flh kSite(Rad(46.8771L), Rad(7.4650L), 956.345L);
 inline const mjd kDay(57257, 43200.0L);
 
 /// Has the reader r read the file at path.
-template <class T>
-void Read(T& r, const std::string& path)
-{
-    r.SetFile(path.c_str()), r.ReadFile();
-}
+template <class T> void Read(T& r, const std::string& path) { r.SetFile(path.c_str()), r.ReadFile(); }
 
 /// The real 5-degree grid, read once: it has 2592 nodes.
-inline gTM_GPT2& Grid()
-{
-    static gTM_GPT2* g = nullptr;
-    return g ? *g : (Read(*(g = new gTM_GPT2), kGrid), *g);
-}
+inline gTM_GPT2& Grid() { static gTM_GPT2* g = nullptr; return g ? *g : (Read(*(g = new gTM_GPT2), kGrid), *g); }
 
-inline std::string Join(const std::vector<std::string>& lines)
-{
-    std::string s;
-    for (const std::string& l : lines) s += l + "\n";
-    return s;
-}
+inline std::string Join(const std::vector<std::string>& lines) { std::string s; for (const auto& l : lines) s += l + "\n"; return s; }
 
 /// The framed error text followed by the pattern re.
 inline std::string Framed(const std::string& re) { return "\\*\\*\\*\\* Orvo: Error -> " + re; }

@@ -19,13 +19,10 @@ TEST(GPT, ReproducesIersTestCaseAndIndependentEvaluations)
         {51544.0L, -0.5L, 2.5L, 100.0L, 1004.266512437L, 28.123227653L, 19.936153924L, 1e-6L},
         {55197.0L, 0.0L, Pi, 0.0L, 1010.501576240L, 26.930345966L, 20.835886276L, 1e-6L}};
     for (const auto& c : cases) {
-        gTM_GPT gpt;
+        gTM_GPT gpt; gTropDelay td;
         const flh pos(c.lat, c.lon, c.h);
-        gTropDelay td;
         gpt.SetAtmParams(pos), gpt.GetZenithDelay(td, pos, mjd(static_cast<unsigned long>(c.day), 0.0L));
-        EXPECT_NEAR_LD(gpt.pres, c.p_hPa, c.tol) << c.day;
-        EXPECT_NEAR_LD(gpt.temp, c.T_C, c.tol) << c.day;
-        EXPECT_NEAR_LD(gpt.gHeight, c.N_m, c.tol) << c.day;
+        for (auto [got, want] : {std::pair(gpt.pres, c.p_hPa), {gpt.temp, c.T_C}, {gpt.gHeight, c.N_m}}) EXPECT_NEAR_LD(got, want, c.tol) << c.day;
         // The zenith hydrostatic delay is 2.277 mm per hPa over the gravity
         // factor (round-off only); the wet one a few cm to a few dm.
         const long double g = 1.0L - 0.0026L * std::cos(2.0L * pos.f) - 0.00028L * pos.h / 1000.0L;

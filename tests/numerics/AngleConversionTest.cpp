@@ -22,8 +22,7 @@ constexpr long double RadTol = 1e-16L;
 
 }  // namespace
 
-TEST(AngleUnits, DegreesRadiansAndGonsAgreeAtKnownAngles)
-{
+TEST(AngleUnits, DegreesRadiansAndGonsAgreeAtKnownAngles) {
     EXPECT_NEAR_LD(deg2rad(180.0L), PiDouble, RadTol);
     EXPECT_NEAR_LD(deg2rad(-90), -PiDouble / 2.0L, RadTol);  // integer form
     EXPECT_NEAR_LD(deg2rad(45.0), static_cast<double>(PiDouble) / 4.0, 1e-16);  // double form
@@ -36,8 +35,7 @@ TEST(AngleUnits, DegreesRadiansAndGonsAgreeAtKnownAngles)
     }
 }
 
-TEST(AnglePacked, HandValuesCarriesAndTexts)
-{
+TEST(AnglePacked, HandValuesCarriesAndTexts) {
     // 45 deg 30 min 25.12 s, packed 45.302512. 1e-14: the packing multiplies
     // by 60 twice, round-off is some 1e-17, a wrong second digit is 1e-6.
     const long double a = deg2rad(45.0L + 30.0L / 60.0L + 25.12L / 3600.0L);
@@ -64,8 +62,7 @@ TEST(AnglePacked, HandValuesCarriesAndTexts)
     EXPECT_EQ(dms2dms(45.5999999999999999999L, 2), " 46  0  0.00");
 }
 
-TEST(PolmerN, EquatorPoleAndSphereLimits)
-{
+TEST(PolmerN, EquatorPoleAndSphereLimits) {
     // GRS80: a = 6378137 m, f = 1/298.257222101. Equator: N = a; pole:
     // N = a^2 / b. Radii of 6.4e6 m carry about 1e-12 m of round-off; 1e-8 m
     // leaves room for the sine near the pole.

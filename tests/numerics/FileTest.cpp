@@ -15,8 +15,7 @@
 
 using orvotest::TempDir;
 
-TEST(Files, ExistenceRemovalAndPathSplitting)
-{
+TEST(Files, ExistenceRemovalAndPathSplitting) {
     const std::string obs = orvotest::Data("esbc-2020-177/esbc1770.20o"), path = orvotest::WriteTemp("rem_me.b", "arc");
     EXPECT_TRUE(FileExists(obs) && FileExists(obs.c_str()) && FileExists(path));
     EXPECT_FALSE(FileExists(TempDir() + "/no_such_file.20o") || FileExists("") || FileExists(static_cast<const char*>(nullptr)));
@@ -54,8 +53,7 @@ TEST(Files, ExistenceRemovalAndPathSplitting)
 // The regexes are anchored at both ends: the frame, its blank lines and the
 // trailing blank of the "Exiting" line are all part of the contract. Each
 // statement silences the other stream, so only the intended one can match.
-TEST(ProgramMessages, ErrorsAndWarningsFrameTheirTextOnTheirOwnStream)
-{
+TEST(ProgramMessages, ErrorsAndWarningsFrameTheirTextOnTheirOwnStream) {
     const std::string frame = "^\n\\*\\*\\*\\* Orvo: Error -> NO EPOCHS \\*\\*\\*\\*\n     Exiting Orvo \\.\\.\\. \n\n$";
     EXPECT_EXIT({ std::cout.rdbuf(nullptr); ProgramError("Orvo", "NO EPOCHS"); }, ::testing::ExitedWithCode(1), frame);
     EXPECT_EXIT({ std::cout.rdbuf(std::cerr.rdbuf()); std::cerr.rdbuf(nullptr); ProgramErrorCout("Orvo", "NO EPOCHS"); },
@@ -69,8 +67,7 @@ TEST(ProgramMessages, ErrorsAndWarningsFrameTheirTextOnTheirOwnStream)
     EXPECT_EQ(err.Text(), warning);
 }
 
-TEST(CppCas, DateTextAgreesWithTheFieldsAndStopTimesARunningMeasurement)
-{
+TEST(CppCas, DateTextAgreesWithTheFieldsAndStopTimesARunningMeasurement) {
     CppCas cas;
     // The clock may tick between calls: take a reading whose text is the
     // same before and after the getters ran.

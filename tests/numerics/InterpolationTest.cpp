@@ -22,8 +22,7 @@ long double Cub(long double x) { return -1.0L + 0.5L * x - 2.0L * x * x + 0.125L
 
 // Spline of f through the nodes x[0..n-1]: nodes X, values U, second derivatives S.
 template <class F>
-void Fit(std::initializer_list<long double> x, F f, matrix<long double>& X, matrix<long double>& U, matrix<long double>& S)
-{
+void Fit(std::initializer_list<long double> x, F f, matrix<long double>& X, matrix<long double>& U, matrix<long double>& S) {
     X.Resize(static_cast<long>(x.size()), 1);
     U.Resize(X.NRow(), 1);
     long i = 0;
@@ -33,8 +32,7 @@ void Fit(std::initializer_list<long double> x, F f, matrix<long double>& X, matr
 
 }  // namespace
 
-TEST(Interpolation, ExactForPolynomialsOfItsDegree)
-{
+TEST(Interpolation, ExactForPolynomialsOfItsDegree) {
     EXPECT_NEAR_LD(SetP(11.0L, 10.0L, 14.0L), 0.75L, RoundOffTol);
     EXPECT_NEAR_LD(SetXN(11.0L, 10.0L, 14.0L), 0.25L, RoundOffTol);
     EXPECT_NEAR_LD(LinearInterpolate(0.25L, 8.0L, 0.75L, 4.0L), 5.0L, RoundOffTol);
@@ -61,8 +59,7 @@ TEST(Interpolation, ExactForPolynomialsOfItsDegree)
         EXPECT_NEAR_LD(CubicInterpolate(SetXN(x, 4.0L, 5.0L), p0, p1, p2, p3), Quad(x), RoundOffTol);
 }
 
-TEST(Spline, ReproducesQuadraticsAndDegeneratesToLinesBelowFourNodes)
-{
+TEST(Spline, ReproducesQuadraticsAndDegeneratesToLinesBelowFourNodes) {
     // u = 2 x - 0.7 x^2 through the origin has slope 2 there.
     auto u = [](long double x) { return 2.0L * x - 0.7L * x * x; };
     EXPECT_NEAR_LD(Qfun(u(0.4L), 0.4L, u(1.1L), 1.1L), 2.0L, RoundOffTol);
@@ -81,8 +78,7 @@ TEST(Spline, ReproducesQuadraticsAndDegeneratesToLinesBelowFourNodes)
     EXPECT_NEAR_LD(Evaluate(X, U, 2.0L, S), 0.5L * (U(1) + U(2)), RoundOffTol);
 }
 
-TEST(Spline, SmoothFunctionWithinTheCubicSplineErrorBound)
-{
+TEST(Spline, SmoothFunctionWithinTheCubicSplineErrorBound) {
     // Interior: a clamped cubic spline errs by at most 5/384 h^4 max|f''''|
     // (Hall and Meyer 1976); for sin max|f''''| = 1. Near the ends the slope
     // of the three-point quadratic errs by up to h*2h/6 max|f'''|, which
@@ -109,8 +105,7 @@ TEST(Spline, SmoothFunctionWithinTheCubicSplineErrorBound)
     EXPECT_GT(all[0] / all[1], 6.0L);
 }
 
-TEST(SplineDeath, MismatchedOrEmptyArraysStopTheRun)
-{
+TEST(SplineDeath, MismatchedOrEmptyArraysStopTheRun) {
     matrix<long double> X(5, 1, 1.0L), U(4, 1, 1.0L), S, empty;
     EXPECT_EXIT(spline(X, U, S), ::testing::ExitedWithCode(1),
                 "\\*\\*\\*\\* Orvo: Error -> SPLINE: FEWER VALUES \\(4\\) THAN NODES \\(5\\)!");

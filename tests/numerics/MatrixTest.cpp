@@ -15,8 +15,7 @@
 
 using namespace orvotest;
 
-TEST(MatrixDeath, BadIndexShapeOrSizeStopsWithTheFramedReport)
-{
+TEST(MatrixDeath, BadIndexShapeOrSizeStopsWithTheFramedReport) {
     matrix<long double> m(3, 2, 0.0L), a(2, 3, 1.0L), b(3, 2, 1.0L);
     const matrix<long double>& cm = m;
     matrix<short> noCols(4, 0);
@@ -46,8 +45,7 @@ TEST(MatrixDeath, BadIndexShapeOrSizeStopsWithTheFramedReport)
     for (const auto& c : cases) EXPECT_MATRIX_DEATH(c.f(), c.body);
 }
 
-TEST(Matrix, RowMajorStorageResizeAndDeepCopies)
-{
+TEST(Matrix, RowMajorStorageResizeAndDeepCopies) {
     const matrix<long> m = Mat<long>(3, 4, {0, 1, 2, 3, 10, 11, 12, 13, 20, 21, 22, 23});
     for (long i = 0; i < 12; ++i) EXPECT_EQ(m(i / 4, i % 4), 10 * (i / 4) + i % 4) << i;
     matrix<long double> r(4);
@@ -87,8 +85,7 @@ TEST(Matrix, RowMajorStorageResizeAndDeepCopies)
     EXPECT_EQ(u(0, 1) - x(0, 1), 4.0L);
 }
 
-TEST(Matrix, SumScaleProductAndTranspose)
-{
+TEST(Matrix, SumScaleProductAndTranspose) {
     matrix<long double> s(2, 2, 1.5L);
     s += matrix<long double>(2, 2, 0.25L);
     s *= 4.0L;
@@ -110,8 +107,7 @@ TEST(Matrix, SumScaleProductAndTranspose)
     EXPECT_NEAR_LD((Mat<long double>(1, 2, {1.0L, tiny}) * matrix<long double>(2, 1, 1.0L))(0) - 1.0L, tiny, tiny / 4);
 }
 
-TEST(MatrixSort, StableInBothDirectionsWithIndicesAndUniqueLists)
-{
+TEST(MatrixSort, StableInBothDirectionsWithIndicesAndUniqueLists) {
     const matrix<long double> v = Mat<long double>(5, 1, {3, 1, 2, 1, 3});
     matrix<long> ix;
     EXPECT_TRUE(Equals(sort(v, ix), {1, 1, 2, 3, 3}));

@@ -13,8 +13,7 @@ namespace orvotest {
 
 /// r by c matrix filled row by row from the list.
 template <class T>
-matrix<T> Mat(long r, long c, std::initializer_list<T> vals)
-{
+matrix<T> Mat(long r, long c, std::initializer_list<T> vals) {
     matrix<T> m(r, c);
     long k = 0;
     for (const T& x : vals) m(k++) = x;
@@ -34,8 +33,7 @@ template <class T>
 }
 
 /// s escaped so that a death-test regex matches it verbatim.
-inline std::string Literal(const std::string& s)
-{
+inline std::string Literal(const std::string& s) {
     std::string out;
     for (char ch : s) {
         if (std::string("\\^$.|?*+()[]{}").find(ch) != std::string::npos) out += '\\';

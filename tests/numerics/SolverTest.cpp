@@ -32,8 +32,7 @@ constexpr long double HandTol = 1e-18L;
 // Random n by m matrix with entries in [-1, 1]; `dominant` lets the
 // diagonal outweigh its row and column (regular, well conditioned, no growth
 // in LU), `symmetric` also makes it symmetric, hence positive definite.
-matrix<long double> Random(long n, long m, unsigned seed, bool dominant = false, bool symmetric = false)
-{
+matrix<long double> Random(long n, long m, unsigned seed, bool dominant = false, bool symmetric = false) {
     std::mt19937_64 gen(seed);
     std::uniform_real_distribution<double> u(-1.0, 1.0);
     matrix<long double> A(n, m);
@@ -50,8 +49,7 @@ matrix<long double> Random(long n, long m, unsigned seed, bool dominant = false,
 
 // Backward error |A X - B| / (|A| |X|) in the infinity norm of X as a
 // solution of A X = B; no B stands for the unit matrix, X then being an inverse.
-long double Residual(const matrix<long double>& A, const matrix<long double>& X, matrix<long double> B = {})
-{
+long double Residual(const matrix<long double>& A, const matrix<long double>& X, matrix<long double> B = {}) {
     if (B.Length() == 0) B = I(A.r, 1.0L);
     const matrix<long double> R = A * X;
     auto norm = [](const matrix<long double>& M, const matrix<long double>* Sub) {
@@ -68,8 +66,7 @@ long double Residual(const matrix<long double>& A, const matrix<long double>& X,
 
 }  // namespace
 
-TEST(Solvers, LuAndCholeskySolveInvertAndAgreeOnTheDeterminant)
-{
+TEST(Solvers, LuAndCholeskySolveInvertAndAgreeOnTheDeterminant) {
     const matrix<long double> A = Random(1000, 1000, 1, true, true), b = A * Random(1000, 1, 2);
     lur<long double> lu;
     chr<long double> ch;
@@ -102,8 +99,7 @@ TEST(Solvers, LuAndCholeskySolveInvertAndAgreeOnTheDeterminant)
     EXPECT_TRUE(lu.U(1, 1) == 0.0L && !std::isfinite(lu.solve(matrix<long double>(2, 1, 1.0L))(0)));
 }
 
-TEST(Solvers, LuFactorsAreThoseOfPlainDoolittleElimination)
-{
+TEST(Solvers, LuFactorsAreThoseOfPlainDoolittleElimination) {
     // The factors feed the static solution, whose printed digits depend on
     // the order of every rounding. A textbook right-looking elimination with
     // partial pivoting (first of equal maxima wins) is the reference; the
@@ -137,8 +133,7 @@ TEST(Solvers, LuFactorsAreThoseOfPlainDoolittleElimination)
     }
 }
 
-TEST(Solvers, CholeskyOfSemiDefiniteAndAllColumnSubstitutions)
-{
+TEST(Solvers, CholeskyOfSemiDefiniteAndAllColumnSubstitutions) {
     // [[1 1 0] [1 1 0] [0 0 4]] has rank 2: the second pivot is exactly 0,
     // its column is set to 0, so L stays finite and L L^T is still A.
     chr<long double> ch;
@@ -161,8 +156,7 @@ TEST(Solvers, CholeskyOfSemiDefiniteAndAllColumnSubstitutions)
     for (long k = 0; k < 36; ++k) EXPECT_TRUE(Y1(k) == Y2(k) && X1(k) == X2(k)) << k;
 }
 
-TEST(Inv, InvertsRegularMatricesAndGivesUpOnSingularOnes)
-{
+TEST(Inv, InvertsRegularMatricesAndGivesUpOnSingularOnes) {
     const matrix<long double> A = Random(8, 8, 11, true);
     invns::IsSingular = true;  // a stale flag must be cleared
     EXPECT_TRUE(Residual(A, inv(A)) < ExtendedResidualTol && !invns::IsSingular);
@@ -188,8 +182,7 @@ TEST(Inv, InvertsRegularMatricesAndGivesUpOnSingularOnes)
     EXPECT_EQ(out.Text(), MatrixWarning("Function:   inv\nMatrix is SINGULAR:          0 10**-15     1\n\n"));
 }
 
-TEST(Subnorm, KindsAgainstHandValuesAndWarnings)
-{
+TEST(Subnorm, KindsAgainstHandValuesAndWarnings) {
     // (3, -4, 12, 100): |3|+|-4| = 7, hypot(3, 4) = 5, hypot(5, 12) = 13;
     // p is used by kind 2 only, and the elements behind nr stay out.
     const matrix<long double> v = Mat<long double>(4, 1, {3, -4, 12, 100});
@@ -211,8 +204,7 @@ TEST(Subnorm, KindsAgainstHandValuesAndWarnings)
                               "Continuing program...\n\n");
 }
 
-TEST(SolverDeath, SingularIndefiniteAndMisuseStopWithReports)
-{
+TEST(SolverDeath, SingularIndefiniteAndMisuseStopWithReports) {
     lur<long double> lu;
     chr<long double> ch;
     // Column 1 zero: the second pivot has nothing. 5e-14 is just under the threshold.

@@ -19,8 +19,7 @@ namespace {
 // missing terminator or a write past the expected end shows.
 struct Buf {
     char s[64];
-    explicit Buf(const char* init = "")
-    {
+    explicit Buf(const char* init = "") {
         std::memset(s, '#', sizeof s);
         std::strcpy(s, init);
     }
@@ -34,8 +33,7 @@ struct Buf {
 
 }  // namespace
 
-TEST(Text, EditsInPlaceGiveTheHandWrittenText)
-{
+TEST(Text, EditsInPlaceGiveTheHandWrittenText) {
     const char* line = "G01 20 6 25";
     // Each case starts from its text, then runs the edit on the buffer; the
     // expected text carries the character behind the terminator: '#' where
@@ -90,8 +88,7 @@ TEST(Text, EditsInPlaceGiveTheHandWrittenText)
     EXPECT_TRUE(indexLast(nullptr, 'a') == -1 && indexLast("abc", '\0') == 3);
 }
 
-TEST(Text, WordsAgreeWithStreamExtraction)
-{
+TEST(Text, WordsAgreeWithStreamExtraction) {
     // std::istringstream >> std::string splits on the same white space as
     // the "%s" pattern, an independent reading of the same rule.
     for (const char* line : {"  G01  R02\tE11\n", "", "   ", "single", "a b\tc\nd  e  "}) {
@@ -107,8 +104,7 @@ TEST(Text, WordsAgreeWithStreamExtraction)
     }
 }
 
-TEST(Text, SciNotationByHandAndReadBack)
-{
+TEST(Text, SciNotationByHandAndReadBack) {
     // Base width nn - ne - 1, an "e", then the signed exponent zero-padded
     // to ne characters. Exact powers of ten are where floor(log10) is one off
     // if the logarithm lands a hair below the integer; below 1e-15 is zero.

@@ -1,5 +1,5 @@
 // Conditioning of the record store: millisecond clock steps, time-tag
-// repairs, duplicate epochs, linear combinations and presence tests.
+// repairs, linear combinations and presence tests.
 #include "ObsSupport.h"
 
 using namespace obstest;

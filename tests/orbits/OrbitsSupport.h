@@ -36,37 +36,23 @@ inline const xyz kMarker(3582104.7655L, 532590.1789L, 5232755.1393L);
 
 inline std::vector<std::string> FileLines(const std::string& path)
 {
-    std::vector<std::string> out;
-    std::istringstream in(ReadFile(path));
+    std::vector<std::string> out; std::istringstream in(ReadFile(path));
     for (std::string l; std::getline(in, l);) out.push_back(l);
     return out;
 }
 
 /// The first n of the lines, each with its newline.
 inline std::string Join(const std::vector<std::string>& lines, std::size_t n = std::string::npos)
-{
-    std::string s;
-    for (std::size_t i = 0; i < lines.size() && i < n; ++i) s += lines[i] + "\n";
-    return s;
-}
+{ std::string s; for (std::size_t i = 0; i < lines.size() && i < n; ++i) s += lines[i] + "\n"; return s; }
 
 /// A reader of type T that has read the file at path.
-template <class T>
-std::unique_ptr<T> Load(const std::string& path)
-{
-    auto r = std::make_unique<T>();
-    r->SetFile(path.c_str());
-    r->ReadFile();
-    return r;
-}
+template <class T> std::unique_ptr<T> Load(const std::string& path) { auto r = std::make_unique<T>(); r->SetFile(path.c_str()), r->ReadFile(); return r; }
 
 /// One reader of type T per real file for the whole test program, so
 /// that the big files are read once.
-template <class T>
-T& Shared(const std::string& path)
+template <class T> T& Shared(const std::string& path)
 {
-    static std::map<std::string, std::unique_ptr<T>> readers;
-    std::unique_ptr<T>& r = readers[path];
+    static std::map<std::string, std::unique_ptr<T>> readers; std::unique_ptr<T>& r = readers[path];
     return *(r ? r : r = Load<T>(path));
 }
 
@@ -77,8 +63,7 @@ inline std::string Framed(const std::string& re) { return "\\*\\*\\*\\* Orvo: Er
 struct Broken { std::string name, text, error; };
 
 /// Each broken file read by a reader of type T ends the run with its error.
-template <class T>
-void ExpectEachStops(const std::vector<Broken>& cases)
+template <class T> void ExpectEachStops(const std::vector<Broken>& cases)
 {
     for (const Broken& b : cases)
         EXPECT_EXIT(Load<T>(WriteTemp(b.name, b.text)), ::testing::ExitedWithCode(1), b.error) << b.name;
@@ -87,10 +72,7 @@ void ExpectEachStops(const std::vector<Broken>& cases)
 inline long double Dist(const xyz& a, const xyz& b) { return std::hypot(a.x - b.x, a.y - b.y, a.z - b.z); }
 
 /// Name of a satellite of the shared numbering: "G05", "R24", "E01".
-inline std::string SatName(int sat)
-{
-    return std::string(1, sat > 200 ? 'E' : sat > 100 ? 'R' : 'G') + char('0' + sat % 100 / 10) + char('0' + sat % 10);
-}
+inline std::string SatName(int sat) { return std::string(1, sat > 200 ? 'E' : sat > 100 ? 'R' : 'G') + char('0' + sat % 100 / 10) + char('0' + sat % 10); }
 
 /// Epoch t moved by s seconds.
 inline mjd Plus(mjd t, long double s) { return t += s; }
