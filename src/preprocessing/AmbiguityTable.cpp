@@ -147,3 +147,15 @@ void PrintPrecision_cm(long double svv, long dof, long double varianceFactor)
     std::cout << std::fixed << std::setprecision(2)
               << std::sqrt(svv / static_cast<long double>(dof) / varianceFactor) * 100.0L << " cm";
 }
+
+std::vector<SatRecord> ArcRecords(const gCPosC& gc, long a)
+{
+    const RINEXData& d = gc.rnxd;
+    std::vector<SatRecord> r;
+    const short sat = gc.AmbSat(a);
+    long k = gc.AmbIndex(a, 1);
+    for (long i = gc.AmbIndex(a, 0); i <= gc.AmbIndex(a, 2); ++i)
+        for (long j = 0; j < d.nsat(i) && k < d.GetNObs(); ++j, ++k)
+            if (d.sat(k) == sat) r.push_back({i, k});
+    return r;
+}

@@ -5,6 +5,7 @@
 // that cuts the arcs and those that join and screen them.
 #include <initializer_list>
 #include <string>
+#include <vector>
 
 #include "driver/gCPosC.h"
 
@@ -64,3 +65,13 @@ void PrintPercent(long nOut, long n);
 /// redundancy (dof not above 0) or with a factor not above 0 the precision
 /// is undetermined and reads "-.-- cm".
 void PrintPrecision_cm(long double svv, long dof, long double varianceFactor);
+
+/// One record of an arc's satellite: its epoch index and its flat index.
+struct SatRecord {
+    long epoch, k;
+};
+
+/// The records of arc a's satellite within the arc's epochs, in time order.
+/// The walk stops at the end of the record store; the caller has checked
+/// the arc table (CheckArcTable).
+std::vector<SatRecord> ArcRecords(const gCPosC& gc, long a);

@@ -19,10 +19,6 @@ namespace {
 
 namespace ns = ConAmbiguitiesns;
 
-struct SatRecord {
-    long epoch, k;
-};
-
 // Low observations carry more multipath and troposphere error: below minE
 // their weight falls with the sine of the elevation, and an observation at
 // or below the horizon gets none.
@@ -54,18 +50,6 @@ void CheckTable(const gCPosC& gc)
     if (!ok) ProgramError("Orvo", "AMBIGUITY CONNECTION: ARC TABLE DOES NOT FIT THE OBSERVATIONS!");
 }
 
-// The records of arc a's satellite, in time order, with their epochs.
-std::vector<SatRecord> ArcRecords(const gCPosC& gc, long a)
-{
-    const RINEXData& d = gc.rnxd;
-    std::vector<SatRecord> r;
-    const short sat = gc.AmbSat(a);
-    long k = gc.AmbIndex(a, 1);
-    for (long i = gc.AmbIndex(a, 0); i <= gc.AmbIndex(a, 2); ++i)
-        for (long j = 0; j < d.nsat(i) && k < d.GetNObs(); ++j, ++k)
-            if (d.sat(k) == sat) r.push_back({i, k});
-    return r;
-}
 
 bool Present(const matrix<gnssobs>& m, long k) { return k < m.NRow() && !m(k).IsNull(); }
 

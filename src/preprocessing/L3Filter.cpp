@@ -36,16 +36,14 @@ void L3Filter(gCPosC& gc)
     for (long a = 0; a < gc.nAmb; ++a) {
         const short sat = gc.AmbSat(a);
         obs.clear();
-        long k = gc.AmbIndex(a, 1);
-        for (long i = gc.AmbIndex(a, 0); i <= gc.AmbIndex(a, 2); ++i)
-            for (long j = 0; j < d.nsat(i); ++j, ++k) {
-                if (!have || k >= nObs || d.sat(k) != sat || !gc.OKSAT(k)) continue;
-                if (d.L3(k).IsNull() || code(k).IsNull()) continue;
-                const long double e = gc.ELV(k);
-                if (!(e > minElevation)) continue;
-                const long double s = std::sin(e);
-                obs.push_back({k, d.L3(k).obs - code(k).obs, s * s});
-            }
+        for (const SatRecord& r : ArcRecords(gc, a)) {
+            const long k = r.k;
+            if (!have || !gc.OKSAT(k) || d.L3(k).IsNull() || code(k).IsNull()) continue;
+            const long double e = gc.ELV(k);
+            if (!(e > minElevation)) continue;
+            const long double s = std::sin(e);
+            obs.push_back({k, d.L3(k).obs - code(k).obs, s * s});
+        }
         const ArcMean m = ScreenArcMean(obs, gc.P3OutliersThres);
         for (long o : m.outliers) d.L3(o) = gnssobs();
         tot.Add(m);

@@ -66,14 +66,13 @@ void MWAmbiguities(gCPosC& gc)
     for (long a = 0; a < gc.nAmb; ++a) {
         const short sat = gc.AmbSat(a);
         obs.clear();
-        long k = gc.AmbIndex(a, 1);
-        for (long i = gc.AmbIndex(a, 0); i <= gc.AmbIndex(a, 2); ++i)
-            for (long j = 0; j < d.nsat(i); ++j, ++k) {
-                if (k >= d.GetNObs() || d.sat(k) != sat || !haveMW || d.MW(k).IsNull()) continue;
-                const long double e = gc.ELV(k);
-                if (!(e > minElevation)) continue;
-                obs.push_back({k, d.MW(k).obs, e >= minE ? 1.0L : 2.0L * std::sin(e)});
-            }
+        for (const SatRecord& r : ArcRecords(gc, a)) {
+            const long k = r.k;
+            if (!haveMW || d.MW(k).IsNull()) continue;
+            const long double e = gc.ELV(k);
+            if (!(e > minElevation)) continue;
+            obs.push_back({k, d.MW(k).obs, e >= minE ? 1.0L : 2.0L * std::sin(e)});
+        }
         const ArcMean m = ScreenArcMean(obs, gc.MWOutliersThres);
         const bool galileo = SystemOf(sat) == SysGAL;
         for (long o : m.outliers) {
