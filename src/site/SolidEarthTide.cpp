@@ -1,0 +1,213 @@
+#include "site/SolidEarthTide.h"
+
+#include <cmath>
+#include <initializer_list>
+#include <utility>
+
+#include "geodesy/LeapSecond.h"
+#include "numerics/MathConstants.h"
+
+namespace {
+
+constexpr int NDiurnal = 31, NLong = 5, NCol = 9;
+constexpr long double DaySec = 86400.0L;
+constexpr long double DaysPerCentury = 36525.0L;
+constexpr long double J2000MJD = 51544.5L;
+// TAI - GPS and TT - TAI (s): with GPS - UTC they give TT - UTC.
+constexpr long double TAIminusGPS = 19.0L, TTminusTAI = 32.184L;
+
+// Diurnal band (IERS Conventions 2010, ch. 7.1.1): multipliers of S, H, P,
+// ZNS, PS; radial in-phase, out-of-phase; transverse in-phase, out-of-phase
+// (mm).
+constexpr long double DATDIU[NDiurnal][NCol] = {
+    {-3, 0, 2, 0, 0, -0.01L, 0, 0, 0},      {-3, 2, 0, 0, 0, -0.01L, 0, 0, 0},
+    {-2, 0, 1, -1, 0, -0.02L, 0, 0, 0},     {-2, 0, 1, 0, 0, -0.08L, 0, -0.01L, 0.01L},
+    {-2, 2, -1, 0, 0, -0.02L, 0, 0, 0},     {-1, 0, 0, -1, 0, -0.1L, 0, 0, 0},
+    {-1, 0, 0, 0, 0, -0.51L, 0, -0.02L, 0.03L}, {-1, 2, 0, 0, 0, 0.01L, 0, 0, 0},
+    {0, -2, 1, 0, 0, 0.01L, 0, 0, 0},       {0, 0, -1, 0, 0, 0.02L, 0, 0, 0},
+    {0, 0, 1, 0, 0, 0.06L, 0, 0, 0},        {0, 0, 1, 1, 0, 0.01L, 0, 0, 0},
+    {0, 2, -1, 0, 0, 0.01L, 0, 0, 0},       {1, -3, 0, 0, 1, -0.06L, 0, 0, 0},
+    {1, -2, 0, -1, 0, 0.01L, 0, 0, 0},      {1, -2, 0, 0, 0, -1.23L, -0.07L, 0.06L, 0.01L},
+    {1, -1, 0, 0, -1, 0.02L, 0, 0, 0},      {1, -1, 0, 0, 1, 0.04L, 0, 0, 0},
+    {1, 0, 0, -1, 0, -0.22L, 0.01L, 0.01L, 0}, {1, 0, 0, 0, 0, 12, -0.8L, -0.67L, -0.03L},
+    {1, 0, 0, 1, 0, 1.73L, -0.12L, -0.1L, 0}, {1, 0, 0, 2, 0, -0.04L, 0, 0, 0},
+    {1, 1, 0, 0, -1, -0.5L, -0.01L, 0.03L, 0}, {1, 1, 0, 0, 1, 0.01L, 0, 0, 0},
+    {0, 1, 0, 1, -1, -0.01L, 0, 0, 0},      {1, 2, -2, 0, 0, -0.01L, 0, 0, 0},
+    {1, 2, 0, 0, 0, -0.11L, 0.01L, 0.01L, 0}, {2, -2, 1, 0, 0, -0.01L, 0, 0, 0},
+    {2, 0, -1, 0, 0, -0.02L, 0, 0, 0},      {3, 0, 0, 0, 0, 0, 0, 0, 0},
+    {3, 0, 0, 1, 0, 0, 0, 0, 0}};
+
+// Long-period band (same source): same multipliers; radial in-phase, transverse
+// in-phase, radial out-of-phase, transverse out-of-phase (mm).
+constexpr long double DATLON[NLong][NCol] = {
+    {0, 0, 0, 1, 0, 0.47L, 0.23L, 0.16L, 0.07L},     {0, 2, 0, 0, 0, -0.2L, -0.12L, -0.11L, -0.05L},
+    {1, 0, -1, 0, 0, -0.11L, -0.08L, -0.09L, -0.04L}, {2, 0, 0, 0, 0, -0.13L, -0.11L, -0.15L, -0.07L},
+    {2, 0, 0, 1, 0, -0.05L, -0.05L, -0.06L, -0.03L}};
+
+}  // namespace
+
+SolidEarthTide::SolidEarthTide()
+    : RSUN(0.0L), RMON(0.0L), RSTA(0.0L), H20(0.6078L), L20(0.0847L), H3(0.292L), L3(0.015L),
+      MASS_RATIO_SUN(332946.0482L), MASS_RATIO_MOON(0.0123000371L), RE(6378136.6L), SINPHI(0.0L),
+      COSPHI(1.0L), SINLA(0.0L), COSLA(1.0L), DHI(0.0L), DLI(0.0L), L1D(0.0L), L1SD(0.0L),
+      FAC2SUN(0.0L), FAC2MON(0.0L), FAC3SUN(0.0L), FAC3MON(0.0L), T(0.0L)
+{
+}
+
+void SolidEarthTide::SetSunPosition(const xyz& Pos, long double Mag) { XSUN = Pos; RSUN = Mag; }
+
+void SolidEarthTide::SetMoonPosition(const xyz& Pos, long double Mag) { XMON = Pos; RMON = Mag; }
+
+void SolidEarthTide::SetStaPosition(const xyz& Pos, long double Mag)
+{
+    XSTA = Pos;
+    RSTA = Mag;
+    SINPHI = Pos.z;
+    COSPHI = std::hypot(Pos.x, Pos.y);
+    // On the rotation axis the longitude is undefined; 0 is taken, as
+    // atan2(0, 0) does in STEP2DIU. Every term is a smooth field on the
+    // sphere, so the Earth-fixed result is the limit of nearby sites
+    // whatever the longitude chosen.
+    if (COSPHI > 0.0L) {
+        SINLA = Pos.y / COSPHI;
+        COSLA = Pos.x / COSPHI;
+    } else {
+        SINLA = 0.0L;
+        COSLA = 1.0L;
+    }
+}
+
+xyz SolidEarthTide::ToEarthFixed(long double DN, long double DE, long double DR) const
+{
+    return xyz(DR * COSLA * COSPHI - DE * SINLA - DN * SINPHI * COSLA,
+               DR * SINLA * COSPHI + DE * COSLA - DN * SINPHI * SINLA, DR * SINPHI + DN * COSPHI);
+}
+
+void SolidEarthTide::GetDisplacement(const mjd& eph, xyz& DXTIDE)
+{
+    const long double SCSUN = XSUN * XSTA, SCMON = XMON * XSTA;
+    const long double lat = 1.0L - 1.5L * COSPHI * COSPHI;
+    const long double H2 = H20 - 0.0006L * lat, L2 = L20 + 0.0002L * lat;
+    const long double rs = RE / RSUN, rm = RE / RMON;
+    FAC2SUN = MASS_RATIO_SUN * RE * rs * rs * rs;
+    FAC2MON = MASS_RATIO_MOON * RE * rm * rm * rm;
+    FAC3SUN = FAC2SUN * rs;
+    FAC3MON = FAC2MON * rm;
+
+    auto degree23 = [&](const xyz& B, long double SC, long double F2, long double F3) {
+        const long double P2 = 3.0L * (H2 / 2.0L - L2) * SC * SC - H2 / 2.0L;
+        const long double P3 = 2.5L * (H3 - 3.0L * L3) * SC * SC * SC + 1.5L * (L3 - H3) * SC;
+        const long double X2 = 3.0L * L2 * SC, X3 = 1.5L * L3 * (5.0L * SC * SC - 1.0L);
+        return F2 * (X2 * B + P2 * XSTA) + F3 * (X3 * B + P3 * XSTA);
+    };
+    DXTIDE = degree23(XSUN, SCSUN, FAC2SUN, FAC3SUN) + degree23(XMON, SCMON, FAC2MON, FAC3MON);
+
+    ST1IDIU();
+    DXTIDE += DXCOR;
+    ST1ISEM();
+    DXTIDE += DXCOR;
+    ST1L1();
+    DXTIDE += DXCOR;
+
+    const long double DTT = LeapSecond(eph) + TAIminusGPS + TTminusTAI;
+    T = ((static_cast<long double>(eph.GetMJDay()) - J2000MJD) + eph.GetSecond() / DaySec) / DaysPerCentury
+      + DTT / (DaySec * DaysPerCentury);
+    STEP2DIU(eph);
+    DXTIDE += DXCOR;
+    STEP2LON();
+    DXTIDE += DXCOR;
+}
+
+void SolidEarthTide::ST1IDIU()
+{
+    DHI = -0.0025L;
+    DLI = -0.0007L;
+    const long double COS2PHI = COSPHI * COSPHI - SINPHI * SINPHI;
+    long double DR = 0.0L, DN = 0.0L, DE = 0.0L;
+    for (const auto& [B, F] : {std::pair<xyz, long double>{XSUN, FAC2SUN}, {XMON, FAC2MON}}) {
+        const long double a = B.z * (B.x * SINLA - B.y * COSLA), b = B.z * (B.x * COSLA + B.y * SINLA);
+        DR += -3.0L * DHI * SINPHI * COSPHI * F * a;
+        DN += -3.0L * DLI * COS2PHI * F * a;
+        DE += -3.0L * DLI * SINPHI * F * b;
+    }
+    DXCOR = ToEarthFixed(DN, DE, DR);
+}
+
+void SolidEarthTide::ST1ISEM()
+{
+    DHI = -0.0022L;
+    DLI = -0.0007L;
+    const long double C2 = COSLA * COSLA - SINLA * SINLA, S2 = 2.0L * COSLA * SINLA;
+    long double DR = 0.0L, DN = 0.0L, DE = 0.0L;
+    for (const auto& [B, F] : {std::pair<xyz, long double>{XSUN, FAC2SUN}, {XMON, FAC2MON}}) {
+        const long double XY = B.x * B.x - B.y * B.y, ZZ = B.x * B.y;
+        DR += -0.75L * DHI * COSPHI * COSPHI * F * (XY * S2 - 2.0L * ZZ * C2);
+        DN += 1.5L * DLI * SINPHI * COSPHI * F * (XY * S2 - 2.0L * ZZ * C2);
+        DE += -1.5L * DLI * COSPHI * F * (XY * C2 + 2.0L * ZZ * S2);
+    }
+    DXCOR = ToEarthFixed(DN, DE, DR);
+}
+
+void SolidEarthTide::ST1L1()
+{
+    L1D = 0.0012L;
+    L1SD = 0.0024L;
+    const long double C2 = COSLA * COSLA - SINLA * SINLA, S2 = 2.0L * COSLA * SINLA;
+    const long double S2PHI = SINPHI * SINPHI, C2PHI = COSPHI * COSPHI;
+    long double DN = 0.0L, DE = 0.0L;
+    for (const auto& [B, F] : {std::pair<xyz, long double>{XSUN, FAC2SUN}, {XMON, FAC2MON}}) {
+        const long double XY = B.x * B.x - B.y * B.y, ZZ = B.x * B.y;
+        DN += -L1D * S2PHI * F * B.z * (B.x * COSLA + B.y * SINLA)
+            - (L1SD / 2.0L) * SINPHI * COSPHI * F * (XY * C2 + 2.0L * ZZ * S2);
+        DE += L1D * SINPHI * (C2PHI - S2PHI) * F * B.z * (B.x * SINLA - B.y * COSLA)
+            - (L1SD / 2.0L) * S2PHI * COSPHI * F * (XY * S2 - 2.0L * ZZ * C2);
+    }
+    DXCOR = ToEarthFixed(3.0L * DN, 3.0L * DE, 0.0L);
+}
+
+void SolidEarthTide::FundamentalArguments(long double FHR, long double& S, long double& TAU, long double& H,
+                                          long double& P, long double& ZNS, long double& PS) const
+{
+    const long double T2 = T * T, T3 = T2 * T, T4 = T3 * T;
+    S = 218.31664563L + 481267.88194L * T - 0.0014663889L * T2 + 0.00000185139L * T3;
+    TAU = 280.4606184L + 15.0L * FHR + 36000.7700536L * T + 0.00038793L * T2 - 0.0000000258L * T3 - S;
+    S += 1.396971278L * T + 0.000308889L * T2 + 0.000000021L * T3 + 0.000000007L * T4;
+    H = 280.46645L + 36000.7697489L * T + 0.00030322222L * T2 + 0.00000002L * T3 - 0.00000000654L * T4;
+    P = 83.35324312L + 4069.01363525L * T - 0.01032172222L * T2 - 0.0000124991L * T3 + 0.00000005263L * T4;
+    ZNS = 234.95544499L + 1934.13626197L * T - 0.00207561111L * T2 - 0.00000213944L * T3 + 0.0000000165L * T4;
+    PS = 282.93734098L + 1.71945766667L * T + 0.00045688889L * T2 - 0.00000001778L * T3 - 0.00000000334L * T4;
+    for (long double* a : {&S, &TAU, &H, &P, &ZNS, &PS}) *a = std::fmod(*a, 360.0L);
+}
+
+void SolidEarthTide::STEP2DIU(const mjd& eph)
+{
+    long double S, TAU, H, P, ZNS, PS;
+    FundamentalArguments(eph.GetSecond() / 3600.0L, S, TAU, H, P, ZNS, PS);
+    const long double ZLA = std::atan2(XSTA.y, XSTA.x);
+    const long double C2PHI = COSPHI * COSPHI - SINPHI * SINPHI;
+    DXCOR = xyz();
+    for (const auto& c : DATDIU) {
+        const long double THETAF = (TAU + c[0] * S + c[1] * H + c[2] * P + c[3] * ZNS + c[4] * PS) * Deg2Rad;
+        const long double sA = std::sin(THETAF + ZLA), cA = std::cos(THETAF + ZLA);
+        const long double DR = 2.0L * SINPHI * COSPHI * (c[5] * sA + c[6] * cA);
+        const long double DN = C2PHI * (c[7] * sA + c[8] * cA);
+        const long double DE = SINPHI * (c[7] * cA - c[8] * sA);
+        DXCOR += ToEarthFixed(DN, DE, DR);
+    }
+    DXCOR /= 1000.0L;
+}
+
+void SolidEarthTide::STEP2LON()
+{
+    long double S, TAU, H, P, ZNS, PS;
+    FundamentalArguments(0.0L, S, TAU, H, P, ZNS, PS);
+    DXCOR = xyz();
+    for (const auto& c : DATLON) {
+        const long double THETAF = (c[0] * S + c[1] * H + c[2] * P + c[3] * ZNS + c[4] * PS) * Deg2Rad;
+        const long double cT = std::cos(THETAF), sT = std::sin(THETAF);
+        const long double DR = ((3.0L * SINPHI * SINPHI - 1.0L) / 2.0L) * (c[5] * cT + c[7] * sT);
+        const long double DN = 2.0L * COSPHI * SINPHI * (c[6] * cT + c[8] * sT);
+        DXCOR += ToEarthFixed(DN, 0.0L, DR);
+    }
+    DXCOR /= 1000.0L;
+}
