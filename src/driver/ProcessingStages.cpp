@@ -9,11 +9,14 @@
 #include "estimation/SetUnknowns.h"
 #include "observations/CheckRNXEpochs.h"
 #include "observations/ExcludeProblemSat.h"
+#include "preprocessing/ApplyATXVal.h"
 #include "preprocessing/ApplyCorrections.h"
 #include "preprocessing/ConAmbiguities.h"
+#include "preprocessing/GetEclipsing.h"
 #include "preprocessing/GetReceiverProperties.h"
 #include "preprocessing/L3Filter.h"
 #include "preprocessing/MWAmbiguities.h"
+#include "preprocessing/PhaseWindUp.h"
 #include "preprocessing/ProcClock.h"
 #include "preprocessing/SetAmbiguities.h"
 #include "preprocessing/SetLinearCombinations.h"
@@ -29,6 +32,7 @@ void RunPreprocessing(gCPosC& gpos)
     ExcludeProblemSat(gpos.rnxh, gpos.rnxd, gpos.GetSatCRX(), gpos.GetIsSCRX(), gpos.GetVerbose());
     GetReceiverProperties(gpos);
     ApplyCorrections(gpos);
+    ApplyATXVal(gpos);
     SetLinearCombinations(gpos);
     SetRNXCheckType(gpos);
     CheckRNXEpochs(gpos.rnxh, gpos.rnxd, gpos.GetIsGPS(), gpos.GetIsGLN(), gpos.GetIsGAL(),
@@ -39,6 +43,8 @@ void RunPreprocessing(gCPosC& gpos)
     SplitMidnightAmbs(gpos);
     MWAmbiguities(gpos);
     L3Filter(gpos);
+    PhaseWindUp(gpos);
+    GetEclipsing(gpos);
 
     SetUnknowns(gpos);
 }

@@ -53,10 +53,27 @@ void ReadAll(gCPosC& gc)
         gc.glnfc.ReadFile();
         Echo(v, "reading GLONASS FREQUENCY CHANNEL file");
     }
+    if (gc.isPTide) {
+        gc.ptide.ReadFile();
+        Echo(v, "reading EARTH ROTATION PARAMETERS file - " + std::to_string(gc.ptide.GetNEpoch())
+                    + " epochs ");
+    }
+    if (gc.isOTide) {
+        gc.otide.ReadFile();
+        Echo(v, "reading OCEAN LOADING TIDE file - " + std::to_string(gc.otide.GetNStation())
+                    + " stations ");
+    }
     if (gc.isSCrx) {
         gc.scrx.ReadFile();
         Echo(v, "reading GPS AND GLONASS SATELLITE PROBLEM file - "
                     + std::to_string(gc.scrx.GetNSat()) + " problematic epochs/satellites!");
+    }
+    if (gc.isAtx) {
+        gc.atx.ReadFile();
+        Echo(v, "reading ANTEX file - " + std::to_string(gc.atx.GetNGPSSat()) + " GPS SWs  "
+                    + std::to_string(gc.atx.GetNGLNSat()) + " GLONASS SWs  "
+                    + std::to_string(gc.atx.GetNGALSat()) + " GALILEO SWs  "
+                    + std::to_string(gc.atx.GetNRec()) + " RECs");
     }
     if (gc.isVMF1file) {
         gc.trpmodel.ReadFile();

@@ -44,9 +44,21 @@ void SetFiles(gCPosC& gc)
         Echo(v, "setting GLONASS FREQUENCY CHANNEL file!");
         gc.glnfc.SetFile(gc.glnfreqch);
     }
+    if (gc.isPTide) {
+        Echo(v, "setting EARTH ROTATION PARAMETERS file!");
+        gc.ptide.SetFile(gc.ptidefile);
+    }
+    if (gc.isOTide) {
+        Echo(v, "setting OCEAN LOADING TIDE file!");
+        gc.otide.SetFile(gc.otidefile);
+    }
     if (gc.isSCrx) {
         Echo(v, "setting GPS AND GLONASS SATELLITE PROBLEM file!");
         gc.scrx.SetFile(gc.scrxfile);
+    }
+    if (gc.isAtx) {
+        Echo(v, "setting ANTEX file!");
+        gc.atx.SetFile(gc.atxfile);
     }
     // The model codes go first: SetFile hands the name to the consumers that
     // the chosen model and mapping function need.

@@ -4,6 +4,7 @@
 // reference by all stages.
 #include <fstream>
 
+#include "delays/antex.h"
 #include "delays/gTropDelay.h"
 #include "delays/gTropModel.h"
 #include "geodesy/elipsoid.h"
@@ -21,6 +22,10 @@
 #include "orbits/GLNSat.h"
 #include "orbits/GLNbEph.h"
 #include "orbits/GNSSpEph.h"
+#include "site/LuniSolarPosition.h"
+#include "site/OceanTideLoading.h"
+#include "site/PoleTide.h"
+#include "site/SolidEarthTide.h"
 
 namespace gCPosCns {
 /// Room of a file name member, terminator included.
@@ -55,6 +60,11 @@ public:
     gTropModel trpmodel;
     gTropDelay trpdelay;
     GLNSat glnfc;
+    antex atx;
+    LuniSolarPosition lsp;
+    SolidEarthTide nset;
+    OceanTideLoading otide;
+    PoleTide ptide;
     elipsoid eGPS, eGAL, eGLN;
 
     // Group 3: file names, empty until the command line names them.

@@ -6,3 +6,7 @@ inline constexpr long double Pi = 3.14159265358979323846264338327950288L;
 
 /// Degrees to radians: the factor of an angle read from a file or an option.
 inline constexpr long double Deg2Rad = Pi / 180.0L;
+
+/// Radians to degrees: the factor of an angle handed to a model or a file
+/// that works in degrees.
+inline constexpr long double Rad2Deg = 180.0L / Pi;

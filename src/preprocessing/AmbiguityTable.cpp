@@ -159,3 +159,12 @@ std::vector<SatRecord> ArcRecords(const gCPosC& gc, long a)
             if (d.sat(k) == sat) r.push_back({i, k});
     return r;
 }
+
+std::map<short, std::vector<SatRecord>> RecordsBySatellite(const RINEXData& d)
+{
+    std::map<short, std::vector<SatRecord>> bySat;
+    long k = 0;
+    for (long i = 0; i < d.GetNEpoch(); ++i)
+        for (long j = 0; j < d.nsat(i) && k < d.GetNObs(); ++j, ++k) bySat[d.sat(k)].push_back({i, k});
+    return bySat;
+}

@@ -4,6 +4,7 @@
 // its report rows start with; one computation and one layout for the stage
 // that cuts the arcs and those that join and screen them.
 #include <initializer_list>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -75,3 +76,7 @@ struct SatRecord {
 /// The walk stops at the end of the record store; the caller has checked
 /// the arc table (CheckArcTable).
 std::vector<SatRecord> ArcRecords(const gCPosC& gc, long a);
+
+/// The records of every satellite of the store, in time order, by
+/// satellite number: one walk instead of one per satellite.
+std::map<short, std::vector<SatRecord>> RecordsBySatellite(const RINEXData& d);

@@ -75,6 +75,9 @@ bool PreciseSatellite(gCPosC& gc, short prn, mjd& calcEph, xyzt& posSat, long do
 
 void PrintModels(const gCPosC& gc)
 {
+    if (gc.isSolidTide) std::cout << "  Solid Earth tide\n";
+    if (gc.isPTide) std::cout << "  Pole tide\n";
+    if (gc.isOTide) std::cout << "  Ocean tide loading\n";
     std::cout << "  Relativistic path range effect\n";
     if (gc.isTrpModel || gc.ifEstTropo) std::cout << "  Troposphere modelling/estimation\n";
     if (gc.obsP == gCPosC::COSZ) std::cout << "  Elevation dependent observation weighting\n";
@@ -183,6 +186,8 @@ void CalculateAE(gCPosC& gc)
         sky << std::fixed;
     }
 
+    if (gc.isOTide) gc.otide.SetStation(gc.rnxh.mname.c_str());
+
     const long double recDist = gc.RecPosFC.GetLength();
     // The receiver stands still during the loop: its geodetic position on
     // each system's ellipsoid is converted once, not per observation.
@@ -203,6 +208,23 @@ void CalculateAE(gCPosC& gc)
         }
         mjd calcEph = d.epoch(i);
         if (gc.isClkErr) calcEph += -gc.clkerr.GetClkErr(i);
+
+        // Sun and Moon move too slowly for the receiver clock to matter.
+        xyz moonUnit;
+        long double moonMag = 0.0L;
+        gc.lsp.SunPosition(d.epoch(i), gc.posSunUnit(i), gc.SunMag(i));
+        gc.lsp.MoonPosition(d.epoch(i), moonUnit, moonMag);
+        gc.nset.SetSunPosition(gc.posSunUnit(i), gc.SunMag(i));
+        gc.nset.SetMoonPosition(moonUnit, moonMag);
+        xyz solidTide;
+        neu poleTide, oceanTide;
+        if (gc.isSolidTide) gc.nset.GetDisplacement(calcEph, solidTide);
+        if (gc.isPTide) {
+            gc.ptide.SetCalcEpoch(calcEph);
+            gc.ptide.SetMeanPole();
+            gc.ptide.GetPoleTide(calcEph, gc.RecPosFCG, poleTide);
+        }
+        if (gc.isOTide) gc.otide.GetDisplacement(calcEph, oceanTide);
 
         const long nRec = d.nsat(i);
         for (long j = 0; j < nRec; ++j, ++k) {
@@ -234,6 +256,22 @@ void CalculateAE(gCPosC& gc)
             if (gc.obsP == gCPosC::COSZ) {
                 const long double s = std::sin(gc.ELV(k));
                 gc.WGHT(k) = s * s;
+            }
+            // The solid tide is projected on the line from the satellite to
+            // the receiver, pole and ocean tide on the opposite one: a site
+            // lifted towards a satellite overhead shortens the range, so the
+            // latter two enter with the sign of the former reversed.
+            if (gc.isSolidTide) {
+                xyz los = gc.RecPosFC - posSat;
+                los /= dist;
+                gc.SETIDE(k) = los * solidTide;
+            }
+            if (gc.isPTide || gc.isOTide) {
+                const long double ce = std::cos(gc.ELV(k));
+                const long double xs = std::sin(gc.AZM(k)) * ce, ys = std::cos(gc.AZM(k)) * ce,
+                                  zs = std::sin(gc.ELV(k));
+                if (gc.isPTide) gc.PTIDE(k) = poleTide.e * xs + poleTide.n * ys + poleTide.u * zs;
+                if (gc.isOTide) gc.OTIDE(k) = oceanTide.e * xs + oceanTide.n * ys + oceanTide.u * zs;
             }
             if (gc.isTrpModel) ModelTroposphere(gc, k, calcEph);
         }

@@ -159,6 +159,9 @@ void GetReceiverProperties(gCPosC& gc)
 
     gc.RecPosUnit = gc.RecPos0.GetUnitVector(1.0L);
     gc.RecMag = gc.RecPos0.GetLength();
+    // The tide moves the monument: the model sees the marker, all other
+    // models the antenna reference point.
+    gc.nset.SetStaPosition(gc.RecPosUnit, gc.RecMag);
     std::cout << "  Solid Earth tide parameters         :\n";
     std::cout << "         RECEIVER UNIT VECTOR         : " << gc.RecPosUnit << "\n";
     std::cout << "         RECEIVER DISTANCE FROM ORIGIN: " << std::fixed << std::setprecision(1)

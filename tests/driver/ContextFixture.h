@@ -27,7 +27,8 @@ using orvotest::Capture;
 inline std::string Esbc(const std::string& file) { return orvotest::Data("esbc-2020-177/" + file); }
 const std::string kObs = Esbc("esbc1770.20o"), kSp3 = Esbc("GRG0MGXFIN_20201770000_01D_15M_ORB.SP3"),
                   kClk = Esbc("GRG0MGXFIN_20201770000_01D_30S_CLK.CLK"), kNavG = Esbc("esbc1770.20n"),
-                  kNavR = Esbc("esbc1770.20g"), kChannels = Esbc("esbc1770.20o.glnfc");
+                  kNavR = Esbc("esbc1770.20g"), kChannels = Esbc("esbc1770.20o.glnfc"),
+                  kAtx = Esbc("ngs14_esbc_trimmed.atx");
 
 using Flag = bool gCPosC::*;
 using FileMember = char (gCPosC::*)[gCPosCns::FileNameSize];

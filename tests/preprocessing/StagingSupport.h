@@ -25,6 +25,19 @@
 #include "numerics/NearLD.h"
 #include "preprocessing/ApplyCorrections.h"
 #include "preprocessing/GetReceiverProperties.h"
+#include "driver/CheckArguments.h"
+#include "driver/ParseArguments.h"
+#include "observations/CheckRNXEpochs.h"
+#include "observations/ExcludeProblemSat.h"
+#include "preprocessing/ApplyATXVal.h"
+#include "preprocessing/ConAmbiguities.h"
+#include "preprocessing/L3Filter.h"
+#include "preprocessing/MWAmbiguities.h"
+#include "preprocessing/ProcClock.h"
+#include "preprocessing/SetAmbiguities.h"
+#include "preprocessing/SetLinearCombinations.h"
+#include "preprocessing/SetRNXCheckType.h"
+#include "preprocessing/SplitMidnightAmbs.h"
 
 namespace stagingtest {
 
@@ -148,7 +161,7 @@ inline std::string CutClk(const std::string& name, int from, int to, const std::
 /// What a stage run needs beyond the observation file; the stages run in
 /// main's order up to `upTo`: 0 read, 1 station properties, 2 corrections.
 struct Options {
-    std::string obs, sp3 = Sp3(), clk, channels, nav, sky, rcvClock;
+    std::string obs, sp3 = Sp3(), clk, channels, nav, sky, rcvClock, atx;
     bool gal = true, gln = false, tropo = false, estTropo = false, tropEphFile = false;
     int upTo = 2;
     bool quiet = true;  // false: both streams stay as they are (death tests read them)
@@ -166,7 +179,8 @@ inline std::string Stage(Context& c, const Options& o, std::string* err = nullpt
     g.isGLN = o.gln;
     const std::tuple<const std::string&, char*, bool&> files[] = {
         {o.sp3, g.sp3file, g.isPEph},        {o.clk, g.pclkfile, g.isPclk}, {o.channels, g.glnfreqch, g.isGLNfrch},
-        {o.nav, g.rnavfile, g.isGLNnav}, {o.sky, g.skyplotfile, g.isSkyPlot}, {o.rcvClock, g.clkFName, g.isClkErr}};
+        {o.nav, g.rnavfile, g.isGLNnav}, {o.sky, g.skyplotfile, g.isSkyPlot}, {o.rcvClock, g.clkFName, g.isClkErr},
+        {o.atx, g.atxfile, g.isAtx}};
     for (const auto& f : files)
         if (!std::get<0>(f).empty()) {
             SetName(std::get<1>(f), std::get<0>(f));
@@ -196,6 +210,100 @@ inline std::vector<long> Records(const RINEXData& d, long ix)
     std::vector<long> out(d.nsat(ix));
     for (long& r : out) r = k++;
     return out;
+}
+
+/// Parses `options` (files by full path) into c and runs main's stages from
+/// the reading up to the L3 filter: what the last two preprocessing stages
+/// find. The report goes to `report` when given.
+inline void PreprocessDay(Context& c, const std::string& options, std::string* report = nullptr)
+{
+    std::vector<std::string> words{"orvo"};
+    std::istringstream in(options);
+    for (std::string w; in >> w;) words.push_back(w);
+    std::vector<const char*> argv;
+    for (const std::string& w : words) argv.push_back(w.c_str());
+    Capture out(std::cout), err(std::cerr);
+    gCPosC& g = c.gc;
+    ParseArguments(g, static_cast<int>(argv.size()), argv.data());
+    CheckArguments(g);
+    SetFiles(g);
+    ReadFiles(g);
+    ExcludeProblemSat(g.rnxh, g.rnxd, g.GetSatCRX(), g.GetIsSCRX(), false);
+    GetReceiverProperties(g);
+    ApplyCorrections(g);
+    ApplyATXVal(g);
+    SetLinearCombinations(g);
+    SetRNXCheckType(g);
+    CheckRNXEpochs(g.rnxh, g.rnxd, g.GetIsGPS(), g.GetIsGLN(), g.GetIsGAL(), false);
+    ProcClock(g);
+    SetAmbiguities(g);
+    ConAmbiguities(g);
+    SplitMidnightAmbs(g);
+    MWAmbiguities(g);
+    L3Filter(g);
+    if (report != nullptr) *report = out.Text();
+}
+
+/// Options of a G+R run on the first nEpochs of the ESBC day with its
+/// products and channels, ionosphere-free code and phase; extra appended.
+inline std::string EsbcDay(long nEpochs, const std::string& extra = "")
+{
+    const std::string obs = orvotest::CutObs(Obs(), "esbc_day_" + std::to_string(nEpochs) + ".20o", nEpochs);
+    return "-csGR -r" + obs + " -ep" + Sp3() + " -ec" + Clk() + " -gf" + Channels()
+           + " -lPc3,L3 -tmSAAST,NIELL -ti02:00:00 -tg " + extra;
+}
+
+// ---- ANTEX files in the published layout ------------------------------------
+
+/// One frequency of an ANTEX block: offset north, east, up (mm) and the
+/// variation (mm) as a function of azimuth and zenith (degrees).
+struct AtxFrequency {
+    std::string code;  // "G01", "R02", ...
+    long double n, e, u;
+    std::function<long double(long double, long double)> pcv;
+};
+
+/// One antenna block: the 20-column type and the 20-column serial field,
+/// the azimuth step (0: no azimuth rows) and a zenith grid 0..zen2.
+struct AtxBlock {
+    std::string type, serial;
+    long double dazi = 0.0L, zen2 = 90.0L, dzen = 5.0L;
+    std::vector<AtxFrequency> freqs;
+};
+
+inline std::string AtxLine(const std::string& body, const std::string& label)
+{
+    std::string l = body;
+    l.resize(60, ' ');
+    return l + label + "\n";
+}
+
+/// Writes the blocks as an ANTEX 1.4 file into the scratch folder.
+inline std::string WriteAntex(const std::string& name, const std::vector<AtxBlock>& blocks)
+{
+    auto fmt = [](const char* f, long double v) { char b[32]; std::snprintf(b, sizeof b, f, static_cast<double>(v)); return std::string(b); };
+    std::string t = AtxLine("     1.4            M", "ANTEX VERSION / SYST") + AtxLine("A", "PCV TYPE / REFANT") + AtxLine("", "END OF HEADER");
+    for (const AtxBlock& b : blocks) {
+        std::string ts = b.type;
+        ts.resize(20, ' ');
+        t += AtxLine("", "START OF ANTENNA") + AtxLine(ts + b.serial, "TYPE / SERIAL NO") + AtxLine(fmt("%8.1f", b.dazi), "DAZI");
+        t += AtxLine(fmt("%8.1f", 0.0L) + fmt("%6.1f", b.zen2) + fmt("%6.1f", b.dzen), "ZEN1 / ZEN2 / DZEN");
+        t += AtxLine(fmt("%6.0f", b.freqs.size()), "# OF FREQUENCIES");
+        const int nz = static_cast<int>(b.zen2 / b.dzen + 0.5L) + 1;
+        for (const AtxFrequency& f : b.freqs) {
+            t += AtxLine("   " + f.code, "START OF FREQUENCY");
+            t += AtxLine(fmt("%10.2f", f.n) + fmt("%10.2f", f.e) + fmt("%10.2f", f.u), "NORTH / EAST / UP");
+            const int na = b.dazi > 0.0L ? static_cast<int>(360.0L / b.dazi + 0.5L) + 1 : 0;
+            for (int a = -1; a < na; ++a) {
+                std::string row = a < 0 ? "   NOAZI" : fmt("%8.1f", a * b.dazi);
+                for (int z = 0; z < nz; ++z) row += fmt("%8.2f", f.pcv(a < 0 ? 0.0L : a * b.dazi, z * b.dzen));
+                t += row + "\n";
+            }
+            t += AtxLine("   " + f.code, "END OF FREQUENCY");
+        }
+        t += AtxLine("", "END OF ANTENNA");
+    }
+    return orvotest::WriteTemp(name, t);
 }
 
 // ---- Independent geometry from the SP3 nodes ------------------------------

@@ -71,7 +71,7 @@ TEST(SimObservations, IonFreePhaseMatchesProgramModelToMillimetre)
         Frequencies(set, r.sat, f1, f2);
         const long double a1 = f1 * f1 / (f1 * f1 - f2 * f2), a2 = f2 * f2 / (f1 * f1 - f2 * f2);
         // The phase runs through the clock step; the model's clock has it.
-        const long double l3 = a1 * C / f1 * (l.d.L1(k).obs - r.N1) - a2 * C / f2 * (l.L2(k, r.sat) - r.N2) + C * ep.msSteps;
+        const long double l3 = a1 * C / f1 * (l.d.L1(k).obs - r.N1 - r.windUp) - a2 * C / f2 * (l.L2(k, r.sat) - r.N2 - r.windUp) + C * ep.msSteps;
         EXPECT_LT(std::fabs(l3 - model), ModelMaxTol_m) << "sat " << r.sat << " epoch " << i;
         sum2 += (l3 - model) * (l3 - model);
         ++n;
@@ -94,8 +94,8 @@ TEST(SimObservations, IonosphereFollowsInverseSquareOfFrequency)
     ForEachRecord(set, [&](long, const SimEpoch& ep, const SimRecord& r, long k) {
         long double f1 = 0.0L, f2 = 0.0L;
         Frequencies(set, r.sat, f1, f2);
-        const long double i1 = (l.d.C1(k).obs - C / f1 * (l.d.L1(k).obs - r.N1) - C * ep.msSteps) / 2.0L;
-        const long double i2 = (l.P2(k, r.sat) - C / f2 * (l.L2(k, r.sat) - r.N2) - C * ep.msSteps) / 2.0L;
+        const long double i1 = (l.d.C1(k).obs - C / f1 * (l.d.L1(k).obs - r.N1 - r.windUp) - C * ep.msSteps) / 2.0L;
+        const long double i2 = (l.P2(k, r.sat) - C / f2 * (l.L2(k, r.sat) - r.N2 - r.windUp) - C * ep.msSteps) / 2.0L;
         EXPECT_GT(i1, 0.1L);  // 7.5 TECU at night: over 1 m
         EXPECT_NEAR_LD(i2, i1 * f1 * f1 / (f2 * f2), IonoTol_m) << "sat " << r.sat;
         EXPECT_NEAR_LD(i1, r.ion1, IonoTol_m);

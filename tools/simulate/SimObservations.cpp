@@ -5,6 +5,7 @@
 #include <string>
 
 #include "SimRandom.h"
+#include "SimWindUp.h"
 #include "delays/gTropDelay.h"
 #include "delays/gTropModel.h"
 #include "geodesy/TimeConverse.h"
@@ -165,6 +166,7 @@ SimData Simulate(const SimOptions& o)
     struct Arc {
         bool open = false;
         long double N1 = 0.0L, N2 = 0.0L;
+        long double windUp = 0.0L;  // cycles, at the arc's previous epoch
     };
     std::map<short, Arc> arcs;
     const long double rArp = Norm(d.arp);
@@ -185,6 +187,7 @@ SimData Simulate(const SimOptions& o)
         ep.zwd = td.twet * (1.0L + o.wetVar * std::sin(2.0L * Pi * tRecv / 86400.0L));
         const long double tLocal = tRecv + d.lon / Pi * 43200.0L;
         const long double vtec = VerticalTEC(o.vtecMax_TECU, tLocal);
+        const SimVec sun = SunEarthFixed(d.mjday, ep.t);
 
         for (const SimSatellite& s : d.sats) {
             SimRecord r;
@@ -205,11 +208,17 @@ SimData Simulate(const SimOptions& o)
                                                  + std::to_string(i));
                 continue;
             }
+            // The antenna turns continuously: within an arc the wind-up
+            // follows the previous epoch's value beyond one cycle.
+            r.windUp = WindUpCycles(satEF, d.arp, d.lat, d.lon, sun);
             if (!arc.open) {
                 arc.open = true;
                 arc.N1 = static_cast<long double>(rnd.Integer(-AmbRange_cyc, AmbRange_cyc));
                 arc.N2 = static_cast<long double>(rnd.Integer(-AmbRange_cyc, AmbRange_cyc));
+            } else {
+                r.windUp -= std::round(r.windUp - arc.windUp);
             }
+            arc.windUp = r.windUp;
             for (const SimSlip& sl : o.slips)
                 if (sl.sat == s.number && sl.epoch == i) {
                     arc.N1 += static_cast<long double>(sl.n1_cyc);
@@ -239,8 +248,8 @@ SimData Simulate(const SimOptions& o)
             // only the codes carry it.
             const long double phase = geo + c * (ep.rxClock - ep.msSteps);
             const long double lam1 = c / r.f1_Hz, lam2 = c / r.f2_Hz;
-            const long double l1 = (phase - r.ion1 + rnd.Gauss(o.sigPhase)) / lam1 + r.N1;
-            const long double l2 = (phase - r.ion2 + rnd.Gauss(o.sigPhase)) / lam2 + r.N2;
+            const long double l1 = (phase - r.ion1 + rnd.Gauss(o.sigPhase)) / lam1 + r.N1 + r.windUp;
+            const long double l2 = (phase - r.ion2 + rnd.Gauss(o.sigPhase)) / lam2 + r.N2 + r.windUp;
             r.C1 = code + r.ion1 + rnd.Gauss(o.sigCode);
             r.L1 = l1;
             if (s.number < 200) {

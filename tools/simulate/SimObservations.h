@@ -1,7 +1,7 @@
 #pragma once
 // The simulated observations of one station: geometry by the simulator's own
 // orbits and light-time solution, the clocks, troposphere, ionosphere,
-// ambiguities, slips, a receiver millisecond step and white noise.
+// ambiguities, phase wind-up, slips, a receiver millisecond step and white noise.
 #include <vector>
 
 #include "SimOptions.h"
@@ -39,6 +39,7 @@ struct SimRecord {
     long double ion1 = 0.0L;         // ionosphere group delay on the first carrier, m
     long double ion2 = 0.0L;         // on the second carrier, m
     long double N1 = 0.0L, N2 = 0.0L;// ambiguities in force, cycles
+    long double windUp = 0.0L;       // phase wind-up, cycles, the same on both carriers
     long double elev = 0.0L;         // elevation, rad
 };
 
