@@ -26,6 +26,15 @@
 
 void RunPreprocessing(gCPosC& gpos)
 {
+    PrepareObservations(gpos);
+    PhaseWindUp(gpos);
+    GetEclipsing(gpos);
+
+    SetUnknowns(gpos);
+}
+
+void PrepareObservations(gCPosC& gpos)
+{
     ProgramSubTitle("PREPROCESSING OF PHASE/CODE GNSS DATA:", 0);
     std::cout << "\n";
 
@@ -43,10 +52,6 @@ void RunPreprocessing(gCPosC& gpos)
     SplitMidnightAmbs(gpos);
     MWAmbiguities(gpos);
     L3Filter(gpos);
-    PhaseWindUp(gpos);
-    GetEclipsing(gpos);
-
-    SetUnknowns(gpos);
 }
 
 void RunEstimation(gCPosC& gpos)

@@ -4,10 +4,15 @@
 // caller can look at or change the context between the blocks.
 #include "driver/gCPosC.h"
 
-/// Preprocessing: problem satellites, receiver properties, corrections,
-/// combinations, epoch checks, clock pre-solution, ambiguity arcs and their
-/// clean-up, the unknowns. Needs ReadFiles done.
+/// Preprocessing: PrepareObservations, then phase wind-up, eclipsing and
+/// the unknowns. Needs ReadFiles done.
 void RunPreprocessing(gCPosC& gpos);
+
+/// The first part of RunPreprocessing: problem satellites, receiver
+/// properties, corrections, antenna calibrations, combinations, epoch
+/// checks, clock pre-solution, ambiguity arcs and their clean-up, up to the
+/// final a-priori ambiguities.
+void PrepareObservations(gCPosC& gpos);
 
 /// Final processing: the static adjustment, the outlier check and, when it
 /// rejected anything, one more adjustment without the rejected observations.

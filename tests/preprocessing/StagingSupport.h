@@ -27,17 +27,7 @@
 #include "preprocessing/GetReceiverProperties.h"
 #include "driver/CheckArguments.h"
 #include "driver/ParseArguments.h"
-#include "observations/CheckRNXEpochs.h"
-#include "observations/ExcludeProblemSat.h"
-#include "preprocessing/ApplyATXVal.h"
-#include "preprocessing/ConAmbiguities.h"
-#include "preprocessing/L3Filter.h"
-#include "preprocessing/MWAmbiguities.h"
-#include "preprocessing/ProcClock.h"
-#include "preprocessing/SetAmbiguities.h"
-#include "preprocessing/SetLinearCombinations.h"
-#include "preprocessing/SetRNXCheckType.h"
-#include "preprocessing/SplitMidnightAmbs.h"
+#include "driver/ProcessingStages.h"
 
 namespace stagingtest {
 
@@ -228,19 +218,7 @@ inline void PreprocessDay(Context& c, const std::string& options, std::string* r
     CheckArguments(g);
     SetFiles(g);
     ReadFiles(g);
-    ExcludeProblemSat(g.rnxh, g.rnxd, g.GetSatCRX(), g.GetIsSCRX(), false);
-    GetReceiverProperties(g);
-    ApplyCorrections(g);
-    ApplyATXVal(g);
-    SetLinearCombinations(g);
-    SetRNXCheckType(g);
-    CheckRNXEpochs(g.rnxh, g.rnxd, g.GetIsGPS(), g.GetIsGLN(), g.GetIsGAL(), false);
-    ProcClock(g);
-    SetAmbiguities(g);
-    ConAmbiguities(g);
-    SplitMidnightAmbs(g);
-    MWAmbiguities(g);
-    L3Filter(g);
+    PrepareObservations(g);
     if (report != nullptr) *report = out.Text();
 }
 
