@@ -69,7 +69,7 @@ const std::string& Set()
                         + Record(kTrm, "4711", 0, 80, 5, {{"G01", 5}}, Valid("VALID FROM", 2018, 1, 1))
                         + Record("BLOCK IIR-M", "G05", 0, 14, 1, {{"G01", 6}, {"E01", 15}, {"G02", 7}}, Valid("VALID FROM", 2009, 8, 17))
                         + Record("BLOCK IIA", "G05", 0, 14, 1, {{"G01", 8}}, Valid("VALID FROM", 1990, 1, 1) + Valid("VALID UNTIL", 2009, 8, 16, 23, 59, 59.9999999))
-                        + Record("GLONASS-M", "R07", 0, 14, 1, {{"R01", 9}, {"G01", 14}, {"R02", 10}})
+                        + Record("GLONASS-K1", "R07", 0, 14, 1, {{"R01", 9}, {"G01", 14}, {"R02", 10}})
                         + Record("GALILEO-2", "E11", 0, 14, 1, {{"E01", 11}, {"R01", 16}, {"E07", 13}, {"E05", 12}});
         for (int i = 0; i < 6; ++i) t += L("", "START OF ANTENNA") + L(Pad(kBlocks[i]) + "G2" + std::to_string(i + 1), "TYPE / SERIAL NO") + L("", "END OF ANTENNA");
         path = orvotest::WriteTemp("set.atx", t);

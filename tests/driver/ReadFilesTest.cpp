@@ -88,8 +88,12 @@ TEST(ReadFiles, ReceiverClockFileMustMatchTheEpochsAndProblemFileIsRead) {
     EXPECT_FALSE(bad.gc.isClkErr);
     // Six header lines and no period: an empty problem list, read and echoed.
     SetName(crx.gc.scrxfile, orvotest::WriteTemp("empty.crx", "h1\nh2\nh3\nh4\nh5\nh6\n"));
-    crx.gc.isSCrx = crx.gc.verbose = true;
+    SetName(crx.gc.atxfile, kAtx);
+    SetName(crx.gc.otidefile, orvotest::Data("zimm-2015-235/zimm.blq"));
+    crx.gc.isSCrx = crx.gc.verbose = crx.gc.isAtx = crx.gc.isOTide = true;
     const std::string log = Stage(crx, obs, "G");
+    EXPECT_TRUE(Has(log, "reading ANTEX file - 31 GPS SWs  25 GLONASS SWs  0 GALILEO SWs  1 RECs")) << log;
+    EXPECT_TRUE(Has(log, "reading OCEAN LOADING TIDE file - 1 stations ")) << log;
     EXPECT_EQ(crx.gc.GetSatCRX().GetNSat(), 0);
     EXPECT_TRUE(Has(log, "Orvo::ReadFiles():        reading GPS AND GLONASS SATELLITE PROBLEM file - 0 problematic "
                          "epochs/satellites!")) << log;

@@ -11,7 +11,10 @@ TEST(SetFiles, HandsOnlyFlaggedNamesAndLogsEachStepInOrder) {
     SetName(c.gc.rnxfile, kObs);
     SetName(c.gc.sp3file, kSp3);
     SetName(c.gc.pclkfile, orvotest::TempDir() + "/dropped.clk");
-    c.gc.isRnx = c.gc.isPEph = c.gc.isTrpModel = c.gc.verbose = true;
+    SetName(c.gc.atxfile, kAtx);
+    SetName(c.gc.otidefile, orvotest::Data("zimm-2015-235/zimm.blq"));
+    SetName(c.gc.ptidefile, orvotest::TempDir() + "/named.erp");
+    c.gc.isRnx = c.gc.isPEph = c.gc.isTrpModel = c.gc.verbose = c.gc.isAtx = c.gc.isOTide = c.gc.isPTide = true;
     c.gc.TrpModel = 1, c.gc.TrpMappFun = 2;
     Capture err(std::cerr);
     SetFiles(c.gc);
@@ -21,7 +24,8 @@ TEST(SetFiles, HandsOnlyFlaggedNamesAndLogsEachStepInOrder) {
     size_t at = 0;
     for (const std::string& line : {std::string("Orvo::SetFiles(): SETTING INPUT FILE NAMES AND PROCESSING SETTINGS!"),
                                     head + "setting RINEX file!", head + "setting MULTI-GNSS PRECISE EPHEMERIS file!",
-                                    head + "setting TROPOSPHERE model and mapping function: 1/2"})
+                                    head + "setting EARTH ROTATION PARAMETERS file!", head + "setting OCEAN LOADING TIDE file!",
+                                    head + "setting ANTEX file!", head + "setting TROPOSPHERE model and mapping function: 1/2"})
         ASSERT_NE(at = log.find(line, at), std::string::npos) << line << "\n" << log;
     EXPECT_FALSE(Has(log, "CLOCK"));
 }

@@ -157,6 +157,59 @@ TEST(Corrections, RecordWithoutOrbitClockOrSystemKeepsStartValues)
     }
 }
 
+TEST(Corrections, TidesEnterAlongTheLineOfSightWithOpposedSenses)
+{
+    // The solid tide is projected on the line from satellite to receiver,
+    // pole and ocean tide on the line to the satellite: a site lifted by 1 m
+    // under a satellite in the zenith gives SETIDE -1 m, PTIDE and OTIDE
+    // +1 m. The station's own BLQ block is ZIMM's renamed; the pole is
+    // 0.2", 0.4" (version 1 units of 1e-5").
+    Options o = Window();
+    o.blq = EditFile(orvotest::Data("zimm-2015-235/zimm.blq"), "esbc.blq", [](std::string& l) {
+        if (l.rfind("  ZIMM", 0) == 0) l = "  ESBC00DNK";
+        return true;
+    });
+    o.erp = orvotest::WriteTemp("pole.erp", "VERSION 1\n  MJD  X  Y  UT1-UTC\n  units\n59024 20000 40000 0\n59026 20000 40000 0\n");
+    Context c;
+    Stage(c, o);
+    gCPosC& g = c.gc;
+    ASSERT_TRUE(g.isSolidTide && g.isOTide && g.isPTide);
+    LuniSolarPosition lsp;
+    SolidEarthTide set;
+    set.SetStaPosition(g.RecPos0.GetUnitVector(1.0L), g.RecPos0.GetLength());
+    const V3 rec{g.RecPosFC.x, g.RecPosFC.y, g.RecPosFC.z};
+    const std::array<V3, 3> enu = Enu(rec);
+    long checked = 0;
+    for (long i = 0, k = 0; i < c.rnxd.GetNEpoch(); ++i) {
+        mjd t = c.rnxd.epoch(i);
+        xyz sun, moon, dSet;
+        long double rs = 0.0L, rm = 0.0L;
+        lsp.SunPosition(t, sun, rs);
+        lsp.MoonPosition(t, moon, rm);
+        set.SetSunPosition(sun, rs);
+        set.SetMoonPosition(moon, rm);
+        set.GetDisplacement(t, dSet);
+        neu dOtl, dPole;
+        g.otide.GetDisplacement(t, dOtl);
+        g.ptide.SetCalcEpoch(t);
+        g.ptide.SetMeanPole();
+        g.ptide.GetPoleTide(t, g.RecPosFCG, dPole);
+        EXPECT_GT(std::fabs(dOtl.u) + std::fabs(dPole.u), 1e-4L);  // both tides at work
+        for (long j = 0; j < c.rnxd.nsat(i); ++j, ++k) {
+            if (!g.OKSAT(k)) continue;
+            const V3 los = Sub(V3{g.SAT_POS(k).x, g.SAT_POS(k).y, g.SAT_POS(k).z}, rec);
+            const long double r = Norm(los), e = Dot(los, enu[0]) / r, n = Dot(los, enu[1]) / r, u = Dot(los, enu[2]) / r;
+            // The range of the light-time solution and the straight line
+            // differ by the Earth's turn (under 40 m of 2e7 m): 1e-7 m here.
+            EXPECT_NEAR(g.SETIDE(k), -(dSet.x * los[0] + dSet.y * los[1] + dSet.z * los[2]) / r, 1e-6L);
+            EXPECT_NEAR(g.OTIDE(k), dOtl.e * e + dOtl.n * n + dOtl.u * u, 1e-9L);
+            EXPECT_NEAR(g.PTIDE(k), dPole.e * e + dPole.n * n + dPole.u * u, 1e-9L);
+            ++checked;
+        }
+    }
+    EXPECT_GT(checked, 20);
+}
+
 TEST(Corrections, TroposphereTotalOrDryAndWetMappingWhenEstimatedOrFiled)
 {
     // The epoch troposphere file (-oT) fills MFTROP even when the wet delay

@@ -151,7 +151,7 @@ inline std::string CutClk(const std::string& name, int from, int to, const std::
 /// What a stage run needs beyond the observation file; the stages run in
 /// main's order up to `upTo`: 0 read, 1 station properties, 2 corrections.
 struct Options {
-    std::string obs, sp3 = Sp3(), clk, channels, nav, sky, rcvClock, atx;
+    std::string obs, sp3 = Sp3(), clk, channels, nav, sky, rcvClock, atx, blq, erp;
     bool gal = true, gln = false, tropo = false, estTropo = false, tropEphFile = false;
     int upTo = 2;
     bool quiet = true;  // false: both streams stay as they are (death tests read them)
@@ -170,7 +170,7 @@ inline std::string Stage(Context& c, const Options& o, std::string* err = nullpt
     const std::tuple<const std::string&, char*, bool&> files[] = {
         {o.sp3, g.sp3file, g.isPEph},        {o.clk, g.pclkfile, g.isPclk}, {o.channels, g.glnfreqch, g.isGLNfrch},
         {o.nav, g.rnavfile, g.isGLNnav}, {o.sky, g.skyplotfile, g.isSkyPlot}, {o.rcvClock, g.clkFName, g.isClkErr},
-        {o.atx, g.atxfile, g.isAtx}};
+        {o.atx, g.atxfile, g.isAtx}, {o.blq, g.otidefile, g.isOTide}, {o.erp, g.ptidefile, g.isPTide}};
     for (const auto& f : files)
         if (!std::get<0>(f).empty()) {
             SetName(std::get<1>(f), std::get<0>(f));
