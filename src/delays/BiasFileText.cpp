@@ -1,0 +1,46 @@
+#include "delays/BiasFileText.h"
+
+#include <cctype>
+#include <cerrno>
+#include <cmath>
+#include <cstdlib>
+
+namespace biastext {
+
+bool NextLine(std::istream& in, std::string& line)
+{
+    if (!std::getline(in, line)) return false;
+    if (!line.empty() && line.back() == '\r') line.pop_back();
+    return true;
+}
+
+std::string Field(const std::string& line, std::size_t pos, std::size_t len)
+{
+    if (pos >= line.size()) return "";
+    const std::string f = line.substr(pos, len);
+    const std::size_t a = f.find_first_not_of(" \t");
+    if (a == std::string::npos) return "";
+    return f.substr(a, f.find_last_not_of(" \t") - a + 1);
+}
+
+bool ToLong(const std::string& text, long& value)
+{
+    const std::size_t i = (!text.empty() && (text[0] == '-' || text[0] == '+')) ? 1 : 0;
+    if (i == text.size()) return false;
+    for (std::size_t j = i; j < text.size(); ++j)
+        if (!std::isdigit(static_cast<unsigned char>(text[j]))) return false;
+    errno = 0;
+    value = std::strtol(text.c_str(), nullptr, 10);
+    return errno == 0;
+}
+
+bool ToLongDouble(const std::string& text, long double& value)
+{
+    if (text.empty()) return false;
+    char* end = nullptr;
+    errno = 0;
+    value = std::strtold(text.c_str(), &end);
+    return errno == 0 && end != text.c_str() && *end == '\0' && std::isfinite(value);
+}
+
+}  // namespace biastext
