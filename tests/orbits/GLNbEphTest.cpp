@@ -4,6 +4,7 @@
 #include <iostream>
 
 #include "OrbitsSupport.h"
+#include "orbits/GLNSat.h"
 #include "orbits/GLNbEph.h"
 #include "orbits/GNSSpEph.h"
 
@@ -25,6 +26,14 @@ constexpr long double OrbitTol_m = 15.0L;
 // iteration closes to 1e-5 m, while a missed light time (70 ms at 3.9 km/s)
 // puts the satellite some 270 m off.
 constexpr long double LightFormTol_m = 1e-3L;
+
+// Over the day, each healthy record within the reader's 16-min limit:
+// 5 m RMS (IGS product table: about 5 m for broadcast GLONASS orbits) and
+// 10 m at most. Clocks after the per-epoch median: 12 ns RMS and 40 ns at
+// most, since broadcast GLONASS clocks differ from an analysis centre's by
+// per-satellite biases of up to tens of ns that a median over satellites
+// can't take out; a wrong sign of TauN is microseconds.
+constexpr long double DayPosRms_m = 5.0L, DayPosMax_m = 10.0L, DayClkRms_s = 12e-9L, DayClkMax_s = 40e-9L;
 
 long double Num(std::string t) { return std::strtold(t.replace(t.find('D'), 1, "E").c_str(), nullptr); }
 
@@ -89,6 +98,25 @@ TEST(GLNbEph, IntegratedOrbitsMeetThePreciseOrbitsBothWays)
         }
     }
     EXPECT_GT(checked, 600);  // about 23 slots x 20 records x 2 nodes
+}
+
+TEST(GLNbEph, OverTheDayOrbitsClocksAndChannelsAgreeWithTheirOtherSources)
+{
+    Spread pos, clk;
+    CompareWithPrecise(Nav().GetSatList(), 100, [](short s, mjd& t, xyzt& p) {
+        const short slot = static_cast<short>(s - 100); const long ix = Nav().GetDataIndex(slot, t); xyzt v;
+        if (std::fabs(t - Nav().GetMJD(ix)) > GLNbEphns::StaleLimit_s || Nav().GetData().data(ix, GLNbEphData::HEALTH) != 0.0L) return false;
+        Nav().CalcSatPosition(slot, t, t, p, v, 0);
+        return p.dt += Nav().GetRelativity(), true; }, pos, clk);
+    EXPECT_GT(clk.n, 800);
+    EXPECT_TRUE(pos.Rms() < DayPosRms_m && pos.max < DayPosMax_m && clk.Rms() < DayClkRms_s && clk.max < DayClkMax_s) << Figures(pos, clk);
+    // The channel file's channel of every slot it lists at a record's epoch.
+    GLNSat& fc = Shared<GLNSat>(kChannels); int same = 0;
+    for (long i = 0; i < Nav().GetNSat(); ++i) {
+        mjd t = Nav().GetMJD(i); const long double k = fc.GetFreqNum(static_cast<short>(100 + Nav().GetData().sat(i)), t);
+        if (fc.GetIsGLNSat()) { EXPECT_EQ(k, Nav().GetData().data(i, GLNbEphData::FRQNUM)) << i; ++same; }
+    }
+    EXPECT_GT(same, 400);  // the records of 25 June
 }
 
 TEST(GLNbEph, StateAtTheRecordEpochAndTheLightTimeForms)

@@ -3,7 +3,10 @@
 // cut into lines, and the reading and comparing that the orbit tests share.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
+#include <cstdio>
+#include <functional>
 #include <map>
 #include <memory>
 #include <sstream>
@@ -14,6 +17,8 @@
 #include "geodesy/mjd.h"
 #include "geodesy/xyz.h"
 #include "numerics/NearLD.h"
+#include "orbits/GNSSpClk.h"
+#include "orbits/GNSSpEph.h"
 
 namespace orbtest {
 
@@ -24,6 +29,7 @@ inline const std::string kEsbc = orvotest::Data("esbc-2020-177/"), kZimm = orvot
 inline const std::string kSp3 = kEsbc + "GRG0MGXFIN_20201770000_01D_15M_ORB.SP3", kNav = kEsbc + "esbc1770.20g",
                          kSp3Before = kEsbc + "GRG0MGXFIN_20201760000_01D_15M_ORB.SP3",
                          kClk = kEsbc + "GRG0MGXFIN_20201770000_01D_30S_CLK.CLK", kChannels = kEsbc + "esbc1770.20o.glnfc";
+inline const std::string kGpsNav = kEsbc + "esbc1770.20n", kMixedNav = kEsbc + "ESBC00DNK_R_20201770000_01D_MN.rnx.gz";
 // The same channels as "Rnn k" per line, from the RINEX 3 header: another
 // source, parsed here independently of the reader.
 inline const std::string kChannelList = kEsbc + "esbc1770.20o.glofrq";
@@ -88,6 +94,48 @@ inline long double Lagrange(const long double* t, const long double* y, int n, l
         sum += b;
     }
     return sum;
+}
+
+/// Root mean square and largest size of a set of differences.
+struct Spread {
+    long double sum2 = 0.0L, max = 0.0L; long n = 0;
+    void Add(long double v) { sum2 += v * v, max = std::max(max, std::fabs(v)), ++n; }
+    long double Rms() const { return n > 0 ? std::sqrt(sum2 / n) : 0.0L; }
+};
+
+/// Position and clock spreads as a line for a failure message.
+inline std::string Figures(const Spread& pos, const Spread& clk)
+{
+    char f[160]; std::snprintf(f, sizeof f, "%ld: %.2Lf m RMS, %.2Lf max; clock %.2Lf ns, %.2Lf max", pos.n, pos.Rms(), pos.max, 1e9L * clk.Rms(), 1e9L * clk.max);
+    return f;
+}
+
+/// A broadcast state of satellite sat at epoch t into p, with p.dt the
+/// clock without its relativity term; false where it is not to be compared.
+using BroadcastState = std::function<bool(short sat, mjd& t, xyzt& p)>;
+
+/// The broadcast states of the satellites base + list(i) (shared numbering)
+/// at every epoch of the day's SP3 file against it and the 30-s clock file:
+/// 3D position differences (m) into pos; clock differences (s) less their
+/// median over the satellites of the epoch, which takes out the common
+/// reference clock of the two clock sets, into clk.
+inline void CompareWithPrecise(const matrix<short>& list, short base, const BroadcastState& state, Spread& pos, Spread& clk)
+{
+    GNSSpEph& sp3 = Shared<GNSSpEph>(kSp3); GNSSpClk& pc = Shared<GNSSpClk>(kClk);
+    for (long k = 0; k < sp3.GetNEpoch(); ++k) {
+        mjd t = sp3.GetMJD(k); pc.SetEpochIndex(t); std::vector<long double> dc;
+        for (long i = 0; i < list.NRow(); ++i) {
+            short s = static_cast<short>(base + list(i)); xyzt p, ps, vs; long double c = 0.0L;
+            sp3.CalcSatPosition(static_cast<unsigned short>(s), t, ps, vs);
+            if (!sp3.PSisOK || !state(s, t, p)) continue;
+            pos.Add(Dist(p, ps)), pc.GetSatelliteClock(s, t, c);
+            if (pc.DTisOK) dc.push_back(p.dt - c);
+        }
+        if (dc.size() < 3) continue;  // no median worth the name
+        std::sort(dc.begin(), dc.end());
+        const std::size_t h = dc.size() / 2; const long double median = dc.size() % 2 ? dc[h] : (dc[h - 1] + dc[h]) / 2.0L;
+        for (long double d : dc) clk.Add(d - median);
+    }
 }
 
 }  // namespace orbtest
