@@ -11,6 +11,9 @@
 #include "observations/ExcludeProblemSat.h"
 #include "preprocessing/ApplyATXVal.h"
 #include "preprocessing/ApplyCorrections.h"
+#include "preprocessing/C1P2Filter.h"
+#include "preprocessing/CodeBiasFilter.h"
+#include "preprocessing/CodeCopy.h"
 #include "preprocessing/ConAmbiguities.h"
 #include "preprocessing/GetEclipsing.h"
 #include "preprocessing/GetReceiverProperties.h"
@@ -22,6 +25,8 @@
 #include "preprocessing/SetLinearCombinations.h"
 #include "preprocessing/SetRNXCheckType.h"
 #include "preprocessing/SplitMidnightAmbs.h"
+#include "reporting/PrintPRCs.h"
+#include "reporting/PrintResStatic.h"
 #include "reporting/PrintStatic.h"
 
 void RunPreprocessing(gCPosC& gpos)
@@ -42,6 +47,11 @@ void PrepareObservations(gCPosC& gpos)
     GetReceiverProperties(gpos);
     ApplyCorrections(gpos);
     ApplyATXVal(gpos);
+    C1P1Copy(gpos);
+    C2P2Copy(gpos);
+    C1P1Filter(gpos);
+    C2P2Filter(gpos);
+    C1P2Filter(gpos);
     SetLinearCombinations(gpos);
     SetRNXCheckType(gpos);
     CheckRNXEpochs(gpos.rnxh, gpos.rnxd, gpos.GetIsGPS(), gpos.GetIsGLN(), gpos.GetIsGAL(),
@@ -72,5 +82,7 @@ void RunResults(gCPosC& gpos)
     std::cout << "\n";
 
     PrintStatic(gpos);
+    PrintResStatic(gpos);
     ProcKinematic(gpos);
+    PrintPRCs(gpos);
 }

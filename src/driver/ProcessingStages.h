@@ -9,7 +9,8 @@
 void RunPreprocessing(gCPosC& gpos);
 
 /// The first part of RunPreprocessing: problem satellites, receiver
-/// properties, corrections, antenna calibrations, combinations, epoch
+/// properties, corrections, antenna calibrations, code copies and code
+/// filters, combinations, epoch
 /// checks, clock pre-solution, ambiguity arcs and their clean-up, up to the
 /// final a-priori ambiguities.
 void PrepareObservations(gCPosC& gpos);
@@ -18,6 +19,7 @@ void PrepareObservations(gCPosC& gpos);
 /// rejected anything, one more adjustment without the rejected observations.
 void RunEstimation(gCPosC& gpos);
 
-/// Results: the static report and files, then the kinematic solution, which
-/// overwrites the cofactors and variances the static report reads.
+/// Results: the static report and files, the residual file, then the
+/// kinematic solution, which overwrites the cofactors and variances the
+/// static report reads, and the pseudo-range correction file.
 void RunResults(gCPosC& gpos);

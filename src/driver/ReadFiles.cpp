@@ -1,5 +1,6 @@
 #include "driver/ReadFiles.h"
 
+#include <fstream>
 #include <iostream>
 #include <string>
 
@@ -32,10 +33,18 @@ void ReadAll(gCPosC& gc)
         Echo(v, "reading APRIORI RECEIVER CLOCK ERROR file - "
                     + std::to_string(gc.clkerr.GetNEpoch()) + " epochs!");
     }
+    if (gc.isGPSnav) {
+        gc.gpsnav.ReadFile();
+        Echo(v, "reading GPS NAVIGATION file - " + std::to_string(gc.gpsnav.GetNSat()) + " records");
+    }
     if (gc.isGLNnav) {
         gc.glnnav.ReadFile();
         Echo(v, "reading GLONASS NAVIGATION file - " + std::to_string(gc.glnnav.GetNSat())
                     + " records");
+    }
+    if (gc.isGALnav) {
+        gc.galnav.ReadFile();
+        Echo(v, "reading GALILEO NAVIGATION file - " + std::to_string(gc.galnav.GetNSat()) + " records");
     }
     if (gc.isPEph) {
         gc.pephM.ReadFile();
@@ -68,12 +77,53 @@ void ReadAll(gCPosC& gc)
         Echo(v, "reading GPS AND GLONASS SATELLITE PROBLEM file - "
                     + std::to_string(gc.scrx.GetNSat()) + " problematic epochs/satellites!");
     }
+    if (gc.isMP1) {
+        gc.mp1.ReadFile();
+        Echo(v, "reading MULTIPATH ON C1/P1 file - " + std::to_string(gc.mp1.NEph()) + " epochs "
+                    + std::to_string(gc.mp1.NObs()) + " observations");
+    }
+    if (gc.isMP2) {
+        gc.mp2.ReadFile();
+        Echo(v, "reading MULTIPATH ON P2 file - " + std::to_string(gc.mp2.NEph()) + " epochs "
+                    + std::to_string(gc.mp2.NObs()) + " observations");
+    }
+    if (gc.isKlob) {
+        Echo(v, "reading KLOBUCHAR ionosphere file");
+        std::ifstream in(gc.ionkfile);
+        if (!in) ProgramError(Prog, "KLOBUCHAR IONOSPHERE FILE CAN NOT BE OPENED!");
+        in >> gc.ionk;
+        Echo(v, "reading KLOBUCHAR ionosphere file");
+    }
+    if (gc.isIonx) {
+        gc.ionx.ReadFile();
+        Echo(v, "reading IONEX ionosphere file");
+    }
+    if (gc.isMyion) {
+        gc.myion.ReadFile();
+        Echo(v, "reading MYIONO file!");
+    }
     if (gc.isAtx) {
         gc.atx.ReadFile();
         Echo(v, "reading ANTEX file - " + std::to_string(gc.atx.GetNGPSSat()) + " GPS SWs  "
                     + std::to_string(gc.atx.GetNGLNSat()) + " GLONASS SWs  "
                     + std::to_string(gc.atx.GetNGALSat()) + " GALILEO SWs  "
                     + std::to_string(gc.atx.GetNRec()) + " RECs");
+    }
+    if (gc.isP1P2) {
+        gc.p1p2.ReadFile();
+        Echo(v, "reading P1P2 DCB file!");
+    }
+    if (gc.isP1C1) {
+        gc.p1c1.ReadFile();
+        Echo(v, "reading P1C1 DCB file!");
+    }
+    if (gc.isP2C2) {
+        gc.p2c2.ReadFile();
+        Echo(v, "reading P2C2 DCB file!");
+    }
+    if (gc.isMyDCB) {
+        gc.mydcb.ReadFile();
+        Echo(v, "reading Meskal - DCB file!");
     }
     if (gc.isVMF1file) {
         gc.trpmodel.ReadFile();

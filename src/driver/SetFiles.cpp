@@ -28,9 +28,17 @@ void SetFiles(gCPosC& gc)
         Echo(v, "setting APRIORI RECEIVER CLOCK ERROR file!");
         gc.clkerr.SetFile(gc.clkFName);
     }
+    if (gc.isGPSnav) {
+        Echo(v, "setting GPS NAVIGATION file!");
+        gc.gpsnav.SetFile(gc.gnavfile);
+    }
     if (gc.isGLNnav) {
         Echo(v, "setting GLONASS NAVIGATION file!");
         gc.glnnav.SetFile(gc.rnavfile);
+    }
+    if (gc.isGALnav) {
+        Echo(v, "setting GALILEO NAVIGATION file!");
+        gc.galnav.SetFile(gc.enavfile);
     }
     if (gc.isPEph) {
         Echo(v, "setting MULTI-GNSS PRECISE EPHEMERIS file!");
@@ -56,9 +64,49 @@ void SetFiles(gCPosC& gc)
         Echo(v, "setting GPS AND GLONASS SATELLITE PROBLEM file!");
         gc.scrx.SetFile(gc.scrxfile);
     }
+    if (gc.isMP1) {
+        Echo(v, "MULTIPATH ON C1/P1 file!");
+        gc.mp1.SetFile(gc.mp1file);
+    }
+    if (gc.isMP2) {
+        Echo(v, "MULTIPATH ON P2 file!");
+        gc.mp2.SetFile(gc.mp2file);
+    }
+    if (gc.isIonx) {
+        Echo(v, "setting IONEX file!");
+        gc.ionx.SetFile(gc.ionxfile);
+    }
+    if (gc.isMyion) {
+        Echo(v, "setting MYIONO file!");
+        gc.myion.SetFile(gc.myionfile);
+    }
     if (gc.isAtx) {
         Echo(v, "setting ANTEX file!");
         gc.atx.SetFile(gc.atxfile);
+    }
+    if (gc.isP1P2) {
+        Echo(v, "setting P1P2 DCB file!");
+        gc.p1p2.SetFile(gc.dcbp1p2file);
+    }
+    if (gc.isP1C1) {
+        Echo(v, "setting P1C1 DCB file!");
+        gc.p1c1.SetFile(gc.dcbp1c1file);
+    }
+    if (gc.isP2C2) {
+        Echo(v, "setting P2C2 DCB file!");
+        gc.p2c2.SetFile(gc.dcbp2c2file);
+    }
+    if (gc.isMyDCB) {
+        Echo(v, "setting Meskal - DCB file!");
+        gc.mydcb.SetFile(gc.mydbcfile);
+    }
+    if (gc.isRCodTrc) {
+        Echo(v, "setting RECEIVER CODE TRACKING file!");
+        gc.rctrack.SetFile(gc.rctrackfile);
+    }
+    if (gc.isAprCrd) {
+        Echo(v, "setting APRIORI COORDINATE file!");
+        gc.acrd.SetFile(gc.aprcrdfile);
     }
     // The model codes go first: SetFile hands the name to the consumers that
     // the chosen model and mapping function need.

@@ -4,7 +4,14 @@
 // reference by all stages.
 #include <fstream>
 
+#include "delays/CompactTEQC.h"
+#include "delays/DCB.h"
+#include "delays/IONEX.h"
+#include "delays/IonKlobuchar.h"
 #include "delays/antex.h"
+#include "delays/RecCodeTrack.h"
+#include "delays/myDCB.h"
+#include "delays/myIono.h"
 #include "delays/gTropDelay.h"
 #include "delays/gTropModel.h"
 #include "geodesy/elipsoid.h"
@@ -17,12 +24,15 @@
 #include "observations/RINEXData.h"
 #include "observations/RINEXHeader.h"
 #include "observations/SatCRX.h"
+#include "observations/SatelliteSystem.h"
 #include "orbits/ClkErr.h"
 #include "orbits/GNSSpClk.h"
 #include "orbits/GLNSat.h"
 #include "orbits/GLNbEph.h"
 #include "orbits/GNSSpEph.h"
+#include "orbits/GPSbEph.h"
 #include "site/LuniSolarPosition.h"
+#include "site/gCRD.h"
 #include "site/OceanTideLoading.h"
 #include "site/PoleTide.h"
 #include "site/SolidEarthTide.h"
@@ -53,6 +63,7 @@ public:
 
     // Group 2: model and file objects and reference ellipsoids.
     ClkErr clkerr;
+    GPSbEph gpsnav, galnav;
     GLNbEph glnnav;
     GNSSpEph pephM;
     SatCRX scrx;
@@ -60,11 +71,19 @@ public:
     gTropModel trpmodel;
     gTropDelay trpdelay;
     GLNSat glnfc;
+    IonKlobuchar ionk;
+    IONEX ionx;
+    myIono myion;
     antex atx;
+    DCB p1p2, p1c1, p2c2;
+    myDCB mydcb;
+    RecCodeTrack rctrack;
+    CompactTEQC mp1, mp2;
     LuniSolarPosition lsp;
     SolidEarthTide nset;
     OceanTideLoading otide;
     PoleTide ptide;
+    gCRD acrd;
     elipsoid eGPS, eGAL, eGLN;
 
     // Group 3: file names, empty until the command line names them.
@@ -224,6 +243,12 @@ public:
     bool GetIsGPS() const { return isGPS; }
     /// True when GLONASS takes part in the run.
     bool GetIsGLN() const { return isGLN; }
+    /// True when the system of satellite number sat takes part in the run.
+    bool UsesSystem(short sat) const
+    {
+        const SatSystem s = SystemOf(sat);
+        return (s == SysGPS && isGPS) || (s == SysGLN && isGLN) || (s == SysGAL && isGAL);
+    }
     /// True when Galileo takes part in the run.
     bool GetIsGAL() const { return isGAL; }
     /// True when a satellite problem file was given.

@@ -18,6 +18,7 @@
 #include "numerics/MathConstants.h"
 #include "observations/GLONASSc.h"
 #include "observations/SatelliteSystem.h"
+#include "preprocessing/BroadcastSatellite.h"
 #include "preprocessing/SetAmbiguities.h"
 
 namespace {
@@ -238,7 +239,9 @@ void ProcStatic(gCPosC& gc)
                 bool SATisOK = false;
                 long double dist = 0.0L, Relativity = 0.0L;
                 xyzt PosSat, VelSat;
-                if (gc.isPEph) {
+                if (BroadcastSatellite(gc, satprn, CalcEph, PosSat, dist, Relativity)) {
+                    SATisOK = dist > 0.0L;
+                } else if (gc.isPEph) {
                     dist = gc.pephM.CalcSatPosition(static_cast<unsigned short>(satprn), CalcEph,
                                                     gc.RecPosFC, PosSat, VelSat);
                     Relativity = gc.pephM.Relativity;

@@ -97,11 +97,16 @@ void CheckArcTable(const gCPosC& gc, const std::string& stage)
     }
 }
 
-void PrintArcColumns(long id, short sat, long firstEpoch, long lastEpoch)
+void PrintSatColumns(long id, short sat)
 {
     std::cout << std::setw(8) << id << "   " << SystemLetter(sat) << std::setw(2)
-              << std::setfill('0') << SystemPRN(sat) << std::setfill(' ') << std::setw(18)
-              << firstEpoch << std::setw(18) << lastEpoch;
+              << std::setfill('0') << SystemPRN(sat) << std::setfill(' ');
+}
+
+void PrintArcColumns(long id, short sat, long firstEpoch, long lastEpoch)
+{
+    PrintSatColumns(id, sat);
+    std::cout << std::setw(18) << firstEpoch << std::setw(18) << lastEpoch;
 }
 
 void PrintArcStats(long n, long nOut, bool haveValue, long double value, bool haveSd,

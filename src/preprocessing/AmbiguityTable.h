@@ -40,6 +40,11 @@ void PrintAmbiguityTable(const gCPosC& gc);
 /// record (column 1) outside 0 .. nsatall. Returns quietly otherwise.
 void CheckArcTable(const gCPosC& gc, const std::string& stage);
 
+/// Writes `id` in 8 columns, three blanks, then the system letter and the
+/// two-digit PRN (or GLONASS slot) of `sat`; no new line. The fill
+/// character is a blank afterwards.
+void PrintSatColumns(long id, short sat);
+
 /// Writes the leading columns of one arc row on the output stream: `id` in
 /// 8 columns, three blanks, the system letter and the two-digit PRN (or
 /// GLONASS slot) of `sat`, then the epoch indices `firstEpoch` and

@@ -28,11 +28,6 @@ struct CarrierVariations {
     long double v[6] = {0.0L, 0.0L, 0.0L, 0.0L, 0.0L, 0.0L};
 };
 
-bool SystemOn(const gCPosC& gc, SatSystem s)
-{
-    return (s == SysGPS && gc.isGPS) || (s == SysGLN && gc.isGLN) || (s == SysGAL && gc.isGAL);
-}
-
 // Index of the first carrier of a system in the six-carrier tables.
 int FirstCarrier(SatSystem s) { return s == SysGPS ? 0 : s == SysGLN ? 2 : 4; }
 
@@ -121,7 +116,7 @@ bool CorrectReceiver(gCPosC& gc)
         if (!HasGeometry(gc, k)) continue;
         const short sat = d.sat(k);
         const SatSystem sys = SystemOf(sat);
-        if (!SystemOn(gc, sys)) continue;
+        if (!gc.UsesSystem(sat)) continue;
         const long double elv = gc.ELV(k), azm = gc.AZM(k);
         long double azm_deg = azm * Rad2Deg;
         if (gc.isAzmOffAtx) {
@@ -167,7 +162,7 @@ void CorrectSatellites(gCPosC& gc)
             const short sat = d.sat(k);
             const SatSystem sys = SystemOf(sat);
             if (gc.SAT_DIST(k) < ns::MinSatDistance_m || !HasGeometry(gc, k)
-                || !SystemOn(gc, sys))
+                || !gc.UsesSystem(sat))
                 continue;
             const long double nadir_deg =
                 std::asin(std::cos(gc.ELV(k)) * gc.RecMag / gc.SAT_DIST(k)) * Rad2Deg;

@@ -9,9 +9,13 @@
 
 #include "driver/Console.h"
 #include "geodesy/CoordinateTransforms.h"
+#include "numerics/MathConstants.h"
 #include "numerics/ProgramError.h"
+#include "observations/GALILEOc.h"
 #include "observations/GLONASSc.h"
+#include "observations/GPSc.h"
 #include "observations/SatelliteSystem.h"
+#include "preprocessing/BroadcastSatellite.h"
 
 namespace {
 
@@ -80,6 +84,7 @@ void PrintModels(const gCPosC& gc)
     if (gc.isOTide) std::cout << "  Ocean tide loading\n";
     std::cout << "  Relativistic path range effect\n";
     if (gc.isTrpModel || gc.ifEstTropo) std::cout << "  Troposphere modelling/estimation\n";
+    if (gc.isIonx || gc.isKlob || gc.isMyion) std::cout << "  Ionosphere modelling\n";
     if (gc.obsP == gCPosC::COSZ) std::cout << "  Elevation dependent observation weighting\n";
     std::cout << "\n";
 }
@@ -104,7 +109,106 @@ void ModelTroposphere(gCPosC& gc, long k, mjd& calcEph)
     if (gc.isOutTropEphFile) gc.MFTROP(k) = gc.trpdelay.MappFunWet();
 }
 
+// Where the ionosphere models look from: geodetic and geocentric latitude
+// and longitude of the antenna, degrees.
+struct IonoSite {
+    long double fi_deg, beta_deg, la_deg;
+};
+
+void ModelIonosphere(gCPosC& gc, long k, mjd& calcEph, const IonoSite& site)
+{
+    namespace ns = ApplyCorrectionsns;
+    const long double edeg = gc.ELV(k) * Rad2Deg, adeg = gc.AZM(k) * Rad2Deg;
+    long double sod = calcEph.GetSecond();
+    if (gc.isKlob) gc.ION(k) = gc.ionk.CalcIonDelay(site.fi_deg, site.la_deg, edeg, adeg, sod);
+    if (gc.isIonx) {
+        long double beta = site.beta_deg, la = site.la_deg, e = edeg;
+        gc.ION(k) = gc.ionx.CalcIonDelay(sod, beta, la, e, gc.IonexUnit, gc.IonexProc, gc.IonexTECV);
+    }
+    if (gc.isMyion) {
+        gc.myion.GetIonoDelay(calcEph, gc.ION(k));
+        // The series is vertical: the thin-shell slant factor at the
+        // pierce point turns it into the line of sight.
+        const long double z = std::asin(std::cos(gc.ELV(k)) * ns::ShellRadius_km
+                                        / (ns::ShellRadius_km + ns::ShellHeight_km));
+        gc.ION(k) /= std::cos(z);
+    }
+}
+
 }  // namespace
+
+void ApplyDCB(gCPosC& gc)
+{
+    if (!(gc.isGPSnav || gc.isIonx || gc.isP1P2 || (gc.isP1C1 && gc.RecCodeTrackType != 0))) return;
+    ProgramSubSubTitle("APPLYING DCB VALUES TO CODE OBSERVATIONS:", 0);
+    const char* source = "Navigation time group delay";
+    if (gc.isIonx) source = "IONEX DCB values";
+    if (gc.isP1P2 || gc.isP1C1 || gc.isP2C2) source = "DCB values provided by CODE";
+    std::cout << "  Differential code bias (DCB) source : " << source << "\n";
+
+    const std::ios_base::fmtflags flags = std::cout.flags();
+    const std::streamsize precision = std::cout.precision();
+    std::cout << std::fixed << std::setprecision(4);
+    RINEXData& d = gc.rnxd;
+    const RINEXHeader& h = gc.rnxh;
+    const long double c = GPSc::c;
+    for (long s = 0; s < d.GetNSat(); ++s) {
+        const short prn = d.GetSat(s);
+        const SatSystem sys = SystemOf(prn);
+        if ((sys == SysGPS && !gc.isGPS) || (sys == SysGLN && !gc.isGLN)) continue;
+        const long double lcIon1 = sys == SysGLN ? GLONASSc::LCion1 : sys == SysGAL ? GALILEOc::LCion1 : GPSc::LCion1;
+        const long double lcIon2 = sys == SysGLN ? GLONASSc::LCion2 : sys == SysGAL ? GALILEOc::LCion2 : GPSc::LCion2;
+        long double tgd = 0.0L, dtL1 = 0.0L, dtL2 = 0.0L;
+        std::cout << "    Satellite: " << std::setw(6) << prn;
+        if (sys == SysGPS && gc.isGPSnav) {
+            const GPSbEphData& nav = gc.gpsnav.GetData();
+            for (long r = 0; r < nav.sat.NRow(); ++r)
+                if (nav.sat(r) == prn) {
+                    tgd = nav.data(r, GPSbEphData::TGD);
+                    break;
+                }
+            dtL1 = -tgd * c;
+            dtL2 = GPSc::alpha * dtL1;
+        }
+        if (gc.isIonx) {
+            short sat = prn;
+            tgd = gc.ionx.GetDCB(sat);
+            dtL1 = lcIon2 * tgd * c;
+            dtL2 = lcIon1 * tgd * c;
+        }
+        if (gc.isP1P2) {
+            tgd = gc.p1p2.GetDCBVAL(prn);
+            dtL1 = lcIon2 * tgd * c;
+            dtL2 = lcIon1 * tgd * c;
+        }
+        // A receiver that tracks C1 in place of P1 (type 1, C1P2) has its
+        // first code on the C1 datum; one that also tracks a cross-correlated
+        // second code (type 2, C1X2) has both.
+        if (gc.isP1C1 && gc.RecCodeTrackType != 0) {
+            tgd = gc.p1c1.GetDCBVAL(prn);
+            dtL1 += tgd * c;
+            if (gc.RecCodeTrackType == 2) dtL2 += tgd * c;
+        }
+        std::cout << std::setw(10) << dtL1 << std::setw(10) << dtL2;
+        // A centimetre in sum is below what any code solution can see.
+        if (std::fabs(dtL1) + std::fabs(dtL2) < ApplyCorrectionsns::MinCodeBias_m) {
+            std::cout << "\n";
+            continue;
+        }
+        long nC1 = 0, nP1 = 0, nP2 = 0;
+        for (long k = 0; k < d.GetNObs(); ++k) {
+            if (d.sat(k) != prn) continue;
+            if (h.HasC1() && k < d.C1.NRow() && !d.C1(k).IsNull()) d.C1(k) += dtL1, ++nC1;
+            if (h.HasP1() && k < d.P1.NRow() && !d.P1(k).IsNull()) d.P1(k) += dtL1, ++nP1;
+            if (h.HasP2() && k < d.P2.NRow() && !d.P2(k).IsNull()) d.P2(k) += dtL2, ++nP2;
+        }
+        std::cout << "    [#C1:" << std::setw(8) << nC1 << "     #P1:" << std::setw(8) << nP1
+                  << "     #P2:" << std::setw(8) << nP2 << "]\n";
+    }
+    std::cout << "\n";
+    std::cout.flags(flags);
+    std::cout.precision(precision);
+}
 
 void SetGlonassFrequency(gCPosC& gc)
 {
@@ -187,6 +291,18 @@ void CalculateAE(gCPosC& gc)
     }
 
     if (gc.isOTide) gc.otide.SetStation(gc.rnxh.mname.c_str());
+    if (gc.isMyion && gc.rnxd.GetNEpoch() > 0) {
+        mjd first = gc.rnxd.epoch(0);
+        gc.myion.SetIonoIndex(first);
+    }
+    IonoSite site{};
+    {
+        const flh g = xyz2flh(gc.RecPosFC, gc.eGPS);
+        const long double e2 = gc.eGPS.f * (2.0L - gc.eGPS.f);
+        site.fi_deg = g.f * Rad2Deg;
+        site.beta_deg = std::atan(std::tan(g.f) * (1.0L - e2)) * Rad2Deg;
+        site.la_deg = std::remainder(g.l * Rad2Deg, 360.0L);
+    }
 
     const long double recDist = gc.RecPosFC.GetLength();
     // The receiver stands still during the loop: its geodetic position on
@@ -225,6 +341,7 @@ void CalculateAE(gCPosC& gc)
             gc.ptide.GetPoleTide(calcEph, gc.RecPosFCG, poleTide);
         }
         if (gc.isOTide) gc.otide.GetDisplacement(calcEph, oceanTide);
+        if (gc.isMyion) gc.myion.SetIonoIndex(calcEph, gc.myion.GetIonoIndex());
 
         const long nRec = d.nsat(i);
         for (long j = 0; j < nRec; ++j, ++k) {
@@ -233,8 +350,11 @@ void CalculateAE(gCPosC& gc)
             if (ell == nullptr) continue;
 
             xyzt posSat;
-            long double dist = 0.0L;
-            const bool ok = PreciseSatellite(gc, prn, calcEph, posSat, dist);
+            long double dist = 0.0L, relativity = 0.0L;
+            // A navigation file of the system answers, and its satellites
+            // are always usable; otherwise the precise products decide.
+            const bool ok = BroadcastSatellite(gc, prn, calcEph, posSat, dist, relativity)
+                            || PreciseSatellite(gc, prn, calcEph, posSat, dist);
             gc.OKSAT(k) = ok;
             gc.SAT_DIST(k) = 0.0L;
             if (!ok) {
@@ -274,6 +394,7 @@ void CalculateAE(gCPosC& gc)
                 if (gc.isOTide) gc.OTIDE(k) = oceanTide.e * xs + oceanTide.n * ys + oceanTide.u * zs;
             }
             if (gc.isTrpModel) ModelTroposphere(gc, k, calcEph);
+            if (gc.isKlob || gc.isIonx || gc.isMyion) ModelIonosphere(gc, k, calcEph, site);
         }
     }
 }
@@ -281,5 +402,6 @@ void CalculateAE(gCPosC& gc)
 void ApplyCorrections(gCPosC& gc)
 {
     SetGlonassFrequency(gc);
+    ApplyDCB(gc);
     CalculateAE(gc);
 }

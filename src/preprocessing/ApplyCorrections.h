@@ -12,6 +12,12 @@ constexpr long double Rel2Const = 0.00887005607823534297784L;
 constexpr long double GradMappingC = 0.0032L;
 /// Radians to degrees.
 constexpr long double Deg = 57.2957795130823208767981548141051703L;
+/// Thin-shell model of a vertical ionosphere series: mean Earth radius and
+/// shell height, km.
+constexpr long double ShellRadius_km = 6371.0L;
+constexpr long double ShellHeight_km = 450.0L;
+/// Code biases of a satellite smaller than this in sum (m) are not applied.
+constexpr long double MinCodeBias_m = 0.01L;
 }  // namespace ApplyCorrectionsns
 
 /// Fills the GLONASS frequency tables (GLONASSc) for every GLONASS
@@ -36,14 +42,29 @@ void SetGlonassFrequency(gCPosC& gc);
 /// the relativistic path term REL2 = 2GM/c^2 ln((rs + rr + d)/(rs + rr - d))
 /// (m), the weight sin^2(E) with obsP COSZ, and with isTrpModel the slant
 /// troposphere (dry only when the wet delay is estimated), the wet mapping
-/// value and the gradient mapping values (Chen & Herring 1997). A record
+/// value and the gradient mapping values (Chen & Herring 1997), and with an
+/// ionosphere model (Klobuchar, IONEX, own series) ION (m, first
+/// frequency). The Sun and Moon of every epoch go to posSunUnit, SunMag and
+/// the solid tide; the solid tide (SETIDE), pole tide (isPTide, PTIDE) and
+/// ocean loading (isOTide, OTIDE) enter projected on the line of sight. A
+/// system with a navigation file takes its satellites from it, always
+/// usable; otherwise the precise products decide. A record
 /// without orbit or clock keeps the start values with OKSAT false. With
 /// isSkyPlot writes epoch, satellite, elevation and azimuth (degrees) per
 /// record with an orbit to skyplotfile; a file that does not open ends the
 /// run before anything is computed.
 void CalculateAE(gCPosC& gc);
 
-/// Runs SetGlonassFrequency, then CalculateAE. Code biases are not applied:
-/// no code bias source (navigation group delay, IONEX, bias files) is read
-/// by the program yet.
+/// With a GPS navigation file (isGPSnav) or IONEX (isIonx), shifts the
+/// non-null C1, P1 (by dtL1) and P2 (by dtL2) of every satellite in place by
+/// its satellite code bias: the navigation group delay of the satellite's
+/// first record (GPS only: dtL1 = -TGD c, dtL2 = (f1/f2)^2 dtL1), replaced
+/// by the IONEX P1-P2 bias where IONEX is read (dtL1 = LCion2 DCB c, dtL2 =
+/// LCion1 DCB c). A satellite whose two shifts sum to less than
+/// MinCodeBias_m is left alone; GPS and GLONASS satellites of a system not
+/// processed are skipped. Prints the source, then per satellite both
+/// shifts (m) and the numbers of codes shifted. Bias files are not read.
+void ApplyDCB(gCPosC& gc);
+
+/// Runs SetGlonassFrequency, ApplyDCB, then CalculateAE.
 void ApplyCorrections(gCPosC& gc);

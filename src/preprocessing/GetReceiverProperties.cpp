@@ -127,12 +127,14 @@ void GetReceiverProperties(gCPosC& gc)
     flhns::WidthH = 12;
     xyzns::Width = 16;
 
-    // No receiver tracking table is read: the code types are those of the
-    // RINEX header.
     gc.RecCodeTrackType = 0;
+    if (gc.isRCodTrc) gc.RecCodeTrackType = gc.rctrack.GetRecCodeTrack(gc.rnxh.rectype.c_str());
 
     Log(gc.verbose, "a-priori coordinates");
     gc.RecPos0 = gc.rnxh.X0;
+    if (gc.isAprCrd && gc.rnxd.GetNEpoch() > 0)
+        gc.RecPos0 = AprioriPosition(gc.acrd, gc.rnxh.mname.c_str(), gc.rnxh.mnumber.c_str(),
+                                     gc.rnxd.epoch(gc.rnxd.GetNEpoch() / 2), gc.rnxh.X0);
     if (gc.RecPos0.GetLength() < ns::MinGeocentricDistance_m)
         ProgramError(Prog, "NO VALID APRIORI RECEIVER POSITION IN RINEX HEADER (APPROX POSITION "
                            "XYZ) - CAN NOT MODEL OBSERVATIONS!");

@@ -15,12 +15,6 @@
 
 namespace {
 
-bool SystemOn(const gCPosC& gc, short sat)
-{
-    const SatSystem s = SystemOf(sat);
-    return (s == SysGPS && gc.isGPS) || (s == SysGLN && gc.isGLN) || (s == SysGAL && gc.isGAL);
-}
-
 // One stretch of a satellite's records without a restart.
 struct Stretch {
     long first = 0, last = 0;
@@ -75,7 +69,7 @@ void PhaseWindUp(gCPosC& gc)
     const xyz recY = lg2g(neu(0.0L, -1.0L, 0.0L), gc.RecPosFCG);
     long id = 0;
     for (const auto& [sat, records] : RecordsBySatellite(d)) {
-        if (!SystemOn(gc, sat) || !GLC::LoadSystem(sat)) continue;
+        if (!gc.UsesSystem(sat) || !GLC::LoadSystem(sat)) continue;
         bool blockIIR = false;
         if (gc.isAtx && d.GetNEpoch() > 0) {
             gc.atx.SetSatellite(sat, d.epoch(0));

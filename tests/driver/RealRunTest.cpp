@@ -238,3 +238,51 @@ TEST(RealRunBadInput, CutOffAboveAllSatellitesLeavesAprioriPositionAndWarns) {
     hdr >> apr.x >> apr.y >> apr.z;
     EXPECT_NEAR_LD(Distance(Estimated(r.out), apr), 0.0L, PrintStep_m * std::sqrt(3.0L));
 }
+
+// Broadcast orbits are good to a metre or two and their clocks to a few
+// nanoseconds: a day of phase averages that to decimetres. 2 m is a fault
+// (a wrong clock sign, a GPS week or time scale off).
+constexpr long double BroadcastBound_m = 2.0L;
+
+TEST(RealRun, NavigationFilesAloneGiveADecimetreDayAndYieldToPreciseOrbits) {
+    const std::string nav = " -eg" + kNavG + " -er" + kNavR + " -csGR -lPc3,L3 -tmSAAST,NIELL -ti02:00:00 -tg -xSTA -gpsplot.txt";
+    const RunResult r = RunClean("esbc_nav", "-r" + kObs + nav);
+    EXPECT_TRUE(NumberAfter(r.out, "# of ITERATIONS :") < MaxIter && NumberAfter(r.out, "# of OBS        :") > 50000.0L);
+    const Neu d = LocalDifference(Estimated(r.out), Reference("esbc-2020-177"));
+    EXPECT_LT(std::hypot(d.h, d.u), BroadcastBound_m) << "N " << d.n << " E " << d.e << " U " << d.u;
+    // With an orbit file as well, the navigation files are dropped and the
+    // settings report says so.
+    const RunResult both = RunClean("esbc_nav_sp3", Args(CutObs("two_hours_nav.20o", TwoHours), "GR") + nav);
+    EXPECT_TRUE(Has(both.err, "BOTH PRECISE EPHEMERIS AND (SOME) NAVIGATION FILES FOR SET")) << both.err;
+    EXPECT_FALSE(Has(both.out, "GPS broadcast navigation file       : " + kNavG));
+}
+
+TEST(RealRun, IonosphereModelsTakeTheDelayOutOfSingleFrequencyCode) {
+    // Code on the first frequency alone carries the whole ionosphere: an
+    // unmodelled delay, larger at low elevation, lifts the height by metres.
+    // A model takes it down. ZIMM's global maps of its day bring the
+    // solution closer. At ESBC (June 2020, deep solar minimum) the broadcast
+    // coefficients give a vertical delay of 5 ns (1.5 m) all day, the
+    // model's floor, about three times what the day had: the height must go
+    // down, and overshoots.
+    const std::string z = orvotest::Data("zimm-2015-235/");
+    const struct {
+        const char* set;
+        std::string run, model;
+        bool closer;
+    } rows[] = {
+        {"esbc-2020-177", "-r" + kObs + " -ep" + kSp3 + " -ec" + kClk + " -csG -lP1 -tmSAAST,NIELL -xSTA", " -ik" + kNavG, false},
+        {"zimm-2015-235", "-r" + z + "ZIMM2350.15O -ep" + z + "igs18590.sp3 -csG -lC1 -tmSAAST,NIELL -xSTA", " -ii" + z + "corg2350.15i", true},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.set);
+        const Xyz ref = Reference(row.set);
+        const Neu without = LocalDifference(Estimated(RunClean(std::string(row.set) + "_noion", row.run).out), ref);
+        const Neu with = LocalDifference(Estimated(RunClean(std::string(row.set) + "_ion", row.run + row.model).out), ref);
+        EXPECT_GT(without.u, 0.5L);
+        EXPECT_LT(with.u, without.u - 0.5L);
+        if (row.closer) {
+            EXPECT_LT(std::hypot(with.h, with.u), 0.7L * std::hypot(without.h, without.u)) << with.u << " " << without.u;
+        }
+    }
+}

@@ -84,12 +84,14 @@ TEST(ResCheckRealDay, InjectedPhaseAndCodeBlundersAreRejectedAndTheSecondPassRet
             gc.rnxd.L2(k).obs += 0.05L / GPSc::lamb2;
         }
         // P1 and P2 moved against each other leave the narrow-lane code, and
-        // so MW, alone, while the ionosphere-free P3 moves by 10 m: the MW
-        // screening does not see them, the check must.
+        // so MW, alone, while the ionosphere-free P3 moves by 10 m; C1 moved
+        // with P2 hides them from the P2 - C1 code screen. The check must
+        // find them.
         const long double a = 10.0L / GPSc::LCwl1;
         for (long k : b.code) {
             gc.rnxd.P1(k).obs += a;
             gc.rnxd.P2(k).obs -= a * GPSc::f1_f2;
+            gc.rnxd.C1(k).obs -= a * GPSc::f1_f2;
         }
     };
     const auto run = orvotest::RunDay(orvotest::EsbcOptions("-xSTA -bt4"), inject);

@@ -210,6 +210,47 @@ TEST(Corrections, TidesEnterAlongTheLineOfSightWithOpposedSenses)
     EXPECT_GT(checked, 20);
 }
 
+TEST(Corrections, NavigationGroupDelaysShiftTheCodesOfTheirSatellite)
+{
+    // TGD of each GPS satellite's first record (third number of its sixth
+    // orbit line), read here from the file's text: C1 and P1 move by
+    // -TGD c, P2 by -(f1/f2)^2 TGD c; under a centimetre in sum nothing moves.
+    std::map<int, long double> tgd;
+    std::ifstream in(NavG());
+    bool body = false;
+    for (std::string line; std::getline(in, line);) {
+        if (!body) { body = Has(line, "END OF HEADER"); continue; }
+        std::string orbit[7];
+        for (std::string& l : orbit) std::getline(in, l);
+        const int prn = std::atoi(line.substr(0, 2).c_str());
+        std::string v = orbit[5].substr(41, 19);
+        std::replace(v.begin(), v.end(), 'D', 'E');
+        if (!tgd.count(prn)) tgd[prn] = std::strtold(v.c_str(), nullptr);
+    }
+    Options o = Window();
+    o.gal = false;
+    Context plain, shifted;
+    Stage(plain, o);
+    o.gnav = NavG();
+    Stage(shifted, o);
+    const long double gamma = (1575.42L * 1575.42L) / (1227.6L * 1227.6L);
+    long moved = 0;
+    for (long k = 0; k < plain.rnxd.GetNObs(); ++k) {
+        const short prn = plain.rnxd.sat(k);
+        if (prn > 99) continue;
+        ASSERT_TRUE(tgd.count(prn)) << prn;
+        const long double d1 = -tgd[prn] * C, d2 = gamma * d1, apply = std::fabs(d1) + std::fabs(d2) < 0.01L ? 0.0L : 1.0L;
+        if (!plain.rnxd.C1(k).IsNull()) {
+            EXPECT_NEAR(shifted.rnxd.C1(k).obs - plain.rnxd.C1(k).obs, apply * d1, 1e-9L) << prn;
+        }
+        if (!plain.rnxd.P2(k).IsNull()) {
+            EXPECT_NEAR(shifted.rnxd.P2(k).obs - plain.rnxd.P2(k).obs, apply * d2, 1e-9L) << prn;
+        }
+        moved += apply > 0.0L;
+    }
+    EXPECT_GT(moved, 0);
+}
+
 TEST(Corrections, TroposphereTotalOrDryAndWetMappingWhenEstimatedOrFiled)
 {
     // The epoch troposphere file (-oT) fills MFTROP even when the wet delay

@@ -97,3 +97,29 @@ TEST(ReceiverPropertiesDeath, HeaderWithoutPositionStops)
 }
 
 }  // namespace
+
+TEST(ReceiverProperties, CatalogueAndReceiverListJoinTheStation)
+{
+    // The catalogue gives the reference marker (no motion): the run starts
+    // from it, not from the header; the receiver list makes the station's
+    // SEPT POLARX5 a C1/X2 receiver (type 2). A station the catalogue does
+    // not hold keeps the header position with the warning.
+    char row[300];
+    std::snprintf(row, sizeof row, "%4d %-20s %-60s %.4Lf %.4Lf %.4Lf %.4f %.4f %.4f %s\n", 1, "ESBC00DNK", "10118M001",
+                  kRef[0], kRef[1], kRef[2], 0.0, 0.0, 0.0, "2020-06-25 12:00:00");
+    char entry[120];
+    std::snprintf(entry, sizeof entry, "%-20s   %d     %s   %s\n%29sX2\n", "SEPT POLARX5", 2, "C1", "CODE TRACKING", "");
+    const std::string list = orvotest::WriteTemp("rec.lst", std::string("RECEIVER TYPE          #F    CODES\n") + entry);
+    for (const bool listed : {true, false}) {
+        Context c;
+        SetName(c.gc.aprcrdfile, orvotest::WriteTemp("cat.crd", "# ID NAME\n#*** ****\n" + std::string(listed ? row : "")));
+        SetName(c.gc.rctrackfile, list);
+        c.gc.isAprCrd = c.gc.isRCodTrc = true;
+        std::string err;
+        Stage(c, Props(CutObs("ac.20o", 0, 3)), &err);
+        const xyz want = listed ? xyz(kRef[0], kRef[1], kRef[2]) : kX0;
+        EXPECT_LT((c.gc.RecPos0 - want).GetLength(), PosTol_m) << listed;
+        EXPECT_EQ(Has(err, "SITE NAME NOT LISTED IN APRIORI COORDINATE FILE - USING RINEX VALUES!"), !listed) << err;
+        EXPECT_EQ(c.gc.RecCodeTrackType, 2);
+    }
+}

@@ -44,6 +44,7 @@ inline std::string Obs() { return orvotest::Data(kSet + "esbc1770.20o"); }
 inline std::string Sp3() { return orvotest::Data(kSet + "GRG0MGXFIN_20201770000_01D_15M_ORB.SP3"); }
 inline std::string Clk() { return orvotest::Data(kSet + "GRG0MGXFIN_20201770000_01D_30S_CLK.CLK"); }
 inline std::string Nav() { return orvotest::Data(kSet + "esbc1770.20g"); }
+inline std::string NavG() { return orvotest::Data(kSet + "esbc1770.20n"); }
 inline std::string Channels() { return orvotest::Data(kSet + "esbc1770.20o.glnfc"); }
 
 // Reference marker of the data set (IGb14, 2020.4822) and antenna height.
@@ -151,7 +152,7 @@ inline std::string CutClk(const std::string& name, int from, int to, const std::
 /// What a stage run needs beyond the observation file; the stages run in
 /// main's order up to `upTo`: 0 read, 1 station properties, 2 corrections.
 struct Options {
-    std::string obs, sp3 = Sp3(), clk, channels, nav, sky, rcvClock, atx, blq, erp;
+    std::string obs, sp3 = Sp3(), clk, channels, nav, sky, rcvClock, atx, blq, erp, gnav;
     bool gal = true, gln = false, tropo = false, estTropo = false, tropEphFile = false;
     int upTo = 2;
     bool quiet = true;  // false: both streams stay as they are (death tests read them)
@@ -170,7 +171,8 @@ inline std::string Stage(Context& c, const Options& o, std::string* err = nullpt
     const std::tuple<const std::string&, char*, bool&> files[] = {
         {o.sp3, g.sp3file, g.isPEph},        {o.clk, g.pclkfile, g.isPclk}, {o.channels, g.glnfreqch, g.isGLNfrch},
         {o.nav, g.rnavfile, g.isGLNnav}, {o.sky, g.skyplotfile, g.isSkyPlot}, {o.rcvClock, g.clkFName, g.isClkErr},
-        {o.atx, g.atxfile, g.isAtx}, {o.blq, g.otidefile, g.isOTide}, {o.erp, g.ptidefile, g.isPTide}};
+        {o.atx, g.atxfile, g.isAtx}, {o.blq, g.otidefile, g.isOTide}, {o.erp, g.ptidefile, g.isPTide},
+        {o.gnav, g.gnavfile, g.isGPSnav}};
     for (const auto& f : files)
         if (!std::get<0>(f).empty()) {
             SetName(std::get<1>(f), std::get<0>(f));
