@@ -239,8 +239,9 @@ void ProcStatic(gCPosC& gc)
                 bool SATisOK = false;
                 long double dist = 0.0L, Relativity = 0.0L;
                 xyzt PosSat, VelSat;
-                if (BroadcastSatellite(gc, satprn, CalcEph, PosSat, dist, Relativity)) {
-                    SATisOK = dist > 0.0L;
+                bool healthy = false;
+                if (BroadcastSatellite(gc, satprn, CalcEph, PosSat, dist, Relativity, healthy)) {
+                    SATisOK = healthy && dist > 0.0L;
                 } else if (gc.isPEph) {
                     dist = gc.pephM.CalcSatPosition(static_cast<unsigned short>(satprn), CalcEph,
                                                     gc.RecPosFC, PosSat, VelSat);

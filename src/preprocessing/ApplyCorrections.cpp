@@ -351,10 +351,13 @@ void CalculateAE(gCPosC& gc)
 
             xyzt posSat;
             long double dist = 0.0L, relativity = 0.0L;
-            // A navigation file of the system answers, and its satellites
-            // are always usable; otherwise the precise products decide.
-            const bool ok = BroadcastSatellite(gc, prn, calcEph, posSat, dist, relativity)
-                            || PreciseSatellite(gc, prn, calcEph, posSat, dist);
+            // A navigation file of the system answers, a satellite being
+            // usable while its record is healthy; otherwise the precise
+            // products decide.
+            bool healthy = false;
+            const bool ok = BroadcastSatellite(gc, prn, calcEph, posSat, dist, relativity, healthy)
+                                ? healthy
+                                : PreciseSatellite(gc, prn, calcEph, posSat, dist);
             gc.OKSAT(k) = ok;
             gc.SAT_DIST(k) = 0.0L;
             if (!ok) {

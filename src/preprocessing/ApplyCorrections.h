@@ -47,8 +47,8 @@ void SetGlonassFrequency(gCPosC& gc);
 /// frequency). The Sun and Moon of every epoch go to posSunUnit, SunMag and
 /// the solid tide; the solid tide (SETIDE), pole tide (isPTide, PTIDE) and
 /// ocean loading (isOTide, OTIDE) enter projected on the line of sight. A
-/// system with a navigation file takes its satellites from it, always
-/// usable; otherwise the precise products decide. A record
+/// system with a navigation file takes its satellites from it, usable while
+/// the chosen record is healthy; otherwise the precise products decide. A record
 /// without orbit or clock keeps the start values with OKSAT false. With
 /// isSkyPlot writes epoch, satellite, elevation and azimuth (degrees) per
 /// record with an orbit to skyplotfile; a file that does not open ends the

@@ -10,8 +10,11 @@
 /// antenna at gc.RecPosFC (light time and the Earth's rotation iterated by
 /// the file's class), its broadcast clock (s, relativity included) in
 /// pos.dt, the geometric distance (m) in dist and the relativity term (s)
-/// that the caller may take out in relativity; returns true. Returns false
-/// and changes nothing for a system without a navigation file. A satellite
-/// that the file does not list ends the run with the file's framed error.
+/// that the caller may take out in relativity; `usable` is false when the
+/// record chosen for eph is marked unhealthy (its health field not 0), so
+/// that the satellite is not used at that epoch. Returns true. Returns
+/// false and changes nothing for a system without a navigation file. A
+/// satellite that the file does not list ends the run with the file's
+/// framed error.
 bool BroadcastSatellite(gCPosC& gc, short sat, mjd& eph, xyzt& pos, long double& dist,
-                        long double& relativity);
+                        long double& relativity, bool& usable);

@@ -210,7 +210,7 @@ TEST(Corrections, TidesEnterAlongTheLineOfSightWithOpposedSenses)
     EXPECT_GT(checked, 20);
 }
 
-TEST(Corrections, NavigationGroupDelaysShiftTheCodesOfTheirSatellite)
+TEST(Corrections, NavigationGroupDelaysShiftTheCodesAndUnhealthyRecordsAreNotUsed)
 {
     // TGD of each GPS satellite's first record (third number of its sixth
     // orbit line), read here from the file's text: C1 and P1 move by
@@ -231,7 +231,15 @@ TEST(Corrections, NavigationGroupDelaysShiftTheCodesOfTheirSatellite)
     o.gal = false;
     Context plain, shifted;
     Stage(plain, o);
-    o.gnav = NavG();
+    // G05 marked unhealthy in every record (health, second number of the
+    // sixth orbit line): its codes still move, but it is not used.
+    long line = -1, g05 = -1;
+    o.gnav = EditFile(NavG(), "g05sick.20n", [&](std::string& l) {
+        if (line < 0) line = Has(l, "END OF HEADER") ? 0 : -1;
+        else if (line++ % 8 == 0) g05 = std::atoi(l.substr(0, 2).c_str()) == 5;
+        else if (g05 == 1 && (line - 1) % 8 == 6) l.replace(22, 19, " 1.000000000000D+00");
+        return true;
+    });
     Stage(shifted, o);
     const long double gamma = (1575.42L * 1575.42L) / (1227.6L * 1227.6L);
     long moved = 0;
@@ -247,8 +255,64 @@ TEST(Corrections, NavigationGroupDelaysShiftTheCodesOfTheirSatellite)
             EXPECT_NEAR(shifted.rnxd.P2(k).obs - plain.rnxd.P2(k).obs, apply * d2, 1e-9L) << prn;
         }
         moved += apply > 0.0L;
+        EXPECT_EQ(shifted.gc.OKSAT(k), prn != 5) << prn;
     }
     EXPECT_GT(moved, 0);
+}
+
+TEST(Corrections, BiasFilesShiftTheCodesByTrackingType)
+{
+    // CODE bias files of 1 ns for every GPS satellite (G05: 0.001 ns, a sum
+    // below 1 cm: nothing moves). P1-P2 shifts C1, P1 by LCion2 c DCB and P2
+    // by LCion1 c DCB; P1-C1 shifts the first code of a C1/P2 receiver
+    // (type 1) and both of a C1/X2 one (type 2), and nothing of a P1/P2 one.
+    std::string table = "DIFFERENTIAL CODE BIASES\n\nPRN / STATION NAME        VALUE (NS)  RMS (NS)\n"
+                        "***   ****************    *****.***   *****.***\n";
+    for (int prn = 1; prn <= 32; ++prn) {
+        char line[80];
+        std::snprintf(line, sizeof line, "G%02d                       %9.3f   %9.3f\n", prn, prn == 5 ? 0.001 : 1.0, 0.01);
+        table += line;
+    }
+    const std::string dcb = orvotest::WriteTemp("one_ns.DCB", table + "\n");
+    const long double ns_m = C * 1e-9L, f1 = 1575.42L, f2 = 1227.6L;
+    const long double lc1 = f1 * f1 / (f1 * f1 - f2 * f2), lc2 = f2 * f2 / (f1 * f1 - f2 * f2);
+    const struct {
+        const char* name;
+        bool p1p2;
+        const char* codes;  // the station receiver's entry in the list
+        long double d1, d2; // shift of C1/P1 and of P2 (m)
+    } rows[] = {{"p1p2", true, "P1 P2", lc2 * ns_m, lc1 * ns_m},
+                {"c1p2", false, "C1 P2", ns_m, 0.0L},
+                {"c1x2", false, "C1 X2", ns_m, ns_m},
+                {"p1p2 receiver", false, "P1 P2", 0.0L, 0.0L}};
+    Options o = Window();
+    o.gal = false;
+    Context plain;
+    Stage(plain, o);
+    for (const auto& r : rows) {
+        SCOPED_TRACE(r.name);
+        char entry[120];
+        std::snprintf(entry, sizeof entry, "%-20s   2     %.2s   CODE TRACKING\n%29s%s\n", "SEPT POLARX5", r.codes, "", r.codes + 3);
+        Context c;
+        gCPosC& g = c.gc;
+        SetName(g.rctrackfile, orvotest::WriteTemp("list.rec", std::string("RECEIVER TYPE          #F    CODES\n") + entry));
+        SetName(r.p1p2 ? g.dcbp1p2file : g.dcbp1c1file, dcb);
+        g.isRCodTrc = true;
+        (r.p1p2 ? g.isP1P2 : g.isP1C1) = true;
+        Stage(c, o);
+        long moved = 0;
+        for (long k = 0; k < c.rnxd.GetNObs(); ++k) {
+            const short prn = c.rnxd.sat(k);
+            if (prn > 99) continue;
+            const long double apply = prn == 5 ? 0.0L : 1.0L;
+            for (const auto& [m, want] : {std::pair{&RINEXData::C1, r.d1}, {&RINEXData::P1, r.d1}, {&RINEXData::P2, r.d2}})
+                if (!(plain.rnxd.*m)(k).IsNull()) {
+                    EXPECT_NEAR((c.rnxd.*m)(k).obs - (plain.rnxd.*m)(k).obs, apply * want, 1e-9L) << prn;
+                }
+            moved += apply > 0.0L;
+        }
+        EXPECT_GT(moved, 10);
+    }
 }
 
 TEST(Corrections, TroposphereTotalOrDryAndWetMappingWhenEstimatedOrFiled)

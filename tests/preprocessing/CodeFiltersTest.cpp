@@ -148,6 +148,30 @@ TEST(CodeFilters, SecondCodeArcsTakeTheirDegreeFromTheirLengthAndGrowBeyond300) 
     }
 }
 
+TEST(CodeFilters, ArcWithoutRedundancyRejectsNothing) {
+    // G05 keeps C1 at one record only: its arc has one observation and a
+    // constant, no degree of freedom, and its 30 m blunder on P2 stays.
+    // The pair filters are off (no -pf): the arc screen runs alone.
+    Options o;
+    o.obs = orvotest::CutObs(Obs(), "esbc_20.20o", 20);
+    o.gal = false;
+    Context c;
+    Stage(c, o);
+    gCPosC& g = c.gc;
+    g.ifL3 = true;
+    RINEXData& d = c.rnxd;
+    long kept = -1;
+    for (long k = 0; k < d.GetNObs(); ++k) {
+        if (d.sat(k) != 5 || d.C1(k).IsNull() || d.P2(k).IsNull()) continue;
+        if (kept < 0) kept = k, d.P2(k) += 30.0L;
+        else d.C1(k) = gnssobs();
+    }
+    ASSERT_GE(kept, 0);
+    Capture cap(std::cout);
+    C1P2Filter(g);
+    EXPECT_FALSE(d.P2(kept).IsNull());
+}
+
 TEST(CodeFilters, PolynomialNormalsFitExactlyAndTheResidualCofactorKeepsItsForm) {
     // y = 2x^2 - 3x + 1 sampled without noise: the fit gives the
     // coefficients, every residual is 0; taking the points off again leaves
