@@ -1,5 +1,6 @@
 #include "estimation/ProcStatic.h"
 
+#include <algorithm>
 #include <cmath>
 #include <initializer_list>
 #include <iomanip>
@@ -62,6 +63,22 @@ long double StdMM(long double var) { return std::sqrt(var) * 1000.0L; }
 bool Sized(long rows, long need) { return rows >= need; }
 
 }  // namespace
+
+std::string NoObservationReason(const gCPosC& gc)
+{
+    const RINEXData& d = gc.rnxd;
+    const long n = std::min({d.GetNObs(), gc.OKSAT.NRow(), gc.ELV.NRow()});
+    const long double minElevation = static_cast<long double>(gc.MinElevation) * Deg2Rad;
+    bool orbit = false, above = false;
+    for (long k = 0; k < n; ++k) {
+        if (!gc.UsesSystem(d.sat(k)) || !gc.OKSAT(k)) continue;
+        orbit = true;
+        above = above || gc.ELV(k) > minElevation;
+    }
+    if (!orbit) return "NO ORBIT OR CLOCK FOR THE OBSERVATION EPOCHS";
+    if (!above) return "NO SATELLITE ABOVE THE ELEVATION CUT-OFF";
+    return "NO OBSERVATION OF THE CHOSEN TYPES LEFT";
+}
 
 void ProcStatic(gCPosC& gc)
 {
@@ -471,6 +488,9 @@ void ProcStatic(gCPosC& gc)
         if (niter > gc.MaxIter) break;
     }
 
+    // Nothing observed, nothing estimated: a report of the a-priori values
+    // would read as a result.
+    if (gc.NObs == 0) ProgramError("Orvo", "NO OBSERVATION ENTERED THE STATIC SOLUTION - " + NoObservationReason(gc) + "!");
     if (!(gc.NObs - gc.NUnk - gc.NClk + gc.ndcbConstr + gc.NUnkUndef > 0))
         ProgramWarning("Orvo", "NO REDUNDANT OBSERVATIONS IN STATIC SOLUTION: A-POSTERIORI VARIANCES UNDEFINED!");
 

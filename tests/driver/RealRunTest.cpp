@@ -224,19 +224,23 @@ TEST(RealRunBadInput, TroposphereIntervalLongerThanDataSpanGivesOnePiece) {
     EXPECT_LT(Distance(Estimated(r.out), Reference("esbc-2020-177")), PositionBound_m);
 }
 
-TEST(RealRunBadInput, CutOffAboveAllSatellitesLeavesAprioriPositionAndWarns) {
+TEST(RealRunBadInput, RunsThatUseNoObservationEndWithTheirReason) {
+    // A cut-off above every satellite, or the orbits of another day: no
+    // observation enters, and a report of the a-priori position would read
+    // as a result.
     const std::string obs = CutObs("two_hours_me.20o", TwoHours);
-    const RunResult r = RunOrvo("cutoff89", Args(obs, "GE") + " -me89");
-    EXPECT_EQ(r.status, 0) << r.err;
-    EXPECT_TRUE(Has(r.err, "#### Orvo: Warning -> NO REDUNDANT OBSERVATIONS")) << r.err;
-    EXPECT_EQ(NumberAfter(r.out, "# of OBS        :"), 0.0L);
-    // Nothing observed, nothing moved: the estimate is the header position,
-    // finite, to the 0.1 mm of the print.
-    const std::string head = orvotest::FirstLines(obs, 40);
-    std::istringstream hdr(head.substr(head.find("APPROX POSITION XYZ") - 60, 42));  // the label is at column 61
-    Xyz apr{};
-    hdr >> apr.x >> apr.y >> apr.z;
-    EXPECT_NEAR_LD(Distance(Estimated(r.out), apr), 0.0L, PrintStep_m * std::sqrt(3.0L));
+    const struct {
+        const char* name;
+        std::string args, reason;
+    } rows[] = {{"cutoff89", Args(obs, "GE") + " -me89", "NO SATELLITE ABOVE THE ELEVATION CUT-OFF"},
+                {"otherday", "-r" + obs + " -ep" + orvotest::Data("zimm-2015-235/igs18590.sp3") + " -csG -lPc3,L3 -xSTA",
+                 "NO ORBIT OR CLOCK FOR THE OBSERVATION EPOCHS"}};
+    for (const auto& r : rows) {
+        const RunResult run = RunOrvo(r.name, r.args);
+        EXPECT_EQ(run.status, 1) << r.name;
+        EXPECT_TRUE(Has(run.err, "NO OBSERVATION ENTERED THE STATIC SOLUTION - " + r.reason)) << run.err;
+        EXPECT_FALSE(Has(run.out, "ECEF COORDINATES:")) << r.name;
+    }
 }
 
 // Broadcast orbits are good to a metre or two and their clocks to a few
