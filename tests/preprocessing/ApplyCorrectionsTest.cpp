@@ -240,12 +240,19 @@ TEST(Corrections, NavigationGroupDelaysShiftTheCodesAndUnhealthyRecordsAreNotUse
         else if (g05 == 1 && (line - 1) % 8 == 6) l.replace(22, 19, " 1.000000000000D+00");
         return true;
     });
+    // Without an orbit file, GPS and GLONASS come from their navigation files.
+    o.sp3 = "";
+    o.nav = Nav();
+    o.gln = true;
     Stage(shifted, o);
     const long double gamma = (1575.42L * 1575.42L) / (1227.6L * 1227.6L);
     long moved = 0;
     for (long k = 0; k < plain.rnxd.GetNObs(); ++k) {
         const short prn = plain.rnxd.sat(k);
-        if (prn > 99) continue;
+        if (prn > 99) {
+            EXPECT_EQ(shifted.gc.OKSAT(k), IsGlonass(prn)) << prn;  // Galileo is off
+            continue;
+        }
         ASSERT_TRUE(tgd.count(prn)) << prn;
         const long double d1 = -tgd[prn] * C, d2 = gamma * d1, apply = std::fabs(d1) + std::fabs(d2) < 0.01L ? 0.0L : 1.0L;
         if (!plain.rnxd.C1(k).IsNull()) {
