@@ -133,7 +133,9 @@ void GNSSpClk::ReadFileHeader(std::istream& in)
                     Fail(lineNo, "satellite list line ends before entry " + std::to_string(n + 1));
                 const int prn = std::atoi(line.c_str() + pos + 1);
                 const short s = PreciseSatelliteNumber(line[pos], prn);
-                if (s < 0 || s >= GNSSpClkns::NSatIx)
+                // A system the program doesn't process keeps its place in
+                // the list but gets no column.
+                if (s >= GNSSpClkns::NSatIx || (s < 0 && s != -1))
                     Fail(lineNo, "satellite entry " + line.substr(pos, 3) + " out of range");
                 satList(n) = s;
             }
@@ -142,7 +144,8 @@ void GNSSpClk::ReadFileHeader(std::istream& in)
     nHeaderLines = lineNo;
     if (nsat < 1) Fail(lineNo, "header has no # OF SOLN SATS list");
     satIx.Resize(GNSSpClkns::NSatIx, 1, -1);
-    for (short i = 0; i < nsat; ++i) satIx(satList(i)) = i;
+    for (short i = 0; i < nsat; ++i)
+        if (satList(i) >= 0) satIx(satList(i)) = i;
 }
 
 void GNSSpClk::CheckData(std::istream& in)

@@ -324,6 +324,13 @@ void CalculateAE(gCPosC& gc)
         }
         mjd calcEph = d.epoch(i);
         if (gc.isClkErr) calcEph += -gc.clkerr.GetClkErr(i);
+        // The clock test must look at the nodes around this epoch, not at
+        // those the index last stood on.
+        if (gc.isPclk) {
+            mjd t = d.epoch(i);
+            if (i == 0) gc.pclkM.SetEpochIndex(t);
+            else gc.pclkM.SetEpochIndex(t, gc.pclkM.GetEpochIx());
+        }
 
         // Sun and Moon move too slowly for the receiver clock to matter.
         xyz moonUnit;

@@ -131,6 +131,19 @@ TEST(GNSSpClk, MissingRowsAndUnknownSatellitesGiveNoClock)
     }
     for (short prn : {4, 0, -1, 150, 699, 700, 32000})
         EXPECT_TRUE(ClockAt(Grg(), prn, Epoch(100), 3.0L) == 3.0L && !Grg().DTisOK) << prn;
+    // A system the program does not process (I, S) stays its own: its
+    // records, listed or not, never stand in for the GPS satellite of the
+    // same number.
+    std::vector<std::string> lines;
+    for (const std::string& l : kText.header) lines.push_back(l);
+    for (long e = 0; e < 8; ++e)
+        for (const std::string& l : kText.epochs.at(e)) {
+            lines.push_back(l);
+            if (l.compare(3, 3, "G01") == 0)
+                for (const char* other : {"I01", "S01"}) lines.push_back(l.substr(0, 3) + other + l.substr(6, 32) + "  5.000000000000E-01");
+        }
+    const auto foreign = Load<GNSSpClk>(orvotest::WriteTemp("foreign.clk", Join(lines)));
+    EXPECT_EQ(ClockAt(*foreign, 1, Epoch(3)), Value(3, "G01"));
 }
 
 // The 3.04 layout: label at column 65 and type at 21, sixteen satellites a

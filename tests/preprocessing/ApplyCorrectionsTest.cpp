@@ -121,14 +121,27 @@ TEST(Corrections, RecordWithoutOrbitClockOrSystemKeepsStartValues)
 {
     // G12 without clock in the orbit file: only the clock file can give it;
     // missing from the clock file only, the orbit file's clock suffices.
+    // A clock file from 07:30 that lacks G12 only around the window (07:55
+    // to 08:25) lacks it where the epochs look, whatever it has before.
     // G04 is observed in the window but not in the orbit file. GLONASS is
     // off, and no troposphere model is chosen.
     const struct {
         short sat;
-        bool noSp3Clock, noClkFile, ok;
-    } rows[] = {{12, true, false, true}, {12, true, true, false}, {12, false, true, true}, {4, false, false, false}};
+        bool noSp3Clock, noClkFile, ok, gapAroundWindow;
+    } rows[] = {{12, true, false, true, false}, {12, true, true, false, false}, {12, false, true, true, false},
+                {4, false, false, false, false}, {12, true, false, false, true}};
     for (const auto& r : rows) {
         Options o = Window(r.noClkFile ? "G12" : "");
+        if (r.gapAroundWindow) {
+            bool body = false;
+            o.clk = EditFile(Clk(), "gap.clk", [&](std::string& l) {
+                if (!body) return body = Has(l, "END OF HEADER"), true;
+                if (l.size() < 30 || l.compare(0, 2, "AS") != 0) return false;
+                const int minute = std::atoi(l.substr(19, 2).c_str()) * 60 + std::atoi(l.substr(22, 2).c_str());
+                const bool g12 = l.compare(3, 3, "G12") == 0;
+                return minute >= 450 && minute <= 510 && !(g12 && minute >= 475 && minute <= 505);
+            });
+        }
         if (r.noSp3Clock)  // the clock of G12 marked missing at every node
             o.sp3 = EditFile(Sp3(), "noclock.sp3", [](std::string& l) {
                 if (l.size() >= 60 && l.compare(0, 4, "PG12") == 0) l.replace(46, 14, " 999999.999999");
