@@ -303,7 +303,9 @@ void GNSSpEph::Interpolate(unsigned short sati, const mjd& ephCalc, xyzt& psat, 
     long isatList = -1;
     for (long k = 0; k < nsat; ++k)
         if (satList(k) == static_cast<short>(sati)) { isatList = k; break; }
-    if (isatList < 0) {
+    OutOfSpan = epoch(0) - ephCalc > GNSSpEphns::MaxExtrapolation_s
+                || ephCalc - epoch(nepoch - 1) > GNSSpEphns::MaxExtrapolation_s;
+    if (isatList < 0 || OutOfSpan) {
         PSisOK = false;
         DTisOK = false;
         return;

@@ -5,6 +5,7 @@
 #include <fstream>
 #include <iomanip>
 #include <iostream>
+#include <map>
 #include <string>
 
 #include "driver/Console.h"
@@ -60,13 +61,15 @@ void SizeArrays(gCPosC& gc)
 
 // Satellite position and clock at transmission for a signal received at
 // calcEph; true when both the orbit and a clock exist.
-bool PreciseSatellite(gCPosC& gc, short prn, mjd& calcEph, xyzt& posSat, long double& dist)
+bool PreciseSatellite(gCPosC& gc, short prn, mjd& calcEph, xyzt& posSat, long double& dist,
+                      std::map<short, long>& outside)
 {
     if (!gc.isPEph) return false;
     xyz rec = gc.RecPosFC;
     xyzt velSat;
     dist = gc.pephM.CalcSatPosition(static_cast<unsigned short>(prn), calcEph, rec, posSat,
                                     velSat);
+    if (gc.pephM.OutOfSpan) ++outside[prn];
     if (gc.isPclk) {
         // Only the existence of the clock is asked here; the estimator
         // reads its value again at its own epoch index.
@@ -133,6 +136,21 @@ void ModelIonosphere(gCPosC& gc, long k, mjd& calcEph, const IonoSite& site)
                                         / (ns::ShellRadius_km + ns::ShellHeight_km));
         gc.ION(k) /= std::cos(z);
     }
+}
+
+// The records an orbit file could not serve without extrapolating it.
+void PrintOutsideOrbitSpan(const std::map<short, long>& outside)
+{
+    long total = 0;
+    std::cout << "  Observations beyond the precise orbit file (not used):\n";
+    for (const auto& [sat, n] : outside) {
+        std::cout << "    Satellite: " << SystemLetter(sat) << std::setfill('0') << std::setw(2)
+                  << SystemPRN(sat) << std::setfill(' ') << "    #OBS: " << std::setw(8) << n << "\n";
+        total += n;
+    }
+    std::cout << "\n";
+    ProgramWarningCout(Prog, "OBSERVATION EPOCHS BEYOND THE PRECISE ORBIT FILE - " + std::to_string(total)
+                                 + " OBSERVATIONS NOT USED!");
 }
 
 }  // namespace
@@ -312,6 +330,7 @@ void CalculateAE(gCPosC& gc)
     const flh recGeodGAL = xyz2flh(gc.RecPosFC, gc.eGAL);
     const RINEXData& d = gc.rnxd;
     const long nEpoch = d.GetNEpoch();
+    std::map<short, long> outside;  // records beyond the orbit file, by satellite
     long k = 0;
     int lastPercent = -1;
     for (long i = 0; i < nEpoch; ++i) {
@@ -364,7 +383,7 @@ void CalculateAE(gCPosC& gc)
             bool healthy = false;
             const bool ok = BroadcastSatellite(gc, prn, calcEph, posSat, dist, relativity, healthy)
                                 ? healthy
-                                : PreciseSatellite(gc, prn, calcEph, posSat, dist);
+                                : PreciseSatellite(gc, prn, calcEph, posSat, dist, outside);
             gc.OKSAT(k) = ok;
             gc.SAT_DIST(k) = 0.0L;
             if (!ok) {
@@ -407,6 +426,7 @@ void CalculateAE(gCPosC& gc)
             if (gc.isKlob || gc.isIonx || gc.isMyion) ModelIonosphere(gc, k, calcEph, site);
         }
     }
+    if (!outside.empty()) PrintOutsideOrbitSpan(outside);
 }
 
 void ApplyCorrections(gCPosC& gc)
