@@ -492,7 +492,7 @@ void ProcStatic(gCPosC& gc)
     // would read as a result.
     if (gc.NObs == 0) ProgramError("Orvo", "NO OBSERVATION ENTERED THE STATIC SOLUTION - " + NoObservationReason(gc) + "!");
     if (!(gc.NObs - gc.NUnk - gc.NClk + gc.ndcbConstr + gc.NUnkUndef > 0))
-        ProgramWarning("Orvo", "NO REDUNDANT OBSERVATIONS IN STATIC SOLUTION: A-POSTERIORI VARIANCES UNDEFINED!");
+        ProgramError("Orvo", "NO REDUNDANT OBSERVATIONS IN STATIC SOLUTION: A-POSTERIORI VARIANCES UNDEFINED!");
 
     std::cout << "\n  Estimated reference standard deviations:\n" << std::setprecision(1);
     const struct {

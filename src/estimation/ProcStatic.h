@@ -17,7 +17,8 @@
 /// ambiguities, xAll, QxxAll and the a-posteriori variances, and prints the
 /// iteration log and the reference standard deviations. When no observation
 /// entered, the run ends with the framed error naming the reason
-/// (NoObservationReason) before any result is written.
+/// (NoObservationReason), and without redundancy with its own framed error,
+/// before any result is written.
 void ProcStatic(gCPosC& gc);
 
 /// Why no observation could enter the adjustment: no record of a processed
