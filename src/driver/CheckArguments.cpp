@@ -1,6 +1,7 @@
 #include "driver/CheckArguments.h"
 
 #include <cmath>
+#include <filesystem>
 #include <iostream>
 #include <string>
 
@@ -287,6 +288,40 @@ long double IonoFreeSigma(long double sig1, long double sig2, long double f1_Hz,
     return std::hypot(a * sig1, b * sig2);
 }
 
+// A result file may neither replace an input file nor go to a folder that
+// does not exist: the first would destroy data, the second lose the result
+// without a word. Both are found before anything is read.
+void CheckOutputs(const gCPosC& gc)
+{
+    namespace fs = std::filesystem;
+    const struct {
+        bool on;
+        const char* name;
+    } outputs[] = {{gc.isClkFile, gc.clkfile},         {gc.isOutDCBFile, gc.estdcbfile},
+                   {gc.isOutTropFile, gc.esttropfile}, {gc.isOutTropEphFile, gc.esttropephfile},
+                   {gc.isSkyPlot, gc.skyplotfile},     {gc.isPRCorr, gc.prcorrfile},
+                   {gc.isresfile, gc.resfile},         {gc.isGNUPlotKin, gc.gnuplotKin},
+                   {gc.isGNUPlotStat, gc.gnuplotStat}};
+    const char* const inputs[] = {gc.rnxfile, gc.clkFName, gc.gnavfile, gc.rnavfile, gc.enavfile, gc.sp3file,
+                                  gc.scrxfile, gc.pclkfile, gc.vmf1file, gc.gpt2file, gc.ionxfile, gc.ionkfile,
+                                  gc.myionfile, gc.dcbp1p2file, gc.dcbp1c1file, gc.dcbp2c2file, gc.mydbcfile,
+                                  gc.mp1file, gc.mp2file, gc.atxfile, gc.rctrackfile, gc.aprcrdfile,
+                                  gc.glnfreqch, gc.ptidefile, gc.otidefile};
+    for (const auto& o : outputs) {
+        if (!o.on || o.name[0] == '\0') continue;
+        std::error_code ec;
+        const fs::path out(o.name);
+        const fs::path folder = out.parent_path().empty() ? fs::path(".") : out.parent_path();
+        if (!fs::is_directory(folder, ec))
+            ProgramError(Prog, std::string("RESULT FILE -") + o.name + "- LIES IN A FOLDER THAT DOES NOT EXIST!");
+        for (const char* in : inputs) {
+            if (in[0] == '\0') continue;
+            if (std::string(in) == o.name || fs::equivalent(fs::path(in), out, ec))
+                ProgramError(Prog, std::string("RESULT FILE -") + o.name + "- WOULD OVERWRITE THE INPUT FILE " + in + "!");
+        }
+    }
+}
+
 void CheckArguments(gCPosC& gc)
 {
     if (gc.verbose) std::cerr << "Orvo::CheckArguments(): CHECKING INPUT ARGUMETNS!\n";
@@ -297,6 +332,7 @@ void CheckArguments(gCPosC& gc)
     CheckEphemerides(gc);
     CheckIonosphere(gc);
     CheckModelFiles(gc);
+    CheckOutputs(gc);
     CheckEstimation(gc);
     DeriveWeights(gc);
 }

@@ -55,7 +55,7 @@ TEST(CheckArgumentsDeath, MissingMustHaveInputsUnopenableFilesAndTwoIonosphereMo
     // models would count the delay twice (the pairs tell a sum from a
     // difference); the observation file stands in for a model file, as only
     // its opening is tested here.
-    const struct { FileMember f1; Flag flag1; FileMember f2; Flag flag2; std::string name; const char* msg; } rows[] = {
+    const struct { FileMember f1; Flag flag1; FileMember f2; Flag flag2; std::string name, msg; } rows[] = {
         {GC(rnxfile), GC(isRnx), nullptr, nullptr, "", "NO RINEX (OBSERVATION) FILE SET!"},
         {GC(rnxfile), GC(isRnx), nullptr, nullptr, kMissing, "RINEX (OBSERVATION) FILE CAN NOT BE OPENED!"},
         {GC(sp3file), GC(isPEph), nullptr, nullptr, "", "NO EPHEMERIS FILE SET!"},
@@ -65,6 +65,9 @@ TEST(CheckArgumentsDeath, MissingMustHaveInputsUnopenableFilesAndTwoIonosphereMo
         {GC(glnfreqch), GC(isGLNfrch), nullptr, nullptr, kMissing, "GLONASS FREQUENCY CHANNEL FILE CAN NOT BE OPENED!"},
         {GC(ionkfile), GC(isKlob), GC(ionxfile), GC(isIonx), kObs, "MULTIPLE IONOSPHERE MODELS SET IN PROCESSING!"},
         {GC(ionkfile), GC(isKlob), GC(myionfile), GC(isMyion), kObs, "MULTIPLE IONOSPHERE MODELS SET IN PROCESSING!"},
+        // A result file on an input file, or in a folder that is not there.
+        {GC(clkfile), GC(isClkFile), nullptr, nullptr, kObs, "RESULT FILE -" + kObs + "- WOULD OVERWRITE THE INPUT FILE " + kObs + "!"},
+        {GC(resfile), GC(isresfile), nullptr, nullptr, "/nonexistent/folder/day.res", "RESULT FILE -/nonexistent/folder/day.res- LIES IN A FOLDER THAT DOES NOT EXIST!"},
     };
     for (const auto& r : rows) {
         auto c = Valid();
