@@ -263,12 +263,17 @@ void GNSSpClk::GetSatelliteClock(short& prn, mjd& reph, long double& dt)
     if (prn < 0 || prn >= GNSSpClkns::NSatIx || satIx(prn) < 0) return;
     const long col = satIx(prn);
 
+    if (epoch(0) - reph > GNSSpClkns::MaxExtrapolation_s
+        || reph - epoch(nepoch - 1) > GNSSpClkns::MaxExtrapolation_s)
+        return;
     long first = EpochIx - 1;
     if (EpochIx <= 0) first = 0;
     else if (EpochIx >= nepoch - 4) first = nepoch - 4;
     for (int k = 0; k < 4; ++k) {
         IxI[k] = first + k;
         if (SatClk(IxI[k], col) > GNSSpClkns::MaxClock_s) return;
+        if (k > 0 && std::fabs(epoch(first + k) - epoch(first + k - 1) - 60.0L * intervalUnit) > GNSSpClkns::SpacingTol_s)
+            return;
     }
     DX = (reph - epoch(first)) / 60.0L;
     DTisOK = true;

@@ -18,6 +18,15 @@ constexpr long double NoClock_s = 999.999L;
 constexpr long double MaxClock_s = 999.0L;
 /// Distance (s) beyond the file's first or last epoch that is reported.
 constexpr long double MaxOutside_s = 300.0L;
+/// Distance (s) beyond the first or last epoch of the file up to which the
+/// cubic still answers: a satellite clock wanders by centimetres within a
+/// 30 s node step, so carrying the cubic further would invent that much
+/// and, over a missing half hour, kilometres. A second covers rounding and
+/// the light time at the first epoch.
+constexpr long double MaxExtrapolation_s = 1.0L;
+/// Four nodes whose spacing differs from the file's interval by more than
+/// this (s) straddle a gap: the cubic of equal spacing does not hold there.
+constexpr long double SpacingTol_s = 1e-3L;
 /// End of the clock bias field of an AS record, counted from the date's
 /// first column: date 26, count 3, blanks 2, bias E19.12.
 constexpr std::size_t BiasFieldEnd = 50;
@@ -56,9 +65,11 @@ public:
     short GetNSatList() const { return nsat; }
 
     /// Clock (s) of satellite prn (shared numbering) at reph from the four
-    /// rows chosen by the current EpochIx, assuming them spaced by the file
-    /// interval. On success DTisOK is true and dt is written; an unknown
-    /// satellite or a row without a value leaves dt alone, DTisOK false.
+    /// rows chosen by the current EpochIx, spaced by the file interval. On
+    /// success DTisOK is true and dt is written; an unknown satellite, a row
+    /// without a value, rows across a gap (spacing off by more than
+    /// SpacingTol_s) or an epoch more than MaxExtrapolation_s beyond the
+    /// file leave dt alone, DTisOK false.
     void GetSatelliteClock(short& prn, mjd& reph, long double& dt);
 
     /// Whether the last GetSatelliteClock gave a value.

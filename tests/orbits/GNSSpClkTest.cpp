@@ -59,12 +59,12 @@ GNSSpClk& Grg() { return Shared<GNSSpClk>(kClk); }
 // is the ratio of two equal cubes.
 constexpr long double CubicTol_s = 1e-16L;
 
-TEST(GNSSpClk, CubicThroughTheFourRowsAndExtrapolationAtTheEnds)
+TEST(GNSSpClk, CubicThroughTheFourRowsAndNoneBeyondTheFile)
 {
-    // Epoch index 1000 + 10 s: rows 999..1002; after and near the end: the
-    // last four; nodes at both ends and in the middle.
+    // Epoch index 1000 + 10 s: rows 999..1002; near the end: the last four;
+    // nodes at both ends and in the middle.
     const struct { long double offset_s; long first; } cases[] = {
-        {30010.0L, 999}, {30.0L * 2879 + 200.0L, 2876}, {-300.0L, 0}, {30.0L * 2877 + 17.0L, 2876}, {0.0L, 0},
+        {30010.0L, 999}, {30.0L * 2877 + 17.0L, 2876}, {0.0L, 0}, {-0.9L, 0}, {30.0L * 2879 + 0.9L, 2876},
         {30.0L, 0}, {30.0L * 1437, 1436}, {30.0L * 2878, 2876}, {30.0L * 2879, 2876}};
     for (const auto& c : cases)
         for (short prn : {5, 201, 124, 32}) {
@@ -73,6 +73,22 @@ TEST(GNSSpClk, CubicThroughTheFourRowsAndExtrapolationAtTheEnds)
             EXPECT_NEAR_LD(ClockAt(Grg(), prn, Epoch(0, c.offset_s)), Lagrange(ts, ys, 4, c.offset_s), CubicTol_s) << prn << " " << c.offset_s;
             EXPECT_TRUE(Grg().DTisOK && err.Text().empty()) << err.Text();
         }
+    // More than a second before the first or after the last epoch the cubic
+    // is not carried: no clock (the 300 s warning stays as it was).
+    for (long double off : {-1.1L, -300.0L, 30.0L * 2879 + 1.1L, 30.0L * 2879 + 200.0L}) {
+        orvotest::Capture err(std::cerr);
+        EXPECT_TRUE(ClockAt(Grg(), 5, Epoch(0, off), -7.0L) == -7.0L && !Grg().DTisOK) << off;
+    }
+    // Four rows across a gap in the file are not equally spaced: no clock
+    // there, but on both sides of it.
+    std::vector<long> kept;
+    for (long e = 0; e < 40; ++e) if (e < 15 || e > 19) kept.push_back(e);
+    const auto gap = Load<GNSSpClk>(orvotest::WriteTemp("gap.clk", ClockFileOf(kept)));
+    for (const auto& [k, ok] : {std::pair{10L, true}, {14L, false}, {15L, false}, {30L, true}}) {
+        orvotest::Capture err(std::cerr);
+        ClockAt(*gap, 5, Epoch(k < 15 ? k : k + 5, 10.0L));
+        EXPECT_EQ(gap->DTisOK, ok) << k;
+    }
 }
 
 // Same analysis centre, same solution: the SP3 clock is the RINEX clock
