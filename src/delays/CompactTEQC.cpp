@@ -5,11 +5,11 @@
 #include <fstream>
 #include <vector>
 
-#include "delays/BiasFileText.h"
+#include "numerics/FieldText.h"
 #include "numerics/ProgramError.h"
 #include "numerics/cfilef.h"
 
-using biastext::Field;
+using fieldtext::TrimmedField;
 
 namespace {
 
@@ -44,7 +44,7 @@ void CompactTEQC::Fail(long lineNo, const std::string& text) const
 
 bool CompactTEQC::Next(std::istream& in, std::string& l, long& lineNo) const
 {
-    if (!biastext::NextLine(in, l)) return false;
+    if (!fieldtext::NextLine(in, l)) return false;
     ++lineNo;
     if (l.size() >= CompactTEQCns::LineSize) Fail(lineNo, "LINE LONGER THAN 255 CHARACTERS!");
     return true;
@@ -72,13 +72,13 @@ long CompactTEQC::ReadHeader(std::istream& in, bool keep)
         if (!Next(in, l, lineNo)) Fail(lineNo, "NO T_SAMP OR NO START_TIME_MJD LINE!");
         long double x = 0.0L;
         if (l.find("T_SAMP") != std::string::npos) {
-            if (!biastext::ToLongDouble(Field(l, CompactTEQCns::IntervalPos, l.size()), x) || x <= 0.0L
+            if (!fieldtext::ToLongDouble(TrimmedField(l, CompactTEQCns::IntervalPos, l.size()), x) || x <= 0.0L
                 || x > CompactTEQCns::MaxInterval)
                 Fail(lineNo, "SAMPLING INTERVAL (COLUMN 7) NOT IN (0, 86400] s!");
             if (keep) interval = x;
             hasInterval = true;
         } else if (l.find("START_TIME_MJD") != std::string::npos) {
-            if (!biastext::ToLongDouble(Field(l, CompactTEQCns::StartPos, l.size()), x) || x < 0.0L
+            if (!fieldtext::ToLongDouble(TrimmedField(l, CompactTEQCns::StartPos, l.size()), x) || x < 0.0L
                 || x >= CompactTEQCns::LastDay + 1.0L)
                 Fail(lineNo, "START TIME (MJD FROM COLUMN 15) NOT VALID!");
             if (keep) startMJD = x;
@@ -95,7 +95,7 @@ long CompactTEQC::Count(const std::string& l, long lineNo, long last, std::size_
     if (end < l.size() && (l[end] == '-' || l[end] == '+')) ++end;
     while (end < l.size() && Digit(l[end])) ++end;
     long n = 0;
-    if (a == std::string::npos || !biastext::ToLong(l.substr(a, end - a), n))
+    if (a == std::string::npos || !fieldtext::ToLong(l.substr(a, end - a), n))
         Fail(lineNo, "RECORD DOES NOT START WITH A SATELLITE COUNT!");
     if (n < 0 && last <= 0) Fail(lineNo, "NEGATIVE SATELLITE COUNT BEFORE ANY SATELLITE LIST!");
     // Compared by division: a count of billions must not overflow the sum.
@@ -146,7 +146,7 @@ void CompactTEQC::ParseObsLine(const std::string& l, long n, long k, long lineNo
     for (long i = 0; i < n; ++i) {
         const std::size_t at = CompactTEQCns::FieldLen * static_cast<std::size_t>(i);
         long double x = 0.0L;
-        if (!biastext::ToLongDouble(Field(l, at, CompactTEQCns::FieldLen), x))
+        if (!fieldtext::ToLongDouble(TrimmedField(l, at, CompactTEQCns::FieldLen), x))
             Fail(lineNo, "VALUE AT COLUMN " + std::to_string(at + 1) + " IS NO NUMBER!");
         obs(k + i) = x;
         // An editor may have cut the blanks at the end of the line.

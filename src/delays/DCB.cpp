@@ -5,14 +5,14 @@
 #include <cstring>
 #include <fstream>
 
-#include "delays/BiasFileText.h"
+#include "numerics/FieldText.h"
 #include "geodesy/TimeConverse.h"
 #include "geodesy/ymdhms.h"
 #include "numerics/ProgramError.h"
 #include "numerics/cfilef.h"
 
-using biastext::Field;
-using biastext::NextLine;
+using fieldtext::TrimmedField;
+using fieldtext::NextLine;
 
 namespace {
 
@@ -127,9 +127,9 @@ void DCB::ReadSatLines(std::istream& in)
         if (!IsSatLine(line)) continue;
         if (line.size() <= DCBns::RMSPos) Fail(lineNo, "SATELLITE LINE ENDS BEFORE THE RMS (COLUMN 39)!");
         long double v = 0.0L, r = 0.0L;
-        if (!biastext::ToLongDouble(Field(line, DCBns::ValuePos, DCBns::FieldLen), v))
+        if (!fieldtext::ToLongDouble(TrimmedField(line, DCBns::ValuePos, DCBns::FieldLen), v))
             Fail(lineNo, "BIAS (COLUMN 27) IS NO NUMBER!");
-        if (!biastext::ToLongDouble(Field(line, DCBns::RMSPos, DCBns::FieldLen), r))
+        if (!fieldtext::ToLongDouble(TrimmedField(line, DCBns::RMSPos, DCBns::FieldLen), r))
             Fail(lineNo, "RMS (COLUMN 39) IS NO NUMBER!");
         sat(i) = static_cast<short>((line[0] == 'R' ? DCBns::GLONASSBase : 0) + 10 * (line[1] - '0') + (line[2] - '0'));
         VAL(i) = v * DCBns::NanoSecond;

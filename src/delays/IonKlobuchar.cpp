@@ -5,7 +5,11 @@
 #include <cstring>
 #include <string>
 
+#include "numerics/FieldText.h"
 #include "numerics/ProgramError.h"
+
+using fieldtext::CopyTrimmedField;
+using fieldtext::HoldsLabel;
 
 namespace {
 
@@ -20,16 +24,6 @@ std::string Field(const std::string& line, std::size_t pos, std::size_t len)
     return pos < line.size() ? line.substr(pos, len) : std::string();
 }
 
-// The field trimmed of blanks into a fixed buffer of size n.
-void Text(const std::string& line, std::size_t pos, std::size_t len, char* out, std::size_t n)
-{
-    std::string s = Field(line, pos, len);
-    s.erase(s.find_last_not_of(' ') + 1);
-    s.erase(0, s.find_first_not_of(' '));
-    std::strncpy(out, s.c_str(), n - 1);
-    out[n - 1] = '\0';
-}
-
 long double Num(const std::string& line, std::size_t pos, std::size_t len)
 {
     return std::strtold(Field(line, pos, len).c_str(), nullptr);
@@ -41,8 +35,6 @@ long double Exp10(const std::string& line, std::size_t mpos, std::size_t mlen, s
 {
     return Num(line, mpos, mlen) * std::pow(10.0L, std::atoi(Field(line, epos, 3).c_str()));
 }
-
-bool Holds(const std::string& line, const char* label) { return line.find(label) != std::string::npos; }
 
 }  // namespace
 
@@ -56,25 +48,25 @@ std::istream& operator>>(std::istream& in, IonKlobuchar& k)
                                    + std::to_string(lineNo) + ")!!");
         ++lineNo;
         if (!line.empty() && line.back() == '\r') line.pop_back();
-        if (Holds(line, "END OF HEADER")) break;
-        if (Holds(line, "RINEX VERSION / TYPE")) {
+        if (HoldsLabel(line, "END OF HEADER")) break;
+        if (HoldsLabel(line, "RINEX VERSION / TYPE")) {
             k.version = std::strtof(Field(line, 0, 9).c_str(), nullptr);
-            Text(line, 20, 19, k.type, sizeof k.type);
-        } else if (Holds(line, "PGM / RUN BY / DATE")) {
-            Text(line, 0, 20, k.pgm, sizeof k.pgm);
-            Text(line, 20, 20, k.runby, sizeof k.runby);
-            Text(line, 40, 20, k.date, sizeof k.date);
-        } else if (Holds(line, "ION ALPHA") || Holds(line, "ION BETA")) {
-            long double* c = Holds(line, "ION ALPHA") ? k.alfa : k.beta;
+            CopyTrimmedField(line, 20, 19, k.type, sizeof k.type);
+        } else if (HoldsLabel(line, "PGM / RUN BY / DATE")) {
+            CopyTrimmedField(line, 0, 20, k.pgm, sizeof k.pgm);
+            CopyTrimmedField(line, 20, 20, k.runby, sizeof k.runby);
+            CopyTrimmedField(line, 40, 20, k.date, sizeof k.date);
+        } else if (HoldsLabel(line, "ION ALPHA") || HoldsLabel(line, "ION BETA")) {
+            long double* c = HoldsLabel(line, "ION ALPHA") ? k.alfa : k.beta;
             for (std::size_t i = 0; i < 4; ++i) c[i] = Exp10(line, 12 * i + 2, 8, 12 * i + 11);
-        } else if (Holds(line, "DELTA-UTC: A0,A1,T,W")) {
+        } else if (HoldsLabel(line, "DELTA-UTC: A0,A1,T,W")) {
             k.a0 = Exp10(line, 3, 15, 19);
             k.a1 = Exp10(line, 22, 15, 38);
             k.T = std::atol(Field(line, 41, 9).c_str());
             k.W = std::atol(Field(line, 50, 9).c_str());
-        } else if (Holds(line, "LEAP SECONDS")) {
+        } else if (HoldsLabel(line, "LEAP SECONDS")) {
             k.leaps = static_cast<short>(std::atoi(Field(line, 0, 6).c_str()));
-        } else if (!Holds(line, "COMMENT")) {
+        } else if (!HoldsLabel(line, "COMMENT")) {
             ProgramWarning(Prog, Field(line, 60, std::string::npos) + " -> UNKNOWN HEADER LABEL");
         }
     }

@@ -3,7 +3,7 @@
 #include <cstring>
 #include <fstream>
 
-#include "delays/BiasFileText.h"
+#include "numerics/FieldText.h"
 #include "numerics/ProgramError.h"
 #include "numerics/cfilef.h"
 
@@ -11,7 +11,7 @@ namespace {
 
 std::string Trimmed(const char* s)
 {
-    return s == nullptr ? std::string() : biastext::Field(s, 0, std::strlen(s));
+    return s == nullptr ? std::string() : fieldtext::TrimmedField(s, 0, std::strlen(s));
 }
 
 }  // namespace
@@ -43,7 +43,7 @@ bool RecCodeTrack::CheckRecName(const char* rnxRec)
     std::ifstream in(file);
     line.clear();
     long lineNo = 0;
-    while (biastext::NextLine(in, line)) {
+    while (fieldtext::NextLine(in, line)) {
         ++lineNo;
         if (line.size() >= RecCodeTrackns::LineSize) Fail(lineNo, "LINE LONGER THAN 511 CHARACTERS!");
         if (GetRecType(rnxRec)) return true;
@@ -64,7 +64,7 @@ short RecCodeTrack::GetRecCodeTrack(const char* rnxRec)
     const std::string name = Trimmed(rnxRec);
     long lineNo = 0;
     bool found = false;
-    while (!found && biastext::NextLine(in, line)) {
+    while (!found && fieldtext::NextLine(in, line)) {
         ++lineNo;
         if (line.size() >= RecCodeTrackns::LineSize) Fail(lineNo, "LINE LONGER THAN 511 CHARACTERS!");
         found = GetRecType(rnxRec);
@@ -79,7 +79,7 @@ short RecCodeTrack::GetRecCodeTrack(const char* rnxRec)
     const std::string first = Code(line, lineNo);
     std::string second;
     if (nfreq == '2') {
-        if (!biastext::NextLine(in, line)) Fail(lineNo, "FILE ENDS BEFORE THE SECOND FREQUENCY!");
+        if (!fieldtext::NextLine(in, line)) Fail(lineNo, "FILE ENDS BEFORE THE SECOND FREQUENCY!");
         second = Code(line, ++lineNo);
     }
     // Each pair names one class; the order only matters for a list that

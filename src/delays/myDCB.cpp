@@ -4,11 +4,11 @@
 #include <cstring>
 #include <fstream>
 
-#include "delays/BiasFileText.h"
+#include "numerics/FieldText.h"
 #include "numerics/ProgramError.h"
 #include "numerics/cfilef.h"
 
-using biastext::Field;
+using fieldtext::TrimmedField;
 
 namespace {
 // The tool writes the label misspelt; it is matched as written.
@@ -53,7 +53,7 @@ void myDCB::ReadValues(const std::string& line, long lineNo, long double v[4]) c
 {
     if (line.size() <= myDCBns::ValuePos[3]) Fail(lineNo, "LINE ENDS BEFORE THE LAST VALUE (COLUMN 44)!");
     for (int j = 0; j < 4; ++j)
-        if (!biastext::ToLongDouble(Field(line, myDCBns::ValuePos[j], myDCBns::FieldLen), v[j]))
+        if (!fieldtext::ToLongDouble(TrimmedField(line, myDCBns::ValuePos[j], myDCBns::FieldLen), v[j]))
             Fail(lineNo, "VALUE AT COLUMN " + std::to_string(myDCBns::ValuePos[j] + 1) + " IS NO NUMBER!");
 }
 
@@ -61,15 +61,15 @@ void myDCB::Scan(std::istream& in, bool fill)
 {
     long n = 0, lineNo = 0;
     std::string line;
-    while (biastext::NextLine(in, line)) {
+    while (fieldtext::NextLine(in, line)) {
         ++lineNo;
         if (line.size() >= myDCBns::LineSize) Fail(lineNo, "LINE LONGER THAN 511 CHARACTERS!");
         if (!fill && line.find(RefLabel) != std::string::npos) {
             long day = 0;
             long double sec = 0.0L;
-            if (!biastext::ToLong(Field(line, myDCBns::DayPos, myDCBns::DayLen), day) || day < 0
+            if (!fieldtext::ToLong(TrimmedField(line, myDCBns::DayPos, myDCBns::DayLen), day) || day < 0
                 || static_cast<unsigned long>(day) > LastDay
-                || !biastext::ToLongDouble(Field(line, myDCBns::SecPos, line.size()), sec) || sec < 0.0L
+                || !fieldtext::ToLongDouble(TrimmedField(line, myDCBns::SecPos, line.size()), sec) || sec < 0.0L
                 || sec >= DaySeconds)
                 Fail(lineNo, "REFERENCE EPOCH (MJD AT COLUMN 19, SECOND AT COLUMN 25) NOT VALID!");
             RefEpoch.Set(static_cast<unsigned long>(day), sec);
@@ -89,7 +89,7 @@ void myDCB::Scan(std::istream& in, bool fill)
         const char sys = line[myDCBns::SysPos];
         long num = 0;
         if (sys != 'G' && sys != 'R' && sys != 'E') Fail(lineNo, "SYSTEM LETTER (COLUMN 7) NOT G, R OR E!");
-        if (!biastext::ToLong(Field(line, myDCBns::NumPos, myDCBns::NumLen), num) || num < 1 || num > 99)
+        if (!fieldtext::ToLong(TrimmedField(line, myDCBns::NumPos, myDCBns::NumLen), num) || num < 1 || num > 99)
             Fail(lineNo, "SATELLITE NUMBER (COLUMN 8) NOT IN 1..99!");
         sat(n) = static_cast<short>((sys == 'R' ? 100 : sys == 'E' ? 200 : 0) + num);
         VAL(n, myDCBns::ColP1C1) = v[0], RMS(n, myDCBns::ColP1C1) = v[1];

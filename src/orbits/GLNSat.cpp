@@ -8,8 +8,13 @@
 #include <sys/stat.h>
 
 #include "geodesy/TimeConverse.h"
+#include "numerics/FieldText.h"
 #include "numerics/ProgramError.h"
 #include "numerics/cfilef.h"
+
+using fieldtext::ToLong;
+using fieldtext::ToLongDouble;
+using fieldtext::TrimmedField;
 
 namespace {
 
@@ -31,41 +36,6 @@ bool NextLine(std::istream& in, std::string& line)
 bool IsDataLine(const std::string& line)
 {
     return !line.empty() && line[0] != '#' && line[0] != ' ';
-}
-
-// The text of columns [pos, pos + len) that the line holds, without its
-// blanks at both ends; empty when the line ends before pos.
-std::string Field(const std::string& line, std::size_t pos, std::size_t len)
-{
-    if (pos >= line.size()) return "";
-    std::string f = line.substr(pos, len);
-    const std::size_t a = f.find_first_not_of(' ');
-    if (a == std::string::npos) return "";
-    const std::size_t b = f.find_last_not_of(' ');
-    return f.substr(a, b - a + 1);
-}
-
-// A whole number with an optional sign and nothing else; false otherwise.
-bool ToLong(const std::string& text, long& value)
-{
-    if (text.empty()) return false;
-    std::size_t i = (text[0] == '-' || text[0] == '+') ? 1 : 0;
-    if (i == text.size()) return false;
-    for (std::size_t j = i; j < text.size(); ++j)
-        if (!std::isdigit(static_cast<unsigned char>(text[j]))) return false;
-    errno = 0;
-    value = std::strtol(text.c_str(), nullptr, 10);
-    return errno == 0;
-}
-
-// A decimal number and nothing else; false otherwise.
-bool ToLongDouble(const std::string& text, long double& value)
-{
-    if (text.empty()) return false;
-    char* end = nullptr;
-    errno = 0;
-    value = std::strtold(text.c_str(), &end);
-    return errno == 0 && end != text.c_str() && *end == '\0';
 }
 
 int DaysInMonth(long year, long month)
@@ -142,11 +112,11 @@ mjd GLNSat::ReadEpoch(const std::string& line, std::size_t pos, std::size_t secP
     const std::size_t len[5] = {4, 2, 2, 2, 2};
     const char* const name[5] = {"YEAR", "MONTH", "DAY", "HOUR", "MINUTE"};
     for (int i = 0; i < 5; ++i)
-        if (!ToLong(Field(line, at[i], len[i]), f[i]))
+        if (!ToLong(TrimmedField(line, at[i], len[i]), f[i]))
             Fail(lineNo, std::string(name[i]) + " " + which + " IS NO NUMBER (COLUMN "
                              + std::to_string(at[i] + 1) + ")!");
     long double sec = 0.0L;
-    if (!ToLongDouble(Field(line, secPos, secLen), sec))
+    if (!ToLongDouble(TrimmedField(line, secPos, secLen), sec))
         Fail(lineNo, std::string("SECOND ") + which + " IS NO NUMBER (COLUMN "
                          + std::to_string(secPos + 1) + ")!");
     // Checked here rather than by ymdhms so that the message names the file
@@ -174,7 +144,7 @@ void GLNSat::ReadGLNFreqChan(std::istream& in)
         if (line.size() <= ChannelPos) Fail(lineNo, "LINE ENDS BEFORE THE CHANNEL (COLUMN 52)!");
 
         long slot = 0;
-        if (!ToLong(Field(line, SlotPos, SlotLen), slot) || slot < 1
+        if (!ToLong(TrimmedField(line, SlotPos, SlotLen), slot) || slot < 1
             || slot > GLNSatns::MaxSlot)
             Fail(lineNo, "SLOT NUMBER MISSING OR NOT IN 1..99!");
         sat(i) = static_cast<short>(GLNSatns::SatBase + slot);
@@ -183,7 +153,7 @@ void GLNSat::ReadGLNFreqChan(std::istream& in)
         if (line[ToPos] == ' ') {
             // An open period: anything in the end columns would be a field
             // out of place, e.g. a channel shifted to the left.
-            if (!Field(line, ToPos, ChannelPos - ToPos).empty())
+            if (!TrimmedField(line, ToPos, ChannelPos - ToPos).empty())
                 Fail(lineNo, "TEXT IN THE COLUMNS OF AN OPEN PERIOD END (32-51)!");
             eph(i, TO) = lastEph;
         } else {
@@ -192,7 +162,7 @@ void GLNSat::ReadGLNFreqChan(std::istream& in)
         if (eph(i, TO) < eph(i, FROM)) Fail(lineNo, "PERIOD ENDS BEFORE IT STARTS!");
 
         long k = 0;
-        if (!ToLong(Field(line, ChannelPos, line.size() - ChannelPos), k))
+        if (!ToLong(TrimmedField(line, ChannelPos, line.size() - ChannelPos), k))
             Fail(lineNo, "FREQUENCY CHANNEL IS NO WHOLE NUMBER (COLUMN 52)!");
         if (k < GLNSatns::MinChannel || k > GLNSatns::MaxChannel)
             Fail(lineNo, "FREQUENCY CHANNEL " + std::to_string(k) + " NOT IN -7..+6!");

@@ -9,37 +9,13 @@
 
 #include "geodesy/LeapSecond.h"
 #include "geodesy/TimeConverse.h"
+#include "numerics/FieldText.h"
 #include "numerics/ProgramError.h"
 #include "numerics/cfilef.h"
 
-namespace {
-
-// Copies the trimmed text of line[pos, pos + len) into out (room n).
-void CopyField(const std::string& line, std::size_t pos, std::size_t len, char* out, std::size_t n)
-{
-    std::string f = pos < line.size() ? line.substr(pos, len) : std::string();
-    const std::size_t a = f.find_first_not_of(' ');
-    const std::size_t b = f.find_last_not_of(' ');
-    f = (a == std::string::npos) ? std::string() : f.substr(a, b - a + 1);
-    std::strncpy(out, f.c_str(), n - 1);
-    out[n - 1] = '\0';
-}
-
-long double Number(const std::string& line, std::size_t pos, std::size_t len)
-{
-    if (pos >= line.size()) return 0.0L;
-    std::string f = line.substr(pos, len);
-    for (char& ch : f)
-        if (ch == 'D' || ch == 'd') ch = 'E';
-    return std::strtold(f.c_str(), nullptr);
-}
-
-bool Holds(const std::string& line, const char* label)
-{
-    return line.find(label) != std::string::npos;
-}
-
-}  // namespace
+using fieldtext::CopyTrimmedField;
+using fieldtext::FortranNumber;
+using fieldtext::HoldsLabel;
 
 void GLNbEphError(const std::string& text) { ProgramErrorCout("GLNbEph", text); }
 
@@ -56,28 +32,28 @@ std::istream& operator>>(std::istream& in, GLNbEphHeader& h)
     while (std::getline(in, line)) {
         if (!line.empty() && line.back() == '\r') line.pop_back();
         if (line.size() > GLNbEphns::HeaderLineSize) line.resize(GLNbEphns::HeaderLineSize);
-        if (Holds(line, "END OF HEADER")) return in;
-        if (Holds(line, "RINEX VERSION / TYPE")) {
-            h.version = static_cast<float>(Number(line, 0, 9));
-            CopyField(line, 20, 19, h.type, sizeof h.type);
-        } else if (Holds(line, "PGM / RUN BY / DATE")) {
-            CopyField(line, 0, 20, h.pgm, sizeof h.pgm);
-            CopyField(line, 20, 20, h.runby, sizeof h.runby);
-            CopyField(line, 40, 20, h.date, sizeof h.date);
-        } else if (Holds(line, "CORR TO SYSTEM TIME")) {
-            const long y = std::lround(Number(line, 0, 6));
-            const long m = std::lround(Number(line, 6, 6));
-            const long d = std::lround(Number(line, 12, 6));
+        if (HoldsLabel(line, "END OF HEADER")) return in;
+        if (HoldsLabel(line, "RINEX VERSION / TYPE")) {
+            h.version = static_cast<float>(FortranNumber(line, 0, 9));
+            CopyTrimmedField(line, 20, 19, h.type, sizeof h.type);
+        } else if (HoldsLabel(line, "PGM / RUN BY / DATE")) {
+            CopyTrimmedField(line, 0, 20, h.pgm, sizeof h.pgm);
+            CopyTrimmedField(line, 20, 20, h.runby, sizeof h.runby);
+            CopyTrimmedField(line, 40, 20, h.date, sizeof h.date);
+        } else if (HoldsLabel(line, "CORR TO SYSTEM TIME")) {
+            const long y = std::lround(FortranNumber(line, 0, 6));
+            const long m = std::lround(FortranNumber(line, 6, 6));
+            const long d = std::lround(FortranNumber(line, 12, 6));
             // ymdhms checks the date itself; the guard keeps a garbage value
             // from wrapping into the unsigned fields.
             if (y < 0 || y > 65535 || m < 0 || m > 65535 || d < 0 || d > 65535)
                 GLNbEphError("CORR TO SYSTEM TIME: DATE NOT VALID!");
             h.RefTimeCorr.Set(static_cast<unsigned short>(y), static_cast<unsigned short>(m),
                               static_cast<unsigned short>(d), 0, 0, 0.0L);
-            h.TauC = Number(line, 20, 16) * std::pow(10.0L, Number(line, 37, 3));
-        } else if (Holds(line, "LEAP SECONDS")) {
-            h.leaps = static_cast<short>(std::lround(Number(line, 0, 6)));
-        } else if (Holds(line, "COMMENT")) {
+            h.TauC = FortranNumber(line, 20, 16) * std::pow(10.0L, FortranNumber(line, 37, 3));
+        } else if (HoldsLabel(line, "LEAP SECONDS")) {
+            h.leaps = static_cast<short>(std::lround(FortranNumber(line, 0, 6)));
+        } else if (HoldsLabel(line, "COMMENT")) {
             continue;
         } else {
             GLNbEphWarning((line.size() > 60 ? line.substr(60) : std::string())
@@ -236,7 +212,7 @@ void GLNbEph::DiffEqTwoBody(const matrix<long double>& x, long double ax, long d
 void GLNbEph::CalcSatPosition(short st, mjd& t0, mjd& tindex, xyzt& pos, xyzt& vel,
                               short warning)
 {
-    const long ix = GetDataIndex(st, tindex);
+    const long ix = ixLast = GetDataIndex(st, tindex);
     mjd mjdgln = rdata.mjdo(ix);
     mjdgln += rhead.TauC;
     const long double dt = t0 - mjdgln;

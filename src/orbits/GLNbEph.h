@@ -98,6 +98,9 @@ public:
     /// last after the end. A slot without records ends the run with
     /// GLNbEphError "SAT: Rnn IS NOT LISTED IN GLONASS NAVIGATION FILE!!!".
     long GetDataIndex(short st, const mjd& t0) const;
+    /// Record that the last CalcSatPosition used (GetDataIndex of its
+    /// tindex); -1 before any.
+    long GetLastIndex() const { return ixLast; }
 
     /// Position (m, PZ-90 Earth-fixed) and velocity (m/s) of slot st
     /// (1..99) at t0 from the record chosen for tindex, integrated in 30 s
@@ -120,6 +123,7 @@ public:
                                 xyzt& vsat, gnssobs& P, short warning);
 
 private:
+    long ixLast = -1;
     long CountNav();
     void ReadRecords(std::istream& in);
     bool ReadParameter(std::istream& in, long double& value);

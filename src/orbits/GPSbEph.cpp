@@ -10,44 +10,22 @@
 
 #include "geodesy/CoordinateTransforms.h"
 #include "geodesy/TimeConverse.h"
+#include "numerics/FieldText.h"
 #include "numerics/ProgramError.h"
 #include "numerics/cfilef.h"
 
+using fieldtext::CopyTrimmedField;
+using fieldtext::FortranNumber;
+using fieldtext::HoldsLabel;
+
 namespace {
-
-// Copies the trimmed text of line[pos, pos + len) into out (room n).
-void CopyField(const std::string& line, std::size_t pos, std::size_t len, char* out, std::size_t n)
-{
-    std::string f = pos < line.size() ? line.substr(pos, len) : std::string();
-    const std::size_t a = f.find_first_not_of(' ');
-    const std::size_t b = f.find_last_not_of(' ');
-    f = (a == std::string::npos) ? std::string() : f.substr(a, b - a + 1);
-    std::strncpy(out, f.c_str(), n - 1);
-    out[n - 1] = '\0';
-}
-
-// The number in line[pos, pos + len), the D exponent of FORTRAN read as E;
-// 0 when the line ends before pos, the field is blank or holds no number.
-long double Number(const std::string& line, std::size_t pos, std::size_t len)
-{
-    if (pos >= line.size()) return 0.0L;
-    std::string f = line.substr(pos, len);
-    for (char& ch : f)
-        if (ch == 'D' || ch == 'd') ch = 'E';
-    return std::strtold(f.c_str(), nullptr);
-}
 
 // Mantissa at (pos, 8) and exponent at (pos + 9, 3): the D12.4 fields of
 // the ionosphere lines, written as mantissa, D and exponent.
 long double MantissaExponent(const std::string& line, std::size_t pos, std::size_t len,
                              std::size_t epos)
 {
-    return Number(line, pos, len) * std::pow(10.0L, Number(line, epos, 3));
-}
-
-bool Holds(const std::string& line, const char* label)
-{
-    return line.find(label) != std::string::npos;
+    return FortranNumber(line, pos, len) * std::pow(10.0L, FortranNumber(line, epos, 3));
 }
 
 // Next line that holds more than blanks, without its carriage return; a
@@ -110,25 +88,25 @@ std::istream& operator>>(std::istream& in, GPSbEphHeader& h)
     while (std::getline(in, line)) {
         if (!line.empty() && line.back() == '\r') line.pop_back();
         if (line.size() > GPSbEphns::HeaderLineSize) line.resize(GPSbEphns::HeaderLineSize);
-        if (Holds(line, "END OF HEADER")) return in;
-        if (Holds(line, "RINEX VERSION / TYPE")) {
-            h.version = static_cast<float>(Number(line, 0, 9));
-            CopyField(line, 20, 19, h.type, sizeof h.type);
-        } else if (Holds(line, "PGM / RUN BY / DATE")) {
-            CopyField(line, 0, 20, h.pgm, sizeof h.pgm);
-            CopyField(line, 20, 20, h.runby, sizeof h.runby);
-            CopyField(line, 40, 20, h.date, sizeof h.date);
-        } else if (Holds(line, "ION ALPHA") || Holds(line, "ION BETA")) {
-            long double* c = Holds(line, "ION ALPHA") ? h.alfa : h.beta;
+        if (HoldsLabel(line, "END OF HEADER")) return in;
+        if (HoldsLabel(line, "RINEX VERSION / TYPE")) {
+            h.version = static_cast<float>(FortranNumber(line, 0, 9));
+            CopyTrimmedField(line, 20, 19, h.type, sizeof h.type);
+        } else if (HoldsLabel(line, "PGM / RUN BY / DATE")) {
+            CopyTrimmedField(line, 0, 20, h.pgm, sizeof h.pgm);
+            CopyTrimmedField(line, 20, 20, h.runby, sizeof h.runby);
+            CopyTrimmedField(line, 40, 20, h.date, sizeof h.date);
+        } else if (HoldsLabel(line, "ION ALPHA") || HoldsLabel(line, "ION BETA")) {
+            long double* c = HoldsLabel(line, "ION ALPHA") ? h.alfa : h.beta;
             for (std::size_t i = 0; i < 4; ++i) c[i] = MantissaExponent(line, 12 * i + 2, 8, 12 * i + 11);
-        } else if (Holds(line, "DELTA-UTC: A0,A1,T,W")) {
+        } else if (HoldsLabel(line, "DELTA-UTC: A0,A1,T,W")) {
             h.a0 = MantissaExponent(line, 3, 15, 19);
             h.a1 = MantissaExponent(line, 22, 15, 38);
-            h.T = std::lround(Number(line, 41, 9));
-            h.W = std::lround(Number(line, 50, 9));
-        } else if (Holds(line, "LEAP SECONDS")) {
-            h.leaps = static_cast<short>(std::lround(Number(line, 0, 6)));
-        } else if (Holds(line, "COMMENT")) {
+            h.T = std::lround(FortranNumber(line, 41, 9));
+            h.W = std::lround(FortranNumber(line, 50, 9));
+        } else if (HoldsLabel(line, "LEAP SECONDS")) {
+            h.leaps = static_cast<short>(std::lround(FortranNumber(line, 0, 6)));
+        } else if (HoldsLabel(line, "COMMENT")) {
             continue;
         } else {
             GPSbEphHeaderWarning((line.size() > 60 ? line.substr(60) : std::string())
@@ -209,11 +187,11 @@ void GPSbEph::ReadRecords(std::istream& in)
         // The epoch takes the place of one field on the first line.
         const std::size_t first = is.eof() ? line.size() : static_cast<std::size_t>(is.tellg());
         const std::size_t indent = first >= FieldWidth ? first - FieldWidth : 0;
-        for (int j = 0; j < 3; ++j) gdata.data(r, j) = Number(line, first + FieldWidth * j, FieldWidth);
+        for (int j = 0; j < 3; ++j) gdata.data(r, j) = FortranNumber(line, first + FieldWidth * j, FieldWidth);
         for (int j = 3; j < NParameters; ++j) {
             if ((j - 3) % 4 == 0 && !NextLine(in, line))
                 GPSbEphError(where + ": FILE ENDS INSIDE THE RECORD!");
-            gdata.data(r, j) = Number(line, indent + FieldWidth * ((j - 3) % 4), FieldWidth);
+            gdata.data(r, j) = FortranNumber(line, indent + FieldWidth * ((j - 3) % 4), FieldWidth);
         }
     }
 }
@@ -255,7 +233,7 @@ void GPSbEph::CalcSatPosition(unsigned short st, mjd& t0, mjd& tindex, xyzt& pos
                               long double* tgdout, unsigned short w, unsigned short)
 {
     using namespace GPSbEphns;
-    const long ix = GetDataIndex(static_cast<short>(st), tindex);
+    const long ix = ixLast = GetDataIndex(static_cast<short>(st), tindex);
     const matrix<long double>& d = gdata.data;
     const long double dt = t0 - gdata.mjdo(ix);
     if (std::fabs(dt) > ValidInterval_s)

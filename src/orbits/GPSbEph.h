@@ -119,6 +119,9 @@ public:
     /// GPSbEphError "SAT: Gnn IS NOT LISTED IN GPS NAVIGATION FILE!!!" (Enn
     /// for Galileo).
     long GetDataIndex(short st, const mjd& t0) const;
+    /// Record that the last CalcSatPosition used (GetDataIndex of its
+    /// tindex); -1 before any.
+    long GetLastIndex() const { return ixLast; }
 
     /// Position (m, Earth-fixed, antenna phase centre of the broadcast
     /// model) of satellite st at t0 from the record chosen for tindex;
@@ -148,6 +151,7 @@ public:
                                 unsigned short iz);
 
 private:
+    long ixLast = -1;
     long CountNav();
     void ReadRecords(std::istream& in);
     void CheckTimeOrder() const;

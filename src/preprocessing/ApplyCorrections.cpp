@@ -16,6 +16,7 @@
 #include "observations/GLONASSc.h"
 #include "observations/GPSc.h"
 #include "observations/SatelliteSystem.h"
+#include "preprocessing/AmbiguityTable.h"
 #include "preprocessing/BroadcastSatellite.h"
 
 namespace {
@@ -170,6 +171,8 @@ void ApplyDCB(gCPosC& gc)
     RINEXData& d = gc.rnxd;
     const RINEXHeader& h = gc.rnxh;
     const long double c = GPSc::c;
+    // One walk gives every satellite its records.
+    std::map<short, std::vector<SatRecord>> bySat = RecordsBySatellite(d);
     for (long s = 0; s < d.GetNSat(); ++s) {
         const short prn = d.GetSat(s);
         const SatSystem sys = SystemOf(prn);
@@ -214,8 +217,8 @@ void ApplyDCB(gCPosC& gc)
             continue;
         }
         long nC1 = 0, nP1 = 0, nP2 = 0;
-        for (long k = 0; k < d.GetNObs(); ++k) {
-            if (d.sat(k) != prn) continue;
+        for (const SatRecord& r : bySat[prn]) {
+            const long k = r.k;
             if (h.HasC1() && k < d.C1.NRow() && !d.C1(k).IsNull()) d.C1(k) += dtL1, ++nC1;
             if (h.HasP1() && k < d.P1.NRow() && !d.P1(k).IsNull()) d.P1(k) += dtL1, ++nP1;
             if (h.HasP2() && k < d.P2.NRow() && !d.P2(k).IsNull()) d.P2(k) += dtL2, ++nP2;
@@ -398,7 +401,7 @@ void CalculateAE(gCPosC& gc)
 
             if (gc.isSkyPlot)
                 sky << d.epoch(i) << std::setw(6) << prn << std::setprecision(2) << std::setw(8)
-                    << gc.ELV(k) * ns::Deg << std::setw(8) << gc.AZM(k) * ns::Deg << "\n";
+                    << gc.ELV(k) * Rad2Deg << std::setw(8) << gc.AZM(k) * Rad2Deg << "\n";
 
             gc.REL2(k) = ns::Rel2Const
                          * std::log((satDist + recDist + dist) / (satDist + recDist - dist));

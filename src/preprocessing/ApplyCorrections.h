@@ -10,8 +10,6 @@ constexpr long double Rel2Const = 0.00887005607823534297784L;
 /// Added to tan(E) sin(E) in the gradient mapping function (Chen & Herring
 /// 1997, J. Geophys. Res. 102(B9)), which keeps it finite at the horizon.
 constexpr long double GradMappingC = 0.0032L;
-/// Radians to degrees.
-constexpr long double Deg = 57.2957795130823208767981548141051703L;
 /// Thin-shell model of a vertical ionosphere series: mean Earth radius and
 /// shell height, km.
 constexpr long double ShellRadius_km = 6371.0L;

@@ -11,10 +11,9 @@ bool Keplerian(GPSbEph& nav, short sat, mjd& eph, xyz& rec, xyzt& pos, long doub
                long double& relativity)
 {
     mjd tindex = eph;
-    const long ix = nav.GetDataIndex(sat, eph);
     dist = nav.CalcSatPosition(static_cast<unsigned short>(sat), eph, tindex, rec, pos, nullptr, 0, 0);
     relativity = nav.GetRelativity();
-    return std::fabs(nav.GetData().data(ix, GPSbEphData::SVHEALTH)) < 0.5L;
+    return std::fabs(nav.GetData().data(nav.GetLastIndex(), GPSbEphData::SVHEALTH)) < 0.5L;
 }
 
 }  // namespace
@@ -37,10 +36,9 @@ bool BroadcastSatellite(gCPosC& gc, short sat, mjd& eph, xyzt& pos, long double&
         const short slot = static_cast<short>(sat - 100);
         mjd tindex = eph;
         xyzt vel;
-        const long ix = gc.glnnav.GetDataIndex(slot, eph);
         dist = gc.glnnav.CalcSatPosition(slot, eph, tindex, rec, pos, vel, 0);
         relativity = gc.glnnav.GetRelativity();
-        usable = std::fabs(gc.glnnav.GetData().data(ix, GLNbEphData::HEALTH)) < 0.5L;
+        usable = std::fabs(gc.glnnav.GetData().data(gc.glnnav.GetLastIndex(), GLNbEphData::HEALTH)) < 0.5L;
         return true;
     }
     default:

@@ -1,11 +1,12 @@
-#include "delays/BiasFileText.h"
+#include "numerics/FieldText.h"
 
 #include <cctype>
 #include <cerrno>
 #include <cmath>
 #include <cstdlib>
+#include <cstring>
 
-namespace biastext {
+namespace fieldtext {
 
 bool NextLine(std::istream& in, std::string& line)
 {
@@ -14,7 +15,7 @@ bool NextLine(std::istream& in, std::string& line)
     return true;
 }
 
-std::string Field(const std::string& line, std::size_t pos, std::size_t len)
+std::string TrimmedField(const std::string& line, std::size_t pos, std::size_t len)
 {
     if (pos >= line.size()) return "";
     const std::string f = line.substr(pos, len);
@@ -43,4 +44,20 @@ bool ToLongDouble(const std::string& text, long double& value)
     return errno == 0 && end != text.c_str() && *end == '\0' && std::isfinite(value);
 }
 
-}  // namespace biastext
+void CopyTrimmedField(const std::string& line, std::size_t pos, std::size_t len, char* out, std::size_t n)
+{
+    const std::string f = TrimmedField(line, pos, len);
+    std::strncpy(out, f.c_str(), n - 1);
+    out[n - 1] = '\0';
+}
+
+long double FortranNumber(const std::string& line, std::size_t pos, std::size_t len)
+{
+    if (pos >= line.size()) return 0.0L;
+    std::string f = line.substr(pos, len);
+    for (char& ch : f)
+        if (ch == 'D' || ch == 'd') ch = 'E';
+    return std::strtold(f.c_str(), nullptr);
+}
+
+}  // namespace fieldtext

@@ -1,0 +1,38 @@
+#pragma once
+// Field access shared by the readers of fixed-column text files: trimmed
+// fields, numbers that must be numbers (so that a shifted column ends the
+// run instead of reading 0), the FORTRAN D exponent of navigation files and
+// the labels of their headers.
+#include <istream>
+#include <string>
+
+namespace fieldtext {
+
+/// Reads the next line without its newline (and without the carriage
+/// return of a DOS file); false at the end of the stream.
+bool NextLine(std::istream& in, std::string& line);
+
+/// The text of columns [pos, pos + len) that the line holds, without its
+/// blanks (and tabs) at both ends; empty when the line ends before pos.
+std::string TrimmedField(const std::string& line, std::size_t pos, std::size_t len);
+
+/// Whole number with an optional sign and nothing else; false otherwise,
+/// also when it does not fit a long.
+bool ToLong(const std::string& text, long& value);
+
+/// Decimal number and nothing else; false otherwise, also for an infinite
+/// or NaN text.
+bool ToLongDouble(const std::string& text, long double& value);
+
+/// Copies TrimmedField(line, pos, len) into out, a buffer of n characters,
+/// cut to n - 1 and terminated.
+void CopyTrimmedField(const std::string& line, std::size_t pos, std::size_t len, char* out, std::size_t n);
+
+/// The number in columns [pos, pos + len), a FORTRAN D exponent read as E;
+/// 0 when the line ends before pos or the field holds no number.
+long double FortranNumber(const std::string& line, std::size_t pos, std::size_t len);
+
+/// True when the line holds label anywhere.
+inline bool HoldsLabel(const std::string& line, const char* label) { return line.find(label) != std::string::npos; }
+
+}  // namespace fieldtext
