@@ -1,4 +1,5 @@
 #include "observations/RINEX.h"
+#include "numerics/FieldText.h"
 #include "numerics/ProgramError.h"
 
 #include <cmath>
@@ -14,6 +15,8 @@ constexpr int FieldsPerLine = 5;
 constexpr int SatsPerLine = 12;
 // The epoch line is long enough to carry a clock offset (columns 68-79).
 constexpr std::size_t ClockOffsetLength = 69;
+// The satellite count of an epoch line: columns 29 to 31.
+constexpr std::size_t CountColumn = 29, CountWidth = 3;
 // An interval this close to a whole second is a rounded time tag.
 constexpr float IntervalRoundTol_s = 0.005f;
 
@@ -84,7 +87,11 @@ void RINEX::CountRec()
         int yr, mon, day, hh, mm, count;
         long double sec;
         ParseFirstObsLine(line, yr, mon, day, hh, mm, sec, count);
-        if (count < 0 || count > RINEXns::MaxEpochSatellites)
+        // Read as a number from column 30, a count with text in it would
+        // turn the epoch's records into passed-over lines.
+        long whole = 0;
+        const std::string countText = fieldtext::TrimmedField(line, CountColumn, CountWidth);
+        if (count < 0 || count > RINEXns::MaxEpochSatellites || (!countText.empty() && !fieldtext::ToLong(countText, whole)))
             RINEXError(rinexfile + ": SATELLITE COUNT OF EPOCH NOT VALID -> line: "
                        + std::to_string(lineNo));
         nepoch++;
@@ -111,6 +118,7 @@ void RINEX::ReadFile()
 {
     rdata.Reset();
     rhead.Reset();
+    rhead.source = rinexfile;
     CountRec();
     rdata.SetNRecords(static_cast<long>(nepoch), static_cast<long>(nobsall));
     rdata.SetTimeCorr(IsTimeCorr);
@@ -126,6 +134,7 @@ void RINEX::ReadFile()
     if (rhead.obslastts.empty()) rhead.obslastts = "GPS";
     const float whole = std::round(rhead.interval);
     if (std::fabs(rhead.interval - whole) < IntervalRoundTol_s) rhead.interval = whole;
+    rdata.ReportRejected();
 }
 
 void RINEX::PrintFile() { std::cout << rhead << rdata; }

@@ -7,9 +7,11 @@
 #include <cstring>
 #include <iomanip>
 #include <iostream>
+#include <vector>
 
 #include "geodesy/TimeConverse.h"
 #include "geodesy/ymdhms.h"
+#include "numerics/FieldText.h"
 
 namespace {
 
@@ -56,7 +58,83 @@ void StopIfCutInValue(const std::string& line, long lineNo)
     RINEXData::RINEXDataError("RINEX FILE ENDS INSIDE AN OBSERVATION VALUE" + AtLine(lineNo));
 }
 
+// Geocentric distances (m) between which the satellites of a system move,
+// by SatSystem. GPS: 26 560 km with eccentricities below 0.02. GLONASS:
+// 25 510 km, below 0.01. Galileo: 29 600 km, and E14, E18 left in orbits
+// of 23 700 to 32 400 km. Any other letter: from that perigee to the apogee
+// of the QZSS orbits (42 164 km, eccentricity 0.075: 45 300 km), which also
+// covers BeiDou and SBAS satellites at 42 164 km.
+constexpr long double OrbitShell_m[][2] = {
+    {26.00e6L, 27.10e6L}, {25.25e6L, 25.80e6L}, {23.50e6L, 32.50e6L}, {23.50e6L, 45.50e6L}};
+constexpr long double SpeedOfLight = 299792458.0L;
+
+bool IsCode(unsigned short t)
+{
+    switch (t) {
+    case RINEXObs::C1: case RINEXObs::P1: case RINEXObs::C2: case RINEXObs::P2: case RINEXObs::C3R:
+    case RINEXObs::C5: case RINEXObs::C6: case RINEXObs::C7: case RINEXObs::C8: return true;
+    default: return false;
+    }
+}
+
+// The 14 value columns of a field hold blanks, the F14.3 layout (a sign,
+// digits and one full stop between blanks) or another form of a finite
+// number; text, "nan" and "inf" are none. The plain layout, nearly every
+// field of a file, is checked here without a conversion.
+bool NumberText(const char* f)
+{
+    const int width = static_cast<int>(ValueWidth);
+    int i = 0;
+    while (i < width && f[i] == ' ') i++;
+    if (i == width) return true;
+    int j = i + (f[i] == '-' || f[i] == '+' ? 1 : 0), digits = 0;
+    for (bool point = false; j < width && (Digit(f[j]) || (f[j] == '.' && !point)); j++) {
+        if (f[j] == '.') point = true;
+        else digits++;
+    }
+    while (j < width && f[j] == ' ') j++;
+    if (j == width && digits > 0) return true;
+    long double v;
+    return fieldtext::ToLongDouble(fieldtext::TrimmedField(std::string(f, ValueWidth), 0, ValueWidth), v);
+}
+
+// Loss-of-lock and signal-strength columns: a blank or one digit.
+bool FlagText(char c) { return c == ' ' || Digit(c); }
+
+std::string SatName(short sn)
+{
+    const int prn = sn >= 0 ? sn % 100 : 0;
+    return std::string(1, RINEXSatLetter(sn)) + static_cast<char>('0' + prn / 10) + static_cast<char>('0' + prn % 10);
+}
+
+std::string In(const RINEXHeader& h) { return h.source.empty() ? std::string() : h.source + ": "; }
+
+void PrintRejected(const std::map<short, long>& bySat, const char* title, const std::string& what,
+                   const char* unit)
+{
+    if (bySat.empty()) return;
+    long total = 0;
+    std::cout << title << "\n";
+    for (const auto& [sat, n] : bySat) {
+        std::cout << "    Satellite: " << SatName(sat) << "    #OBS: " << std::setw(8) << n << "\n";
+        total += n;
+    }
+    std::cout << "\n";
+    RINEXData::RINEXDataWarning(what + " - " + std::to_string(total) + " " + unit + " NOT USED!");
+}
+
 }  // namespace
+
+void CodeRangeLimits(SatSystem sys, long double& min_m, long double& max_m)
+{
+    const int i = sys >= SysGPS && sys <= SysGAL ? sys : SysNone;
+    const long double lowR = RINEXns::MinReceiverRadius_m, highR = RINEXns::MaxReceiverRadius_m;
+    const long double clock_m = RINEXns::CodeClockAllowance_s * SpeedOfLight;
+    min_m = OrbitShell_m[i][0] - highR - clock_m;
+    // The two tangent legs of a line that grazes the Earth at radius lowR.
+    const auto leg = [lowR](long double r) { return std::sqrt((r - lowR) * (r + lowR)); };
+    max_m = leg(highR) + leg(OrbitShell_m[i][1]) + clock_m;
+}
 
 RINEXData::RINEXData(RINEXHeader& h) : rhead(h) { Reset(); }
 
@@ -83,6 +161,16 @@ void RINEXData::Reset()
     obslast = mjd();
     istart = iend = satstart = 0;
     nComment = 0;
+    CodeOutsideRange.clear();
+    RepeatedRecords.clear();
+}
+
+void RINEXData::ReportRejected() const
+{
+    PrintRejected(CodeOutsideRange, "  Code observations outside the range of any GNSS satellite (not used):",
+                  "CODE OBSERVATIONS OUTSIDE THE RANGE OF ANY GNSS SATELLITE", "OBSERVATIONS");
+    PrintRejected(RepeatedRecords, "  Satellites listed twice in one epoch (records not used):",
+                  "SATELLITES LISTED TWICE IN ONE EPOCH", "RECORDS");
 }
 
 matrix<gnssobs>* RINEXData::ObsMatrix(unsigned short t)
@@ -225,13 +313,30 @@ std::istream& operator>>(std::istream& in, RINEXData& d)
         RINEXData::RINEXDataError("OBSERVATION TYPES OF THE HEADER NOT VALID");
     matrix<gnssobs>* colObs[RINEXns::MaxObsTypes] = {};
     matrix<gnssobsshort>* colShort[RINEXns::MaxObsTypes] = {};
+    bool colCode[RINEXns::MaxObsTypes] = {};
     for (int k = 0; k < ntypes; k++) {
         colObs[k] = d.ObsMatrix(h.obs(k));
         colShort[k] = d.ShortMatrix(h.obs(k));
+        colCode[k] = IsCode(h.obs(k));
     }
     const int linesPerRecord = (ntypes + FieldsPerLine - 1) / FieldsPerLine;
+    const auto clearRecord = [&](long rec) {
+        for (int k = 0; k < ntypes; k++) {
+            if (colObs[k]) (*colObs[k])(rec) = gnssobs();
+            else if (colShort[k]) (*colShort[k])(rec) = gnssobsshort();
+        }
+    };
+    long double codeMin[SysNone + 1], codeMax[SysNone + 1];
+    for (int s = SysGPS; s <= SysNone; s++) CodeRangeLimits(static_cast<SatSystem>(s), codeMin[s], codeMax[s]);
 
     short scratch[RINEXns::ScratchSatellites] = {};
+    // A satellite's first record in the epoch where it was last met, and
+    // the record texts and fates of the epoch being read.
+    long metIn[RINEXns::ScratchSatellites];
+    std::fill(metIn, metIn + RINEXns::ScratchSatellites, -1L);
+    int firstOf[RINEXns::ScratchSatellites] = {};
+    std::vector<std::string> texts;
+    std::vector<char> dropped;
     std::string line, satText, obsText, piece;
     obsText.reserve(ObsLineWidth * static_cast<std::size_t>(linesPerRecord));
     long lineNo = h.nlines;
@@ -264,8 +369,13 @@ std::istream& operator>>(std::istream& in, RINEXData& d)
         d.nsat(i) = static_cast<short>(count);
         d.flag(i) = line[28];
         d.obslast = d.epoch(i);
-        if (d.IfTimeCorr)
-            d.TCorr(i) = std::strtold(RINEXField(line, 68, 12).c_str(), nullptr);
+        if (d.IfTimeCorr) {
+            const std::string clock = fieldtext::TrimmedField(line, 68, 12);
+            long double offset = 0.0L;
+            if (!clock.empty() && !fieldtext::ToLongDouble(clock, offset))
+                RINEXData::RINEXDataError(In(h) + "RECEIVER CLOCK OFFSET \"" + clock + "\" IS NOT A NUMBER" + AtLine(lineNo));
+            d.TCorr(i) = offset;
+        }
 
         // The smallest step of the second of day is the sampling; a step
         // across midnight is large and changes nothing.
@@ -290,10 +400,14 @@ std::istream& operator>>(std::istream& in, RINEXData& d)
         // reads as blank entries, which are GPS number 0.
         PadTo(satText, 3 * static_cast<std::size_t>(count));
 
+        const long r0 = r;
+        if (texts.size() < static_cast<std::size_t>(count)) texts.resize(count);
+        dropped.assign(count, 0);
         for (int s = 0; s < count; s++, r++) {
             if (r >= d.nsatall)
                 RINEXData::RINEXDataError("MORE RECORDS THAN COUNTED IN RINEX FILE" + AtLine(lineNo));
             obsText.clear();
+            const long recordLine = lineNo + 1;
             for (int l = 0; l < linesPerRecord; l++) {
                 RecordLine(in, line, lineNo, epochLine);
                 if (in.eof()) StopIfCutInValue(line, lineNo);
@@ -301,12 +415,49 @@ std::istream& operator>>(std::istream& in, RINEXData& d)
                 obsText += line;
             }
             const short sn = RINEXSatNumber(satText.c_str() + 3 * s);
+            const SatSystem sys = SystemOf(sn);
             d.sat(r) = sn;
             scratch[sn] = sn;
             const char* fields = obsText.c_str();
             for (int k = 0; k < ntypes; k++) {
-                if (colObs[k]) (*colObs[k])(r) >> (fields + FieldWidth * k);
-                else if (colShort[k]) (*colShort[k])(r) >> (fields + FieldWidth * k);
+                const char* f = fields + FieldWidth * k;
+                if (!colObs[k] && !colShort[k]) continue;
+                if (!NumberText(f) || !FlagText(f[ValueWidth]) || !FlagText(f[ValueWidth + 1]))
+                    RINEXData::RINEXDataError(In(h) + RINEXHeader::GetObsString(h.obs(k)) + " OF " + SatName(sn)
+                                              + " IS NOT A NUMBER: \"" + std::string(f, FieldWidth) + "\""
+                                              + AtLine(recordLine + k / FieldsPerLine));
+                if (colShort[k]) {
+                    (*colShort[k])(r) >> f;
+                    continue;
+                }
+                gnssobs& o = (*colObs[k])(r);
+                o >> f;
+                // No satellite of the system can be this near or far: a
+                // broken field, which would pull the position by kilometres.
+                if (colCode[k] && !o.IsNull() && (o.obs < codeMin[sys] || o.obs > codeMax[sys])) {
+                    o = gnssobs();
+                    d.CodeOutsideRange[sn]++;
+                }
+            }
+            if (metIn[sn] != i) {
+                metIn[sn] = i;
+                firstOf[sn] = s;
+            }
+            texts[s] = obsText;
+        }
+        // A satellite listed twice: an exact copy (a merge that wrote the
+        // record twice) is dropped; of two different records nothing tells
+        // which is the satellite's, so both go.
+        for (int s = 0; s < count; s++) {
+            const short sn = d.sat(r0 + s);
+            const int first = firstOf[sn];
+            if (first == s) continue;
+            clearRecord(r0 + s);
+            d.RepeatedRecords[sn]++;
+            if (texts[s] != texts[first] && !dropped[first]) {
+                clearRecord(r0 + first);
+                dropped[first] = 1;
+                d.RepeatedRecords[sn]++;
             }
         }
     }

@@ -4,18 +4,36 @@
 // the nsat(i) behind those of epoch i-1, and every observation matrix is
 // indexed by r. Nothing is ever removed; a rejected value is set to 0.
 #include <iosfwd>
+#include <map>
 #include <string>
 
 #include "geodesy/mjd.h"
 #include "numerics/matrix.h"
 #include "observations/RINEXHeader.h"
+#include "observations/SatelliteSystem.h"
 #include "observations/gnssobs.h"
 
 namespace RINEXns {
 /// Entries of the satellite scratch list: numbers stay below it because
 /// the largest base is 600 (letters outside the table) and PRNs below 100.
 inline constexpr int ScratchSatellites = 700;
+/// Clock terms (s) a code pseudorange may carry beyond the geometric range:
+/// the receiver clock within 1 ms (steered, or held there by millisecond
+/// jumps) and the satellite clock within 2 ms (the GLONASS tau_n field
+/// spans 1.95 ms, GPS af0 0.98 ms). Atmosphere and hardware delays, below a
+/// kilometre, are covered by the rounding of the orbit shells.
+inline constexpr long double CodeClockAllowance_s = 3.0e-3L;
 }  // namespace RINEXns
+
+/// Shortest and longest code pseudorange (m) that a satellite of system sys
+/// can give a receiver between RINEXns::MinReceiverRadius_m and
+/// MaxReceiverRadius_m from the geocentre: from the top of the receiver
+/// shell to the lowest point of the system's orbits straight overhead, and
+/// the longest line from the receiver shell to the highest point of its
+/// orbits that the Earth (radius MinReceiverRadius_m) does not block; both
+/// widened by RINEXns::CodeClockAllowance_s of light time. SysNone (BeiDou,
+/// SBAS, QZSS and unknown letters) spans every GNSS orbit.
+void CodeRangeLimits(SatSystem sys, long double& min_m, long double& max_m);
 
 class RINEXData {
 public:
@@ -43,6 +61,8 @@ public:
     mjd obslast;              // epoch of the last epoch line read
     long istart, iend, satstart;  // the writer's epoch range and first record
     long nComment;            // data-section lines outside records that are no epoch lines
+    std::map<short, long> CodeOutsideRange;  // per satellite: code values cleared on reading
+    std::map<short, long> RepeatedRecords;   // per satellite: records cleared as listed twice in an epoch
 
     /// Empty data bound to header h.
     explicit RINEXData(RINEXHeader& h);
@@ -182,6 +202,11 @@ public:
     void ScreenCL1(const matrix<long double>& Elev, long double MinElev, long MinObsAmb,
                    long double lam1Mult, long& NAmbAll, long double MaxTimeGap) const;
 
+    /// Prints, for each kind of value the reader cleared, a section on the
+    /// output stream (a title, one line per satellite with its count) and a
+    /// framed warning with the total; nothing when nothing was cleared.
+    void ReportRejected() const;
+
     /// Prints "#### RINEXData: Error -> text ####" framed on the output
     /// stream and exits with status 1.
     [[noreturn]] static void RINEXDataError(const std::string& text);
@@ -239,9 +264,15 @@ void FillObsLine(std::string& line, int n);
 
 /// Reads the data section (the header must have been read from the same
 /// stream) into the storage sized by SetNRecords. An epoch cut short by the
-/// end of the stream, an over-long line, a satellite count outside 0..341
-/// or records that disagree with the counts stop the run with
-/// RINEXDataError. Ends with C1 copied from P1 when only P1 was observed.
+/// end of the stream, an over-long line, a satellite count outside 0..341,
+/// records that disagree with the counts, or a value (or its loss-of-lock
+/// and signal-strength digits, or the epoch's clock offset) that is neither
+/// blank nor a finite number stop the run with RINEXDataError naming the
+/// file and line. A code outside CodeRangeLimits is cleared and counted in
+/// CodeOutsideRange. A satellite listed twice in an epoch keeps its first
+/// record when the second is an exact copy; otherwise both are cleared; the
+/// cleared records are counted in RepeatedRecords. Ends with C1 copied from
+/// P1 when only P1 was observed.
 std::istream& operator>>(std::istream& in, RINEXData& d);
 /// Writes epochs istart to iend-1 from record satstart as RINEX 2 data.
 std::ostream& operator<<(std::ostream& out, const RINEXData& d);

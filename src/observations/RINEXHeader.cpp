@@ -1,13 +1,16 @@
 #include "observations/RINEXHeader.h"
 #include "numerics/ProgramError.h"
 
+#include <cmath>
 #include <cstdlib>
+#include <cstring>
 #include <iomanip>
 #include <iostream>
 
 #include "geodesy/TimeConverse.h"
 #include "geodesy/ymdhms.h"
 #include "numerics/CppCas.h"
+#include "numerics/FieldText.h"
 
 namespace {
 
@@ -20,6 +23,8 @@ const char* const ObsCodes[RINEXObs::Unknown] = {
 // (columns 6 to 59).
 constexpr int TypesPerLine = 9;
 constexpr std::size_t TypeTextWidth = 54;
+// Where a header record's label begins.
+constexpr std::size_t LabelColumn = 60;
 
 // Blanks only (character 32), as the fixed-column fields are padded.
 std::string Trimmed(const std::string& s)
@@ -48,15 +53,45 @@ bool Has(const std::string& line, const char* label)
     return line.find(label) != std::string::npos;
 }
 
-int FieldInt(const std::string& line, std::size_t pos, std::size_t len)
-{
-    return std::atoi(RINEXField(line, pos, len).c_str());
-}
+// The text that names the file in a message, empty for a stream.
+std::string In(const RINEXHeader& h) { return h.source.empty() ? std::string() : h.source + ": "; }
 
-long double FieldReal(const std::string& line, std::size_t pos, std::size_t len)
-{
-    return std::strtold(RINEXField(line, pos, len).c_str(), nullptr);
-}
+// A numeric field of a header record. A blank field reads 0, as the format
+// allows. In a record whose label stands at column 60 anything else must be
+// a finite number, so that "nan" or a shifted column ends the run on its
+// line rather than turning up later as a wrong position or interval. A
+// label met elsewhere is comment text that happens to hold it: its columns
+// are read as always, by the atof rule.
+struct Fields {
+    const RINEXHeader& h;
+    const std::string& line;
+    const char* label;
+    bool strict;
+    Fields(const RINEXHeader& hd, const std::string& l, const char* lab)
+        : h(hd), line(l), label(lab), strict(l.size() > LabelColumn && l.compare(LabelColumn, std::strlen(lab), lab) == 0) {}
+
+    long double Real(std::size_t pos, std::size_t len) const
+    {
+        if (!strict) return std::strtold(RINEXField(line, pos, len).c_str(), nullptr);
+        const std::string f = fieldtext::TrimmedField(line, pos, len);
+        long double v = 0.0L;
+        if (!f.empty() && !fieldtext::ToLongDouble(f, v)) Fail(f);
+        return v;
+    }
+    // Fields of six columns or fewer, so any whole number fits an int.
+    int Whole(std::size_t pos, std::size_t len) const
+    {
+        if (!strict) return std::atoi(RINEXField(line, pos, len).c_str());
+        const std::string f = fieldtext::TrimmedField(line, pos, len);
+        long v = 0;
+        if (!f.empty() && !fieldtext::ToLong(f, v)) Fail(f);
+        return static_cast<int>(v);
+    }
+    [[noreturn]] void Fail(const std::string& f) const
+    {
+        RINEXHeader::RINEXHeaderError(In(h) + "\"" + f + "\" IN " + label + " IS NOT A NUMBER", h.nlines);
+    }
+};
 
 char CharAt(const std::string& line, std::size_t pos)
 {
@@ -65,21 +100,47 @@ char CharAt(const std::string& line, std::size_t pos)
 
 // TIME OF FIRST/LAST OBS: six calendar fields; an invalid date stops the
 // run through ymdhms, as for every other time the program reads.
-mjd ObsTime(const std::string& line, std::string& timeSystem)
+mjd ObsTime(const Fields& f, std::string& timeSystem)
 {
-    const ymdhms t(static_cast<unsigned short>(FieldInt(line, 0, 6)),
-                   static_cast<unsigned short>(FieldInt(line, 6, 6)),
-                   static_cast<unsigned short>(FieldInt(line, 12, 6)),
-                   static_cast<unsigned short>(FieldInt(line, 18, 6)),
-                   static_cast<unsigned short>(FieldInt(line, 24, 6)),
-                   FieldReal(line, 30, 13));
+    const std::string& line = f.line;
+    const ymdhms t(static_cast<unsigned short>(f.Whole(0, 6)), static_cast<unsigned short>(f.Whole(6, 6)),
+                   static_cast<unsigned short>(f.Whole(12, 6)), static_cast<unsigned short>(f.Whole(18, 6)),
+                   static_cast<unsigned short>(f.Whole(24, 6)), f.Real(30, 13));
     timeSystem = Trimmed(RINEXField(line, 48, 3));
     return ymdhms2mjd(t);
 }
 
+std::string Integer(long double v) { return std::to_string(static_cast<long>(v)); }
+
+// A position given in the header is where every model starts from; one
+// outside the shell of receivers on or above the Earth is a broken field,
+// not a site. A position on the Earth but far from the site is left to the
+// adjustment.
+void CheckPosition(const Fields& f, const xyz& x)
+{
+    const long double r = std::hypot(x.GetX(), x.GetY(), x.GetZ());
+    if (!f.strict || r < RINEXns::NoPosition_m) return;
+    if (r < RINEXns::MinReceiverRadius_m || r > RINEXns::MaxReceiverRadius_m)
+        RINEXHeader::RINEXHeaderError(In(f.h) + "APPROX POSITION XYZ IS NOT ON THE EARTH (GEOCENTRIC DISTANCE OUTSIDE "
+                                          + Integer(RINEXns::MinReceiverRadius_m / 1000.0L) + " TO "
+                                          + Integer(RINEXns::MaxReceiverRadius_m / 1000.0L) + " KM)", f.h.nlines);
+}
+
+// The eccentricity moves the antenna from its mark: beyond any monument it
+// is a broken field, and every model would be computed somewhere else.
+void CheckEccentricity(const Fields& f, const neu& d)
+{
+    if (!f.strict) return;
+    if (std::fabs(d.GetU()) > RINEXns::MaxAntennaHeight_m || std::fabs(d.GetE()) > RINEXns::MaxAntennaOffset_m
+        || std::fabs(d.GetN()) > RINEXns::MaxAntennaOffset_m)
+        RINEXHeader::RINEXHeaderError(In(f.h) + "ANTENNA: DELTA H/E/N BEYOND ANY MONUMENT (|H| ABOVE "
+                                          + Integer(RINEXns::MaxAntennaHeight_m) + " M OR |E|, |N| ABOVE "
+                                          + Integer(RINEXns::MaxAntennaOffset_m) + " M)", f.h.nlines);
+}
+
 void ReadObsTypes(std::istream& in, RINEXHeader& h, const std::string& first)
 {
-    const int n = FieldInt(first, 0, 6);
+    const int n = Fields(h, first, "# / TYPES OF OBSERV").Whole(0, 6);
     if (n < 0 || n > RINEXns::MaxObsTypes)
         RINEXHeader::RINEXHeaderError("NUMBER OF OBSERVATION TYPES NOT VALID (0 TO "
                                       + std::to_string(RINEXns::MaxObsTypes) + ")", h.nlines);
@@ -231,7 +292,7 @@ std::istream& operator>>(std::istream& in, RINEXHeader& h)
             break;
         } else if (Has(line, "RINEX VERSION / TYPE")) {
             if (h.type != '\0') Warn("RINEX VERSION / TYPE", h.nlines);
-            h.version = static_cast<float>(std::atof(RINEXField(line, 0, 9).c_str()));
+            h.version = static_cast<float>(Fields(h, line, "RINEX VERSION / TYPE").Real(0, 9));
             h.type = CharAt(line, 20);
             h.satsystems = CharAt(line, 40);
         } else if (Has(line, "PGM / RUN BY / DATE")) {
@@ -251,12 +312,16 @@ std::istream& operator>>(std::istream& in, RINEXHeader& h)
             h.agency = Trimmed(RINEXField(line, 20, 40));
         } else if (Has(line, "APPROX POSITION XYZ")) {
             if (h.xyz0read) Warn("APPROX POSITION XYZ", h.nlines);
-            h.X0 = xyz(FieldReal(line, 0, 14), FieldReal(line, 14, 14), FieldReal(line, 28, 14));
+            const Fields f(h, line, "APPROX POSITION XYZ");
+            h.X0 = xyz(f.Real(0, 14), f.Real(14, 14), f.Real(28, 14));
             h.xyz0read = true;
+            CheckPosition(f, h.X0);
         } else if (Has(line, "ANTENNA: DELTA H/E/N")) {
             if (h.neuread) Warn("ANTENNA: DELTA H/E/N", h.nlines);
-            h.Dp = neu(FieldReal(line, 28, 14), FieldReal(line, 14, 14), FieldReal(line, 0, 14));
+            const Fields f(h, line, "ANTENNA: DELTA H/E/N");
+            h.Dp = neu(f.Real(28, 14), f.Real(14, 14), f.Real(0, 14));
             h.neuread = true;
+            CheckEccentricity(f, h.Dp);
         } else if (Has(line, "# / TYPES OF OBSERV")) {
             ReadObsTypes(in, h, line);
         } else if (Has(line, "REC # / TYPE / VERS")) {
@@ -270,11 +335,11 @@ std::istream& operator>>(std::istream& in, RINEXHeader& h)
             h.anttype = RINEXField(line, 20, 20);
         } else if (Has(line, "INTERVAL")) {
             if (h.interval > 0.0f) Warn("INTERVAL", h.nlines);
-            h.interval = static_cast<float>(std::atof(RINEXField(line, 0, 10).c_str()));
+            h.interval = static_cast<float>(Fields(h, line, "INTERVAL").Real(0, 10));
         } else if (Has(line, "TIME OF FIRST OBS")) {
-            h.obsfirst = ObsTime(line, h.obsfirstts);
+            h.obsfirst = ObsTime(Fields(h, line, "TIME OF FIRST OBS"), h.obsfirstts);
         } else if (Has(line, "TIME OF LAST OBS")) {
-            h.obslast = ObsTime(line, h.obslastts);
+            h.obslast = ObsTime(Fields(h, line, "TIME OF LAST OBS"), h.obslastts);
         } else if (Has(line, "WAVELENGTH FACT L1/2")) {
             h.wavelengthDefL1 = CharAt(line, 5);
             h.wavelengthDefL2 = CharAt(line, 11);

@@ -30,6 +30,25 @@ inline constexpr std::size_t MaxLineLength = 99;
 inline constexpr int MaxObsTypes = 60;
 /// Most satellites an epoch can list (1024-character satellite text).
 inline constexpr int MaxEpochSatellites = 341;
+/// Geocentric distance (m) of the lowest receiver served: the polar radius
+/// at sea level (6356.75 km) less the deepest land and mines (about 4 km),
+/// rounded down.
+inline constexpr long double MinReceiverRadius_m = 6.350e6L;
+/// Geocentric distance (m) of the highest receiver served: the equatorial
+/// radius (6378.14 km) plus the cruise height of aircraft (about 13 km),
+/// rounded up. A header position outside this shell is no site at all.
+inline constexpr long double MaxReceiverRadius_m = 6.400e6L;
+/// A header position nearer the geocentre than this (m) was not given
+/// (RINEX writes 0, 0, 0); the station stage takes the catalogue position
+/// or stops.
+inline constexpr long double NoPosition_m = 1.0L;
+/// Largest |DELTA H| (m): the antenna reference point is taped or levelled
+/// above its mark on a pillar, mast or roof, some tens of metres at most; a
+/// misplaced field (a coordinate, a shifted column) is thousands of metres.
+inline constexpr long double MaxAntennaHeight_m = 100.0L;
+/// Largest |DELTA E|, |DELTA N| (m): an eccentric mark is tied to the
+/// antenna by a short traverse of a few metres.
+inline constexpr long double MaxAntennaOffset_m = 10.0L;
 }  // namespace RINEXns
 
 /// Outcome of reading one line of a RINEX file.
@@ -71,6 +90,7 @@ public:
     bool iPC1, iPC3, iPP3, iL3, iL4, iMW, iPC4, iPP4, iCL1, iCLI;
 
     long nlines;        // header lines read, so data errors can give file lines
+    std::string source; // name of the file read, for messages; Reset keeps it
 
     /// An empty header (see Reset).
     RINEXHeader();
@@ -129,8 +149,12 @@ public:
 /// the stream). Labels are searched anywhere in a line in a fixed order and
 /// the first hit decides; a repeated label warns and replaces. A line
 /// longer than 99 characters ends the header as the end of the stream does
-/// (and fails the stream). More than RINEXns::MaxObsTypes types or a
-/// negative type count stop the run with RINEXHeaderError.
+/// (and fails the stream). More than RINEXns::MaxObsTypes types, a negative
+/// type count, a numeric field that holds no finite number (a blank one
+/// reads 0), an APPROX POSITION XYZ given but outside the receiver shell
+/// (RINEXns::MinReceiverRadius_m to MaxReceiverRadius_m) or an ANTENNA:
+/// DELTA H/E/N beyond MaxAntennaHeight_m or MaxAntennaOffset_m stop the run
+/// with RINEXHeaderError naming the file (source) and the line.
 std::istream& operator>>(std::istream& in, RINEXHeader& h);
 /// Writes the header as RINEX 2 lines, labels at column 60, ending in
 /// "END OF HEADER"; the program line names Orvo and the present local time.

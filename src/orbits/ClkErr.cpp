@@ -1,10 +1,13 @@
 #include "orbits/ClkErr.h"
 
+#include <cmath>
 #include <cstdio>
 #include <cstring>
 #include <fstream>
 #include <ostream>
+#include <sstream>
 
+#include "numerics/FieldText.h"
 #include "numerics/ProgramError.h"
 
 namespace {
@@ -71,12 +74,20 @@ void ClkErr::ReadFileData()
     while (i < nepoch && NextLine(in, line)) {
         ++lineNo;
         if (IsBlank(line)) continue;
+        // Exactly three numbers: NaN, inf, text or a fourth field are no
+        // clock of this program's writing.
+        std::istringstream words(line);
+        std::string w[4];
         long day = 0;
         long double sec = 0.0L, value_us = 0.0L;
-        if (std::sscanf(line.c_str(), "%ld %Lf %Lf", &day, &sec, &value_us) != 3 || day < 0
-            || day > 199999 || !(sec >= 0.0L && sec < 2.0L * 86400.0L))
+        words >> w[0] >> w[1] >> w[2] >> w[3];
+        if (!w[3].empty() || !fieldtext::ToLong(w[0], day) || !fieldtext::ToLongDouble(w[1], sec)
+            || !fieldtext::ToLongDouble(w[2], value_us) || day < 0 || day > 199999 || !(sec >= 0.0L && sec < 2.0L * 86400.0L))
             ProgramError("Orvo", std::string("RECEIVER CLOCK ERROR FILE ") + clkfile + ": line "
                                  + std::to_string(lineNo) + " is not MJD, second of day and clock");
+        if (std::fabs(value_us) > ClkErrns::MaxClock_us)
+            ProgramError("Orvo", std::string("RECEIVER CLOCK ERROR FILE ") + clkfile + ": line "
+                                 + std::to_string(lineNo) + ": receiver clock beyond 1 s");
         // Added rather than set, so that a second printed as 86400.000
         // rolls over into the next day instead of being refused.
         mjd t(static_cast<unsigned long>(day), 0.0L);

@@ -12,6 +12,11 @@
 namespace ClkErrns {
 /// Microseconds per metre of clock: 1e6 / 299792458.
 constexpr long double MicrosecondsPerMetre = 0.00333564095198152049574L;
+/// Largest receiver clock error read (µs): receivers hold their clock
+/// within 1 ms, and a free-running quartz (1e-6 s/s) gathers 86 ms a day;
+/// 1 s is far beyond both and refuses a value that would move the
+/// reception epochs of the models by kilometres of satellite motion.
+constexpr long double MaxClock_us = 1.0e6L;
 }  // namespace ClkErrns
 
 class ClkErr {
@@ -24,8 +29,10 @@ public:
 
     /// Reads the file named by SetFile: the two head lines (their labels are
     /// required) and every data line as epoch and clock (µs converted to s).
-    /// Blank lines are passed over; a data line that does not hold day,
-    /// second and value ends the run with the framed error naming the line.
+    /// Blank lines are passed over; a data line that does not hold exactly
+    /// day, second and value as finite numbers, or a clock beyond
+    /// ClkErrns::MaxClock_us, ends the run with the framed error naming the
+    /// file and line.
     void ReadFile();
 
     /// Data lines read.

@@ -139,3 +139,86 @@ TEST(RinexWriter, ClockOffsetsFromTheFirstEpochOnAndUnknownColumnsRoundTrip)
     EXPECT_NEAR_LD(g.h.GetInterval(), 30.0f, 1e-6f);
     EXPECT_STOP(f.r.PrintFile("/nonexistent-dir/out.o"), "#### RINEX: Error -> FILE /nonexistent-dir/out.o CAN NOT BE OPENED FOR WRITING ####");
 }
+
+// ---- Values that cannot be data ------------------------------------------
+
+// File text with field k of satellite s at epoch i (written as
+// Value(i, s, k), unique in the file) replaced by 14 columns of v.
+static std::string Put(std::string text, long i, long s, long k, const std::string& v)
+{
+    char was[32];
+    std::snprintf(was, sizeof was, "%14.3f", Value(i, s, k));
+    return text.replace(text.find(was), 14, (std::string(14, ' ') + v).substr(v.size()));
+}
+
+TEST(RinexData, CodeLimitsHoldEverySatelliteInViewButNoBlunder)
+{
+    // Slant range from a receiver at geocentric distance rho to a satellite
+    // at R seen at elevation E: the law of cosines, apart from the limits'
+    // own construction. Receivers at the pole at sea level and on an aircraft
+    // over the equator; clocks of ±1 ms (receiver) and ±0.98 ms (GPS af0).
+    const long double pi = std::acos(-1.0L), clock_m = (1e-3L + 0.98e-3L) * C;
+    const auto slant = [](long double rho, long double R, long double E) {
+        return std::sqrt(R * R - rho * rho * std::cos(E) * std::cos(E)) - rho * std::sin(E);
+    };
+    // Nominal orbit radii; E14 at perigee and apogee; a QZSS IGSO at apogee.
+    const std::pair<SatSystem, long double> inView[] = {{SysGPS, 26.56e6L}, {SysGLN, 25.508e6L}, {SysGAL, 29.6e6L},
+        {SysGAL, 23.717e6L}, {SysGAL, 32.378e6L}, {SysNone, 42.164e6L}, {SysNone, 45.3e6L}};
+    for (const auto& [sys, R] : inView)
+        for (long double rho : {6356.75e3L, 6390.137e3L})
+            for (long double E : {0.0L, pi / 6, pi / 2})
+                for (long double sign : {-1.0L, 1.0L}) {
+                    long double lo, hi;
+                    CodeRangeLimits(sys, lo, hi);
+                    const long double code = slant(rho, R, E) + sign * clock_m;
+                    EXPECT_TRUE(code > lo && code < hi) << sys << " R=" << R << " E=" << E << " code=" << code;
+                }
+    // A geostationary range is no GPS range; blunders fit no system.
+    long double lo, hi;
+    CodeRangeLimits(SysGPS, lo, hi);
+    EXPECT_GT(slant(6371e3L, 42.164e6L, 0.0L), hi);
+    for (int sys = SysGPS; sys <= SysNone; sys++) {
+        CodeRangeLimits(static_cast<SatSystem>(sys), lo, hi);
+        for (long double blunder : {-22.0e6L, 1.0L, 15.0e6L, 50.0e6L}) EXPECT_FALSE(blunder > lo && blunder < hi) << sys << " " << blunder;
+    }
+}
+
+TEST(RinexData, CodesOutOfRangeClearedRepeatedSatellitesDroppedAndReported)
+{
+    // Codes out of range are cleared with their flags; phase and signal
+    // strength have no such bound; the rest of the record stays. A satellite
+    // listed twice keeps its record when the second is an exact copy (G02,
+    // epoch 0) and loses both when they differ (G01, epoch 1).
+    std::string text = File(kNine, {{20, 6, 25, 0, 0, 0.0, {"G01", "R01", "C01", "G02", "G02"}},
+                                     {20, 6, 25, 0, 0, 30.0, {"G01", "R01", "G01"}}});
+    char copy[32];
+    for (long k = 0; k < 9; k++) std::snprintf(copy, sizeof copy, "%.3f", Value(0, 3, k)), text = Put(text, 0, 4, k, copy);
+    const struct { long s, k; std::string v; bool cleared; } cases[] = {
+        {0, 0, "-22000000.000", true}, {0, 6, "123456.789", true}, {1, 0, "40000000.000", true},
+        {2, 0, "40000000.000", false}, {0, 2, "-22000000.000", false}, {1, 3, "-5.000", false}};
+    for (const auto& c : cases) text = Put(text, 0, c.s, c.k, c.v);
+    Capture out(std::cout);
+    const Loaded f(Temp(text));
+    EXPECT_EQ(f.d.CodeOutsideRange, (std::map<short, long>{{1, 2}, {101, 1}}));
+    EXPECT_EQ(f.d.RepeatedRecords, (std::map<short, long>{{1, 2}, {2, 1}}));
+    for (const auto& c : cases) {
+        const matrix<gnssobs>* m = f.d.ObsMatrix(f.h.obs(c.k));
+        if (c.cleared) EXPECT_TRUE((*m)(c.s).IsNull() && (*m)(c.s).GetLli() == 0) << c.v;
+        else EXPECT_NEAR_LD(m ? (*m)(c.s).GetObs() : f.d.S1(c.s).GetObs(), std::stold(c.v), ValueTol) << c.v;
+    }
+    for (long r : {4L, 5L, 7L}) EXPECT_TRUE(f.d.C1(r).IsNull() && f.d.L2(r).IsNull() && f.d.S2(r).IsNull()) << r;
+    EXPECT_NEAR_LD(f.d.L2(3).GetObs(), Value(0, 3, 7), ValueTol);
+    EXPECT_NEAR_LD(f.d.L2(6).GetObs(), Value(1, 1, 7), ValueTol);
+    EXPECT_NEAR_LD(f.d.P1(0).GetObs(), Value(0, 0, 1), ValueTol);
+    EXPECT_NE(out.Text().find("  Code observations outside the range of any GNSS satellite (not used):\n"
+                              "    Satellite: G01    #OBS:        2\n    Satellite: R01    #OBS:        1\n"), std::string::npos);
+    EXPECT_NE(out.Text().find("OUTSIDE THE RANGE OF ANY GNSS SATELLITE - 3 OBSERVATIONS NOT USED!"), std::string::npos);
+    EXPECT_NE(out.Text().find("SATELLITES LISTED TWICE IN ONE EPOCH - 3 RECORDS NOT USED!"), std::string::npos);
+}
+
+TEST(RinexDataDeath, ClockOffsetThatIsNoNumberStops)
+{
+    std::string text = File(kNine, {{20, 6, 25, 0, 0, 0.0, Sats("G", 2), '0', true, -0.000456}});
+    text.replace(text.find("-0.000456000"), 12, "         nan");
+    EXPECT_STOP(Loaded f(Temp(text)), "#### RINEXData: Error -> .*data.o: RECEIVER CLOCK OFFSET \"nan\" IS NOT A NUMBER -> line: 4 ####");
+}

@@ -66,3 +66,39 @@ TEST(RinexHeaderDeath, TooManyTypesOrAnInvalidFirstTimeStop)
     EXPECT_STOP(Read(HLine("  2015    13    23     0     0    0.0000000     GPS", "TIME OF FIRST OBS")),
                 "ymdhms: Error -> MONTH not valid");
 }
+
+// An APPROX POSITION XYZ line at geocentric distance r_m, longitude lon_rad
+// on the equator, or 0, 0, 0.
+static std::string Position(long double r_m, long double lon_rad = 0.0L)
+{
+    char t[64];
+    std::snprintf(t, sizeof t, "%14.4Lf%14.4Lf%14.4Lf", r_m * std::cos(lon_rad), r_m * std::sin(lon_rad), 0.0L);
+    return HLine(t, "APPROX POSITION XYZ");
+}
+
+TEST(RinexHeader, PositionsOnTheEarthAndMonumentEccentricitiesPass)
+{
+    // Not given (zero), on the surface anywhere (the adjustment iterates from
+    // there), at the shell's edges; eccentricities just within their bounds;
+    // label text outside column 60 is a comment read by the atof rule.
+    for (const std::string& line : {Position(0.0L), Position(6378.137e3L, 2.0L), Position(6350.001e3L), Position(6399.999e3L),
+                                    HLine("    99.9990       -9.9990        9.9990", "ANTENNA: DELTA H/E/N"),
+                                    HLine("DELTA nan AS IN ANTENNA: DELTA H/E/N", "COMMENT")}) {
+        const RINEXHeader h = Read(line + HLine("", "END OF HEADER"));
+        EXPECT_TRUE(h.xyz0read || h.neuread) << line;
+    }
+}
+
+TEST(RinexHeaderDeath, FieldsThatAreNoNumberAndPlacesOffTheEarthOrMonumentStop)
+{
+    const std::string delta = "ANTENNA: DELTA H/E/N BEYOND ANY MONUMENT \\(\\|H\\| ABOVE 100 M OR \\|E\\|, \\|N\\| ABOVE 10 M\\) -> line: 2";
+    const std::string off = "APPROX POSITION XYZ IS NOT ON THE EARTH \\(GEOCENTRIC DISTANCE OUTSIDE 6350 TO 6400 KM\\) -> line: 2";
+    const std::pair<std::string, std::string> cases[] = {
+        {HLine("   100.0010        0.0000        0.0000", "ANTENNA: DELTA H/E/N"), delta},
+        {HLine("     0.2160        0.0000      -10.0010", "ANTENNA: DELTA H/E/N"), delta},
+        {Position(6349.999e3L), off}, {Position(6400.001e3L, 1.0L), off}, {Position(12756.0e3L), off},
+        {HLine("  3582105.2910   532589.7313           nan", "APPROX POSITION XYZ"), "\"nan\" IN APPROX POSITION XYZ IS NOT A NUMBER -> line: 2"},
+        {HLine("    30.0x0", "INTERVAL"), "\"30.0x0\" IN INTERVAL IS NOT A NUMBER -> line: 2"}};
+    for (const auto& [line, re] : cases)
+        EXPECT_STOP(Read(HLine("MARK", "MARKER NAME") + line), "#### RINEXHeader: Error -> " + re + " ####") << line;
+}

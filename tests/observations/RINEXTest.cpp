@@ -125,6 +125,8 @@ TEST(RinexRealFiles, ReaderAgreesWithTheScanAndThePublishedCounts)
         for (long i = 1; i < f.d.GetNEpoch(); i++)
             ASSERT_NEAR_LD(f.d.GetMJD(i) - f.d.GetMJD(i - 1), 30.0L, EpochTol_s) << "epoch " << i;
         EXPECT_EQ(f.d.nComment, 0);
+        // Every code is a range from the ground and no satellite repeats.
+        EXPECT_TRUE(f.d.CodeOutsideRange.empty() && f.d.RepeatedRecords.empty());
     }
 }
 
@@ -201,14 +203,24 @@ TEST(RinexBrokenFiles, EachBrokenVariantStopsWithItsFramedErrorButNinetyNineChar
          "LINE 4 LONGER THAN 99 CHARACTERS: READING ENDS THERE(.|\n)*" + kNoEpoch},
         // A count beyond the 341 satellites the buffers hold (read from
         // column 30 on, so it runs into the list); a count above the listed
-        // satellites takes the next epoch's lines as records and the passes
-        // disagree.
+        // satellites takes the next epoch's lines as records, and the next
+        // epoch line is no observation value.
         {"count342.o", Edited([](auto& l) { l[kEpoch1] = l[kEpoch1].substr(0, 30) + "342" + l[kEpoch1].substr(32); }),
          "#### RINEX: Error -> .*SATELLITE COUNT OF EPOCH NOT VALID -> line: 27 ####"},
         {"count42.o", Edited([](auto& l) { l[kEpoch1].replace(30, 2, "42"); }),
-         "#### RINEXData: Error -> EPOCHS OR RECORDS OF RINEX FILE DO NOT AGREE WITH THEIR COUNT ####"},
+         "#### RINEXData: Error -> .*count42.o: D8 OF R19 IS NOT A NUMBER: \" 20  6 25  0  0 \" -> line: 180 ####"},
         {"month13.o", Edited([](auto& l) { l[kEpoch2].replace(4, 2, "13"); }),
-         "\\*\\*\\*\\* ymdhms: Error -> MONTH not valid \\*\\*\\*\\*"}, };
+         "\\*\\*\\*\\* ymdhms: Error -> MONTH not valid \\*\\*\\*\\*"},
+        // Text in a count would turn its records into passed-over lines.
+        {"count3x.o", Edited([](auto& l) { l[kEpoch1].replace(30, 2, "3x"); }),
+         "#### RINEX: Error -> .*count3x.o: SATELLITE COUNT OF EPOCH NOT VALID -> line: 27 ####"},
+        // Values and flags that are no numbers, in the first and third line
+        // of the first record (E01: L1 at column 32, L5 at 16, flags at 46).
+        {"nan.o", Edited([](auto& l) { l[kEpoch1 + 3].replace(32, 14, "           nan"); }),
+         "#### RINEXData: Error -> .*nan.o: L1 OF E01 IS NOT A NUMBER: \"           nan06\" -> line: 30 ####"},
+        {"inf.o", Edited([](auto& l) { l[kEpoch1 + 5].replace(16, 14, "          -inf"); }), "L5 OF E01 IS NOT A NUMBER: .* -> line: 32 ####"},
+        {"text.o", Edited([](auto& l) { l[kEpoch1 + 5].replace(16, 14, " 108371872.7x0"); }), "L5 OF E01 IS NOT A NUMBER: .* -> line: 32"},
+        {"lli.o", Edited([](auto& l) { l[kEpoch1 + 3][46] = 'x'; }), "L1 OF E01 IS NOT A NUMBER: \" 145124050.106x6\" -> line: 30"}, };
     for (const auto& c : cases) EXPECT_STOP(ReadRinex(WriteTemp(c.name, c.text)), c.re) << c.name;
     // Exactly 99 characters is still a line.
     Loaded edge(WriteTemp("edge99.o", Edited([](auto& l) { l[199].resize(99, ' '); })));

@@ -55,6 +55,11 @@ TEST(ClkErrDeath, ForeignHeadLinesDataOrLengthsStop)
         {"l1.clk", "CLOCK FILE: X\nCLOCK REF. SYS. : G\n", Framed("Line 1 of clock file is not >CLOCK ERROR FILE:< line!")},
         {"l2.clk", "CLOCK ERROR FILE: X / 1\nCLOCK SYS. : G\n", Framed("Line 2 of clock file is not >CLOCK REF. SYS. :< line!")},
         {"data.clk", head + "59025 30.000 ****\n", Framed(".*line 4 is not MJD, second of day and clock")},
+        {"nan.clk", head + "59025 30.000 nan\n", Framed(".*nan.clk: line 4 is not MJD, second of day and clock")},
+        {"inf.clk", head + "59025 30.000 -inf\n", Framed(".*inf.clk: line 4 is not MJD, second of day and clock")},
+        {"four.clk", head + "59025 30.000 1.0 2.0\n", Framed(".*four.clk: line 4 is not MJD, second of day and clock")},
+        {"glued.clk", head + "59025 30.000 1.0x\n", Framed(".*glued.clk: line 4 is not MJD, second of day and clock")},
+        {"1s.clk", head + "59025 30.000 1000000.5\n", Framed(".*1s.clk: line 4: receiver clock beyond 1 s")},
     });
     EXPECT_EXIT(Load<ClkErr>("absent_clkerr"), ::testing::ExitedWithCode(1), Framed("RECEIVER CLOCK ERROR FILE absent_clkerr CAN NOT BE OPENED!"));
     EXPECT_EXIT(Written(matrix<mjd>(3), matrix<long double>(2, 1, 0.0L)), ::testing::ExitedWithCode(1),
