@@ -28,6 +28,17 @@ const std::string kProblemLine = "   5          3       0          2020 06 25 00
 static std::string Scratch(const std::string& name) { return orvotest::TempDir() + "/" + name; }
 static std::string Cut(const std::string& file, std::size_t bytes) { return orvotest::ReadFile(file).substr(0, bytes); }
 
+// A scratch copy of the scratch file `base` with the first `from` replaced
+// by `to` (of equal width, so that the columns stay); its name.
+static std::string Edited(const std::string& name, const std::string& base, const std::string& from, const std::string& to) {
+    std::string text = orvotest::ReadFile(Scratch(base));
+    const std::size_t at = text.find(from);
+    EXPECT_TRUE(at != std::string::npos && from.size() == to.size()) << name;
+    if (at != std::string::npos) text.replace(at, from.size(), to);
+    orvotest::WriteTemp(name, text);
+    return name;
+}
+
 // Writes once into the scratch folder the inputs that the cases share and
 // the broken variants cut from the real files.
 static void WriteInputs() {
@@ -169,7 +180,22 @@ const auto kObsF = &Inputs::obs, kSp3F = &Inputs::sp3, kClkF = &Inputs::clk, kGf
            kExtraF = &Inputs::extra;
 
 TEST(Robustness, ObservationFile) {
+    WriteInputs();
+    const std::string firstCode = "  27616185.992 6", header = "        0.2160        0.0000        0.0000  ";
     ExpectOutcomes("obs", {
+        // A code beyond any satellite's range (E01's first C1, which the
+        // Galileo ionosphere-free code uses) is not data: it goes, and the
+        // run says so.
+        {kObsF, Edited("code.20o", "obs.20o", firstCode, " -22000000.000 6"), O::Completes,
+         {"CODE OBSERVATIONS OUTSIDE THE RANGE OF ANY GNSS SATELLITE - 1 OBSERVATIONS NOT USED!"}},
+        {kObsF, Edited("nan.20o", "obs.20o", firstCode, "           nan 6"), O::Fails, {"C1 OF E01 IS NOT A NUMBER.*line: 30"}},
+        // G05 listed as a second G02 in the first epoch: neither record can
+        // be told to be G02's.
+        {kObsF, Edited("twice.20o", "obs.20o", "G02G05", "G02G02"), O::Completes,
+         {"SATELLITES LISTED TWICE IN ONE EPOCH - 2 RECORDS NOT USED!"}},
+        {kObsF, Edited("height.20o", "obs.20o", header, "      150.2160        0.0000        0.0000  "), O::Fails,
+         {"ANTENNA: DELTA H/E/N BEYOND ANY MONUMENT.*line: 17"}},
+        {kObsF, Edited("space.20o", "obs.20o", "  5232754.8054", " 15232754.8054"), O::Fails, {"APPROX POSITION XYZ IS NOT ON THE EARTH.*line: 18"}},
         {kObsF, "empty", O::Fails, {"NUMBER OF EPOCH IN RINEX FILE NOT DETERMINED"}},
         {kObsF, "obs_cut.20o", O::Fails, {"RINEX FILE ENDS INSIDE THE EPOCH OF LINE"}},
         {kObsF, "obs_cutvalue.15o", O::Fails, {"RINEX FILE ENDS INSIDE AN OBSERVATION VALUE"}},
@@ -247,6 +273,7 @@ TEST(Robustness, Options) {
         // A cut-off above every satellite, or a code combination that one of
         // the systems asked for lacks: no observation enters, and a report of
         // the a-priori position would read as a result.
+        {kExtraF, "-ft0", O::Fails, {"NO OBSERVATION ENTERED THE STATIC SOLUTION - NO OBSERVATION OF THE CHOSEN TYPES LEFT"}},
         {kExtraF, "-me89", O::Fails, {"NO OBSERVATION ENTERED THE STATIC SOLUTION - NO SATELLITE ABOVE THE ELEVATION CUT-OFF"}},
         {kSysF, "E -lPp3,L3", O::Fails, {"NO OBSERVATION ENTERED THE STATIC SOLUTION - NO OBSERVATION OF THE CHOSEN TYPES LEFT"}},
         // A result file in place of an input, or in a missing folder.
