@@ -243,7 +243,8 @@ TEST(RealRunBadInput, RunsThatUseNoObservationEndWithTheirReason) {
         std::string args, message;
     } rows[] = {{"cutoff89", Args(obs, "GE") + " -me89", entered + "NO SATELLITE ABOVE THE ELEVATION CUT-OFF"},
                 {"otherday", "-r" + obs + " -ep" + orvotest::Data("zimm-2015-235/igs18590.sp3") + " -csG -lPc3,L3 -xSTA",
-                 entered + "NO ORBIT OR CLOCK FOR THE OBSERVATION EPOCHS"},
+                 "PRECISE ORBIT FILE " + orvotest::Data("zimm-2015-235/igs18590.sp3") + " SPANS 2015-08-23 00:00:00.0 TO 2015-08-23 23:45:00.0, THE OBSERVATIONS "
+                 "2020-06-25 00:00:00.0 TO 2020-06-25 01:59:30.0 - NO OBSERVATION EPOCH WITHIN THE PRODUCT"},
                 {"nocode", Args(obs, "E", "Pp3") + " -lPp3", entered + "NO OBSERVATION OF THE CHOSEN TYPES LEFT"},
                 {"fivecodes", "-r" + CutObs("five.20o", 1, fiveGps) + " -ep" + kSp3 + " -ec" + kClk + " -csG -lPc3 -xSTA",
                  "NO REDUNDANT OBSERVATIONS IN STATIC SOLUTION"}};
