@@ -12,6 +12,7 @@
 #include "numerics/FieldText.h"
 #include "numerics/ProgramError.h"
 #include "numerics/cfilef.h"
+#include "orbits/GPSbEph.h"
 
 using fieldtext::CopyTrimmedField;
 using fieldtext::FortranNumber;
@@ -108,6 +109,10 @@ long GLNbEph::CountNav()
 void GLNbEph::ReadFile()
 {
     if (!FileExists(navig)) GLNbEphError("GLONASS NAVIGATION FILE CAN NOT BE OPENED!");
+    const std::string v3 = Rinex3NavigationVersion(navig);
+    if (!v3.empty())
+        GLNbEphError(std::string(navig) + ": RINEX " + v3
+                     + " NAVIGATION FILE - ONLY RINEX 2 NAVIGATION FILES CAN BE READ!");
     nsatall = CountNav();
     rdata.SetNRecords(nsatall);
     std::ifstream in(navig);

@@ -75,9 +75,9 @@ public:
     void SetFile(const char* file);
     /// Reads header and records in two passes (count, then fill). Record
     /// epochs (UTC in the file) are moved to GPS time by LeapSecond. A file
-    /// that does not open, has no END OF HEADER or ends inside a record
-    /// ends the run with GLNbEphError; a record epoch off whole minutes is
-    /// warned of and kept.
+    /// that does not open, has no END OF HEADER, ends inside a record or is
+    /// a RINEX 3 file ends the run with GLNbEphError; a record epoch off
+    /// whole minutes is warned of and kept.
     void ReadFile();
     /// Records read.
     long GetNSat() const { return nsatall; }

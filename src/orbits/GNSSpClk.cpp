@@ -9,6 +9,7 @@
 
 #include "geodesy/TimeConverse.h"
 #include "geodesy/ymdhms.h"
+#include "numerics/FieldText.h"
 #include "numerics/ProgramError.h"
 #include "orbits/SatelliteNumber.h"
 
@@ -172,6 +173,7 @@ void GNSSpClk::CheckData(std::istream& in)
 
 void GNSSpClk::ReadFileData()
 {
+    namespace ns = GNSSpClkns;
     std::ifstream in(clkfile);
     std::string line;
     long lineNo = 0;
@@ -180,8 +182,9 @@ void GNSSpClk::ReadFileData()
         ++lineNo;
     } while (!Holds(line, "END OF HEADER"));
 
-    long ieph = -1;
+    long ieph = -1, firstRefused = 0;
     std::string previous;
+    refused.clear();
     while (NextLine(in, line)) {
         ++lineNo;
         if (line.compare(0, 2, "AS") != 0) continue;
@@ -202,11 +205,31 @@ void GNSSpClk::ReadFileData()
                 Fail(lineNo, "epochs are not in increasing time order");
         }
         previous = date;
+        // A blank bias is no zero clock, and "nan" would carry into every
+        // range of the satellite. A line cut in the last exponent digit
+        // passes the length test but leaves a normalised mantissa of 0.1 or
+        // more: the clock bound refuses it.
+        const std::string field = fieldtext::TrimmedField(line, posDate + ns::BiasFieldStart, ns::BiasFieldWidth);
+        long double bias = 0.0L;
+        if (!fieldtext::ToLongDouble(field, bias))
+            Fail(lineNo, "clock bias \"" + field + "\" is not a number");
         const int prn = std::atoi(line.c_str() + 4);
         const short s = PreciseSatelliteNumber(line[3], prn);
         // A satellite the header doesn't list has no column.
-        if (s < 0 || s >= GNSSpClkns::NSatIx || satIx(s) < 0) continue;
-        SatClk(ieph, satIx(s)) = std::strtold(line.c_str() + posDate + 30, nullptr);
+        if (s < 0 || s >= ns::NSatIx || satIx(s) < 0) continue;
+        if (std::fabs(bias) > ns::MaxSatClock_s) {
+            if (refused.empty()) firstRefused = lineNo;
+            ++refused[s];
+            continue;
+        }
+        SatClk(ieph, satIx(s)) = bias;
+    }
+    if (!refused.empty()) {
+        long n = 0;
+        for (const auto& r : refused) n += r.second;
+        ProgramWarningCout("Orvo", std::string("RINEX CLOCK FILE ") + clkfile + ": " + std::to_string(n)
+                                       + " CLOCK VALUES BEYOND 0.1 S REFUSED AS MISSING, THE FIRST IN LINE "
+                                       + std::to_string(firstRefused) + "!");
     }
 }
 

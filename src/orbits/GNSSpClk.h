@@ -4,6 +4,7 @@
 // nodes around the current epoch index.
 #include <cstddef>
 #include <istream>
+#include <map>
 #include <string>
 
 #include "geodesy/mjd.h"
@@ -27,9 +28,19 @@ constexpr long double MaxExtrapolation_s = 1.0L;
 /// Four nodes whose spacing differs from the file's interval by more than
 /// this (s) straddle a gap: the cubic of equal spacing does not hold there.
 constexpr long double SpacingTol_s = 1e-3L;
-/// End of the clock bias field of an AS record, counted from the date's
-/// first column: date 26, count 3, blanks 2, bias E19.12.
+/// Shortest AS record, counted from the date's first column: date 26,
+/// count 3, blanks 2, bias E19.12 (some writers add a blank before it).
 constexpr std::size_t BiasFieldEnd = 50;
+/// Start and width of the clock bias field, counted likewise: writers
+/// differ by a blank in where the E19.12 bias ends, and a sigma that may
+/// follow starts with a blank (it is never negative).
+constexpr std::size_t BiasFieldStart = 30, BiasFieldWidth = 21;
+/// A satellite clock beyond this (s) is no clock: the widest clock field
+/// any system broadcasts is Galileo's af0 (31 bits of 2^-34 s, +-62.5 ms),
+/// GPS, GLONASS and BeiDou end below 2 ms, and precise products follow the
+/// same clocks. Such a value is refused as missing; it would put the range
+/// 30 000 km off.
+constexpr long double MaxSatClock_s = 0.1L;
 }  // namespace GNSSpClkns
 
 class GNSSpClk {
@@ -44,8 +55,11 @@ public:
     /// list, all AS records (seconds), the epochs and the smallest epoch
     /// spacing. A file that isn't a RINEX clock file, is cut in its header,
     /// holds fewer than four epochs or epochs out of time order ends the run
-    /// with the framed error. AS records of satellites outside the header's
-    /// list are passed over.
+    /// with the framed error, as does an AS record whose clock bias is
+    /// blank, not a number or infinite (file and line named). AS records of
+    /// satellites outside the header's list are passed over. A bias beyond
+    /// MaxSatClock_s is refused (the row stays without a value), counted per
+    /// satellite and warned about on the output stream with its first line.
     void ReadFile();
 
     /// Full search: EpochIx becomes the last epoch not after reph (0 before
@@ -63,6 +77,12 @@ public:
     long GetNEpoch() const { return nepoch; }
     /// Satellites of the header list.
     short GetNSatList() const { return nsat; }
+    /// Epoch i of the file.
+    mjd GetMJD(long i) const { return epoch(i); }
+    /// The file name given to SetFile.
+    const char* GetFile() const { return clkfile; }
+    /// Clock values refused by MaxSatClock_s, per satellite number.
+    const std::map<short, long>& GetRefused() const { return refused; }
 
     /// Clock (s) of satellite prn (shared numbering) at reph from the four
     /// rows chosen by the current EpochIx, spaced by the file interval. On
@@ -105,4 +125,5 @@ private:
     std::size_t posDate;
     // Header lines, counted so the data pass can name its line numbers.
     long nHeaderLines;
+    std::map<short, long> refused;
 };

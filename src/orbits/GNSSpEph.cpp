@@ -9,7 +9,9 @@
 
 #include "geodesy/TimeConverse.h"
 #include "geodesy/ymdhms.h"
+#include "numerics/FieldText.h"
 #include "numerics/ProgramError.h"
+#include "orbits/GNSSpClk.h"
 #include "orbits/SatelliteNumber.h"
 
 namespace {
@@ -207,13 +209,32 @@ void GNSSpEph::ReadFileData()
         ++lineNo;
     }
 
+    // Velocity and correlation lines follow their position line; velocities
+    // come from the derivative of the position polynomial instead.
+    auto nextData = [&](const std::string& missing) {
+        do {
+            if (!NextLine(in, line)) Fail(lineNo + 1, missing);
+            ++lineNo;
+        } while (!line.empty() && (line[0] == 'V' || StartsWith(line, "EP") || StartsWith(line, "EV")));
+    };
+    // A blank field is no zero and "nan" no coordinate: either would reach
+    // every range of the satellite.
+    auto field = [&](std::size_t pos, const char* what) {
+        const std::string f = fieldtext::TrimmedField(line, pos, 14);
+        long double v = 0.0L;
+        if (!fieldtext::ToLongDouble(f, v))
+            Fail(lineNo, std::string(what) + " \"" + f + "\" is not a number");
+        return v;
+    };
+    long firstRefused = 0;
+    refused.clear();
+
     // Epochs are stored equally spaced from the header's start; the epoch
     // line is checked against that, so that a gap can't shift every later
     // block by one interval unnoticed. 1 µs: the lines give 1e-8 s.
     constexpr long double EpochMatch_s = 1e-6L;
     for (long i = 0; i < nepoch; ++i) {
-        if (!NextLine(in, line)) Fail(lineNo + 1, "file ends before epoch " + std::to_string(i + 1));
-        ++lineNo;
+        nextData("file ends before epoch " + std::to_string(i + 1));
         if (line.empty() || line[0] != '*') Fail(lineNo, "epoch line (\"*\") expected");
         unsigned short y = 0, mo = 0, d = 0, h = 0, mi = 0;
         long double s = 0.0L;
@@ -227,30 +248,37 @@ void GNSSpEph::ReadFileData()
         StartEpoch += interval;
 
         for (long j = 0; j < nsat; ++j) {
-            if (!NextLine(in, line))
-                Fail(lineNo + 1, "file ends in the records of epoch " + std::to_string(i + 1));
-            ++lineNo;
+            nextData("file ends in the records of epoch " + std::to_string(i + 1));
             if (line.size() < 4) Fail(lineNo, "record line too short");
             const long indx = j + static_cast<long>(nsat) * i;
             sat(indx) = SatelliteAt(line, 1);
             // Interpolation addresses records by header slot, so a record
-            // out of that order (or a velocity line) would lend one
-            // satellite's orbit to another.
+            // out of that order would lend one satellite's orbit to another.
             if (sat(indx) != satList(j))
                 Fail(lineNo, "record of satellite " + std::to_string(sat(indx))
                                  + " where the header order has " + std::to_string(satList(j)));
             if (line[0] != 'P') continue;
             if (line.size() < 60) Fail(lineNo, "position record shorter than 60 characters");
             xyzt& p = sPos(indx);
-            p.x = NumberAt(line, 4, 14) * 1000.0L;
-            p.y = NumberAt(line, 18, 14) * 1000.0L;
-            p.z = NumberAt(line, 32, 14) * 1000.0L;
-            const long double clk_us = NumberAt(line, 46, 14);
+            p.x = field(4, "x coordinate") * 1000.0L;
+            p.y = field(18, "y coordinate") * 1000.0L;
+            p.z = field(32, "z coordinate") * 1000.0L;
+            const long double clk_us = field(46, "clock");
             p.dt = clk_us * 1e-6L;
             xyzt& sg = sPosSig(indx);
             // The "no clock" mark is kept as 999999 s, far beyond the 0.9 s
             // that the interpolation takes as missing.
-            if (line.size() > 60 && std::fabs(clk_us - 999999.0L) < 2.0L) {
+            const bool noClock = std::fabs(clk_us - GNSSpEphns::NoClock_us) < 2.0L;
+            const long double r = std::hypot(p.x, p.y, p.z);
+            const bool empty = std::fabs(p.x) + std::fabs(p.y) + std::fabs(p.z) < GNSSpEphns::EmptyNode_m;
+            const bool badPos = !empty && (r < GNSSpEphns::MinOrbitRadius_m || r > GNSSpEphns::MaxOrbitRadius_m);
+            const bool refuse = badPos || (!noClock && std::fabs(p.dt) > GNSSpClkns::MaxSatClock_s);
+            if (refuse) {
+                if (refused.empty()) firstRefused = lineNo;
+                ++refused[sat(indx)];
+                if (badPos) p.x = p.y = p.z = 0.0L;
+            }
+            if (noClock || refuse) {
                 p.dt = 999999.0L;
                 sg = xyzt();
                 continue;
@@ -260,6 +288,14 @@ void GNSSpEph::ReadFileData()
             sg.z = line.size() > 68 ? std::pow(posBase, NumberAt(line, 67, 2)) * 0.001L : 0.0L;
             sg.dt = line.size() > 72 ? std::pow(clkBase, NumberAt(line, 70, 3)) * 1e-12L : 0.0L;
         }
+    }
+    if (!refused.empty()) {
+        long n = 0;
+        for (const auto& r : refused) n += r.second;
+        ProgramWarningCout("Orvo", std::string("PRECISE ORBIT FILE ") + sp3file + ": " + std::to_string(n)
+                                       + " NODES OUTSIDE THE ORBIT SHELLS OR WITH CLOCKS BEYOND 0.1 S"
+                                         " REFUSED AS MISSING, THE FIRST IN LINE "
+                                       + std::to_string(firstRefused) + "!");
     }
 }
 
@@ -302,7 +338,8 @@ void GNSSpEph::Interpolate(unsigned short sati, const mjd& ephCalc, xyzt& psat, 
 
     long isatList = -1;
     for (long k = 0; k < nsat; ++k)
-        if (satList(k) == static_cast<short>(sati)) { isatList = k; break; }
+        if (satList(k) >= 0 && satList(k) == static_cast<short>(sati)) { isatList = k; break; }
+    NodeMissing = false;
     OutOfSpan = epoch(0) - ephCalc > GNSSpEphns::MaxExtrapolation_s
                 || ephCalc - epoch(nepoch - 1) > GNSSpEphns::MaxExtrapolation_s;
     if (isatList < 0 || OutOfSpan) {
@@ -337,6 +374,7 @@ void GNSSpEph::Interpolate(unsigned short sati, const mjd& ephCalc, xyzt& psat, 
         if (std::fabs(node.x) + std::fabs(node.y) + std::fabs(node.z) < GNSSpEphns::EmptyNode_m) {
             PSisOK = false;
             DTisOK = false;
+            NodeMissing = true;
             return;
         }
         long double pxi = 1.0L, pxvi = 1.0L, pvi = 0.0L;

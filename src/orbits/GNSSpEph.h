@@ -3,6 +3,7 @@
 // satellite and epoch by a 14-node Lagrange polynomial for position and
 // velocity and a 4-node one for the clock, with the signal's light time
 // solved when a receiver position is given.
+#include <map>
 #include <string>
 
 #include "geodesy/mjd.h"
@@ -23,9 +24,19 @@ constexpr long double MaxExtrapolation_s = 1.0L;
 /// A node whose |x|+|y|+|z| is below this (m) is an empty record: no
 /// satellite of any system orbits within a metre of the geocentre.
 constexpr long double EmptyNode_m = 1.0L;
-/// A clock node above this (s) is the 999999 "no value" mark, read either
-/// as 999999 or, from a line without accuracy fields, as almost 1 s.
+/// A clock node above this (s) holds no value: the reader stores the
+/// 999999 "no value" mark and every refused clock as 999999 s.
 constexpr long double MaxClock_s = 0.9L;
+/// The "no value" mark of an SP3 clock (µs).
+constexpr long double NoClock_us = 999999.0L;
+/// Geocentric distances (m) between which a satellite can be. The lowest
+/// of any GNSS is the perigee of Galileo E14 and E18 in their eccentric
+/// orbits (a = 27 978 km, e = 0.16: 23 450 km), GLONASS flies at 25 500 km;
+/// the highest is the apogee of the inclined geosynchronous QZSS orbit
+/// (a = 42 164 km, e = 0.075: 45 300 km). 3 000 and 5 000 km of margin
+/// still refuse a position off by a factor of ten or written in metres.
+constexpr long double MinOrbitRadius_m = 20.0e6L;
+constexpr long double MaxOrbitRadius_m = 50.0e6L;
 /// Convergence of the light-time iteration (m of range).
 constexpr long double LightTimeThres_m = 1e-5L;
 /// Light-time iterations allowed before the warning; three or four suffice.
@@ -49,9 +60,15 @@ public:
 
     /// Reads the whole SP3 file named by SetFile: header, all position
     /// records (km and µs converted to m and s) and the Lagrange
-    /// denominators. A file that does not open, is cut short, announces
-    /// fewer than 14 epochs, or whose records leave the header's satellite
-    /// order or its epoch spacing ends the run with the framed error.
+    /// denominators; velocity (V) and correlation (EP, EV) lines are passed
+    /// over. A file that does not open, is cut short, announces fewer than
+    /// 14 epochs, whose records leave the header's satellite order or its
+    /// epoch spacing, or that holds a blank or non-numeric coordinate or
+    /// clock ends the run with the framed error naming the line. A node
+    /// outside MinOrbitRadius_m..MaxOrbitRadius_m (position and clock) or
+    /// with a clock beyond GNSSpClkns::MaxSatClock_s (clock only) is
+    /// refused as missing, counted per satellite and warned about on the
+    /// output stream with its first line.
     void ReadFile();
 
     /// Epochs announced by the header (and read).
@@ -76,6 +93,10 @@ public:
     long double GetClockBase() const { return clkBase; }
     /// Epoch of data block i, on the file's time scale.
     mjd GetMJD(long i) const { return epoch(i); }
+    /// The file name given to SetFile.
+    const char* GetFile() const { return sp3file; }
+    /// Nodes refused at reading, per satellite number.
+    const std::map<short, long>& GetRefused() const { return refused; }
 
     /// Interpolates satellite sati (shared numbering) at ephCalc: position
     /// (m) and clock (s) into psat, velocity (m/s, dt 0) into vsat. Sets
@@ -109,6 +130,9 @@ public:
     /// True when the last call asked for an epoch beyond the file's span
     /// (MaxExtrapolation_s).
     bool OutOfSpan = false;
+    /// True when the position of the last call failed on a node that the
+    /// file leaves empty or the reader refused.
+    bool NodeMissing = false;
 
 private:
     void CountSomeLines();
@@ -145,4 +169,5 @@ private:
     // Epoch lines ('*') found in the file, so that the header's count is
     // checked before anything is allocated.
     long nEpochLines;
+    std::map<short, long> refused;
 };

@@ -154,9 +154,21 @@ long GPSbEph::CountNav()
     return (lines + GPSbEphns::NLinesRecord - 1) / GPSbEphns::NLinesRecord;
 }
 
+std::string Rinex3NavigationVersion(const char* path)
+{
+    std::ifstream in(path);
+    std::string line;
+    if (!fieldtext::NextLine(in, line) || !HoldsLabel(line, "RINEX VERSION / TYPE")) return "";
+    return FortranNumber(line, 0, 9) >= 3.0L ? fieldtext::TrimmedField(line, 0, 9) : "";
+}
+
 void GPSbEph::ReadFile()
 {
     if (!FileExists(navig)) GPSbEphError("GPS NAVIGATION FILE CAN NOT BE OPENED!");
+    const std::string v3 = Rinex3NavigationVersion(navig);
+    if (!v3.empty())
+        GPSbEphError(std::string(navig) + ": RINEX " + v3
+                     + " NAVIGATION FILE - ONLY RINEX 2 NAVIGATION FILES CAN BE READ!");
     nsatall = CountNav();
     gdata.SetNRecords(static_cast<unsigned long>(nsatall));
     std::ifstream in(navig);

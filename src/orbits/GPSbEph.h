@@ -96,7 +96,8 @@ public:
     /// Reads header and records in two passes (count, then fill). A file
     /// that does not open, has no END OF HEADER, ends inside a record or
     /// holds a satellite field of no known system ends the run with the
-    /// framed error; records of a satellite out of time order are warned of.
+    /// framed error, as does a RINEX 3 file (named, with its version);
+    /// records of a satellite out of time order are warned of.
     void ReadFile();
     /// Records read.
     long GetNSat() const { return nsatall; }
@@ -172,6 +173,12 @@ private:
 
 /// Framed error of the reader on the output stream; ends the run with 1.
 [[noreturn]] void GPSbEphError(const std::string& text);
+
+/// The version text (columns 1-9) of a navigation file whose first line is
+/// its "RINEX VERSION / TYPE" record with a version of 3 or later, whose
+/// records (system letters, four-digit years, 4X continuation lines) the
+/// RINEX 2 readers would take for none or for wrong ones; empty otherwise.
+std::string Rinex3NavigationVersion(const char* path);
 /// Framed warning of the reader on the output stream.
 void GPSbEphWarning(const std::string& text);
 /// Framed error and warning of the record table.

@@ -46,8 +46,14 @@ void SetGlonassFrequency(gCPosC& gc);
 /// the solid tide; the solid tide (SETIDE), pole tide (isPTide, PTIDE) and
 /// ocean loading (isOTide, OTIDE) enter projected on the line of sight. A
 /// system with a navigation file takes its satellites from it, usable while
-/// the chosen record is healthy; otherwise the precise products decide. A record
-/// without orbit or clock keeps the start values with OKSAT false. With
+/// the chosen record is healthy; otherwise the precise products decide, the
+/// clock coming from the clock file alone when one is read (isPclk), else
+/// from the orbit file. A record without orbit or clock keeps the start
+/// values with OKSAT false; those beyond the orbit file, on its missing or
+/// refused nodes, or without a clock are listed per satellite on the output
+/// stream, each kind closed by a warning with its total. An orbit or clock
+/// file whose span holds no observation epoch ends the run with the framed
+/// error naming it and both spans, before anything is computed. With
 /// isSkyPlot writes epoch, satellite, elevation and azimuth (degrees) per
 /// record with an orbit to skyplotfile; a file that does not open ends the
 /// run before anything is computed.

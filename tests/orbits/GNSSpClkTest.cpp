@@ -50,6 +50,14 @@ long double ClockAt(GNSSpClk& c, short prn, mjd t, long double dt = 0.0L) { retu
 
 GNSSpClk& Grg() { return Shared<GNSSpClk>(kClk); }
 
+// The clock file of epochs 0..7 with G05's bias at epoch 3 written as text.
+std::string WithG05Bias(const std::string& name, const std::string& bias)
+{
+    std::string f = Join(kText.header);
+    for (long e = 0; e < 8; ++e) for (std::string l : kText.epochs.at(e)) f += (e == 3 && l.compare(3, 3, "G05") == 0 ? l.replace(40, 19, bias) : l) + "\n";
+    return WriteTemp(name, f);
+}
+
 }  // namespace
 
 // Between nodes the cubic through the four rows equals the Lagrange
@@ -134,7 +142,7 @@ TEST(GNSSpClk, EpochIndexSearchesAndTheirWarnings)
         }
 }
 
-TEST(GNSSpClk, MissingRowsAndUnknownSatellitesGiveNoClock)
+TEST(GNSSpClk, MissingOrImpossibleRowsAndUnknownSatellitesGiveNoClock)
 {
     long missing = -1;
     for (long k = 0; k < 2880; ++k) missing = std::isnan(Value(k, "G21")) ? k : missing;
@@ -160,6 +168,16 @@ TEST(GNSSpClk, MissingRowsAndUnknownSatellitesGiveNoClock)
         }
     const auto foreign = Load<GNSSpClk>(orvotest::WriteTemp("foreign.clk", Join(lines)));
     EXPECT_EQ(ClockAt(*foreign, 1, Epoch(3)), Value(3, "G01"));
+    // A bias beyond 0.1 s is refused as missing, counted and warned with its
+    // line; the other satellites keep their values.
+    std::size_t line = kText.header.size() + kText.epochs[0].size() + kText.epochs[1].size() + kText.epochs[2].size();
+    for (const std::string& l : kText.epochs[3]) if (++line, l.compare(3, 3, "G05") == 0) break;
+    for (const auto& [bias, refused] : {std::pair{" 0.100001000000E+00", true}, {"-0.999990000000E-01", false}}) {
+        orvotest::Capture out(std::cout); const auto c = Load<GNSSpClk>(WithG05Bias("bound.clk", bias));
+        EXPECT_EQ(out.Text().find("1 CLOCK VALUES BEYOND 0.1 S REFUSED AS MISSING, THE FIRST IN LINE " + std::to_string(line) + "!") != std::string::npos, refused);
+        EXPECT_TRUE(c->GetRefused().size() == (refused ? 1u : 0u) && (ClockAt(*c, 5, Epoch(3)), c->DTisOK != refused)) << bias;
+        EXPECT_NEAR_LD(ClockAt(*c, 6, Epoch(3)), Value(3, "G06"), NodeTol_s);
+    }
 }
 
 // The 3.04 layout: label at column 65 and type at 21, sixteen satellites a
@@ -229,6 +247,9 @@ TEST(GNSSpClkDeath, ForeignFirstLinesAndCutOrShortFilesStop)
         {"three.clk", ClockFileOf({0, 1, 2}), Framed(".*fewer than four epochs of AS records \\(3\\)")},
         {"cutrec.clk", cutRec.substr(0, cutRec.rfind("AS ") + 30) + "\n", Framed(".*line [0-9]+: AS record too short")},
         {"order.clk", ClockFileOf({0, 1, 3, 2, 4}), Framed(".*epochs are not in increasing time order")},
+        // A blank bias is no zero, and "nan" no clock.
+        {"blank.clk", orvotest::ReadFile(WithG05Bias("b.clk", std::string(19, ' '))), Framed(".*line [0-9]+: clock bias \"\" is not a number")},
+        {"nan.clk", orvotest::ReadFile(WithG05Bias("n.clk", std::string(16, ' ') + "nan")), Framed(".*line [0-9]+: clock bias \"nan\" is not a number")},
     });
     EXPECT_EXIT(Load<GNSSpClk>(orvotest::TempDir() + "/absent.clk"), ::testing::ExitedWithCode(1),
                 Framed("RINEX CLOCK FILE .*absent.clk CAN NOT BE OPENED!"));

@@ -196,10 +196,10 @@ TEST(GNSSpEph, ConsecutiveDaysMeetWithoutExtrapolating)
     }
 }
 
-TEST(GNSSpEph, MissingClocksAndEmptyNodesInvalidateTheirWindows)
+TEST(GNSSpEph, MissingOrRefusedNodesInvalidateTheirWindows)
 {
-    // igs18586: every G04 clock is 999999.999999 in a 60-character line,
-    // which reads as 0.999999999999 s; G04 has clocks again from block 35.
+    // igs18586: every G04 clock is 999999.999999 in a 60-character line, a
+    // mark without accuracy fields; G04 has clocks again from block 35.
     GNSSpEph& e = Shared<GNSSpEph>(kIgs234); const struct { int sat; long k; bool clockOK; } marks[] = {{4, 30, false}, {5, 30, true}, {4, 60, true}};
     for (const auto& m : marks) EXPECT_TRUE((StateAt(e, m.sat, m.k, 300.0L), e.PSisOK && e.DTisOK == m.clockOK)) << m.sat;
     // A mark in an 80-character line (with accuracy codes) is stored as
@@ -218,6 +218,23 @@ TEST(GNSSpEph, MissingClocksAndEmptyNodesInvalidateTheirWindows)
     }
     xyz rec = kMarker; xyzt p, v; mjd t = Plus(m->GetMJD(40), 10.0L);
     EXPECT_EQ(m->CalcSatPosition(5, t, rec, p, v), -1.0L);
+    // G05 at node 40 moved to geocentric distance r_km (0: where it is) with
+    // clock clk_us: refused below 20 000 km, above 50 000 km (the clock goes
+    // with it) or with a clock beyond 0.1 s; the "no value" mark is none.
+    const struct { long double r_km, clk_us; bool refused, posOK, clkOK; } rows[] = {
+        {19990.0L, 1.0L, true, false, false}, {20010.0L, 1.0L, false, true, true}, {49990.0L, 1.0L, false, true, true},
+        {50010.0L, 1.0L, true, false, false}, {0.0L, 100001.0L, true, true, false}, {0.0L, -99999.0L, false, true, true},
+        {0.0L, 999999.999999L, false, true, false}};
+    std::size_t at = EpochLine(kGrgLines, 40); while (kGrgLines[at].compare(0, 4, "PG05") != 0) ++at;
+    const xyzt n = FileNode(40, 5);
+    for (const auto& r : rows) {
+        std::vector<std::string> l = kGrgLines; char q[80]; const long double s = r.r_km > 0.0L ? r.r_km / n.GetLength() : 1e-3L;
+        std::snprintf(q, sizeof q, "PG05%14.6Lf%14.6Lf%14.6Lf%14.6Lf", n.x * s, n.y * s, n.z * s, r.clk_us), l[at] = q;
+        orvotest::Capture out(std::cout); const auto g = Load<GNSSpEph>(WriteTemp("node.sp3", Join(l))); StateAt(*g, 5, 40, 450.0L);
+        EXPECT_TRUE(g->PSisOK == r.posOK && g->DTisOK == r.clkOK && g->GetRefused().size() == (r.refused ? 1u : 0u)) << q;
+        EXPECT_EQ(r.refused, out.Text().find("1 NODES OUTSIDE THE ORBIT SHELLS OR WITH CLOCKS BEYOND 0.1 S REFUSED AS MISSING, THE FIRST IN LINE "
+                                             + std::to_string(at + 1) + "!") != std::string::npos) << out.Text();
+    }
 }
 
 TEST(GNSSpEphDeath, MissingTruncatedForeignOrMisorderedFilesStop)
@@ -225,6 +242,8 @@ TEST(GNSSpEphDeath, MissingTruncatedForeignOrMisorderedFilesStop)
     const std::vector<std::string>& l = kGrgLines;
     std::vector<std::string> shortRec = l, swapped = l, few(l.begin(), l.begin() + EpochLine(l, 10)), gap = few;
     shortRec[EpochLine(l, 3) + 2].resize(40);
+    std::vector<std::string> blank = l, nan = l;
+    blank[EpochLine(l, 7) + 2].replace(4, 14, 14, ' '), nan[EpochLine(l, 7) + 3].replace(46, 14, "           nan");
     // Two records swapped: the slot order would lend E01's orbit to E02.
     std::swap(swapped[EpochLine(l, 5) + 1], swapped[EpochLine(l, 5) + 2]);
     // A missing block whose successor's epoch line no longer fits the spacing.
@@ -237,10 +256,38 @@ TEST(GNSSpEphDeath, MissingTruncatedForeignOrMisorderedFilesStop)
         {"cut20.sp3", Join(l, 20), Framed(".*header announces 96 epochs, the file holds 0")},
         {"cut95.sp3", Join(l, EpochLine(l, 95) + 10), Framed(".*file ends in the records of epoch 96")},
         {"short.sp3", Join(shortRec), Framed(".*line [0-9]+: position record shorter than 60")},
+        // A blank field is no zero, and "nan" no clock.
+        {"blank.sp3", Join(blank), Framed(".*line " + std::to_string(EpochLine(l, 7) + 3) + ": x coordinate \"\" is not a number")},
+        {"nan.sp3", Join(nan), Framed(".*line " + std::to_string(EpochLine(l, 7) + 4) + ": clock \"nan\" is not a number")},
         {"swap.sp3", Join(swapped), Framed(".*record of satellite 202 where the header order has 201")},
         {"gap.sp3", Join(gap), Framed(".*not the header's start plus a whole number of intervals")},
         {"foreign.sp3", "     3.00           C\nsomething else\n*\n", Framed(".*first line is not an SP3 header line")},
         {"few.sp3", Join(few), Framed(".*fewer than 14 epochs")},
     });
     EXPECT_EXIT(Load<GNSSpEph>("none.sp3"), ::testing::ExitedWithCode(1), Framed("PRECISE ORBIT FILE none.sp3 CAN NOT BE OPENED!"));
+}
+
+TEST(GNSSpEph, VelocityLinesAndForeignSystemsLeaveTheRecordsAsRead)
+{
+    // A position-velocity file ('V' flag, a V line behind each P line) holds
+    // the same nodes. An I01 listed and recorded just before G01, with G02's
+    // values, is passed over: G01 keeps its orbit and clock to the last bit.
+    std::vector<std::string> vel, foreign; std::string list;
+    for (std::size_t i = 2; i < 7; ++i) list += kGrgLines[i].substr(9, 51);
+    list.insert(list.find("G01"), "I01");
+    for (std::size_t i = 0; i < kGrgLines.size(); ++i) {
+        const std::string& l = kGrgLines[i];
+        vel.push_back(i == 0 ? l.substr(0, 2) + "V" + l.substr(3) : l);
+        if (l[0] == 'P') vel.push_back("V" + l.substr(1));
+        if (l.compare(0, 4, "PG01") == 0) foreign.push_back("PI01" + kGrgLines[i + 1].substr(4));
+        foreign.push_back(i < 2 || i > 6 ? l : (i == 2 ? "+   76   " : "+        ") + list.substr(51 * (i - 2), 51));
+    }
+    const auto v = Load<GNSSpEph>(WriteTemp("vel.sp3", Join(vel))), f = Load<GNSSpEph>(WriteTemp("i01.sp3", Join(foreign)));
+    for (long i = 0; i < 75 * 96; ++i)
+        ASSERT_TRUE(Dist(v->GetSatPos(i), Grg().GetSatPos(i)) == 0.0L && v->GetSatPos(i).dt == Grg().GetSatPos(i).dt) << i;
+    EXPECT_TRUE(f->GetNSat() == 76 && f->GetSatList(45) == -1 && f->GetSatList(46) == 1);
+    for (long k : {0L, 40L, 94L}) {
+        const xyzt a = StateAt(*f, 1, k, 450.0L), b = StateAt(Grg(), 1, k, 450.0L);
+        EXPECT_TRUE(Dist(a, b) == 0.0L && a.dt == b.dt && f->PSisOK && f->DTisOK) << k;
+    }
 }

@@ -120,7 +120,8 @@ TEST(Corrections, GeometryAgreesWithIndependentComputationAtOrbitNodesAndIsPlott
 TEST(Corrections, RecordWithoutOrbitClockOrSystemKeepsStartValues)
 {
     // G12 without clock in the orbit file: only the clock file can give it;
-    // missing from the clock file only, the orbit file's clock suffices.
+    // missing from the clock file only, the orbit file's clock does not
+    // stand in (between its 15-min nodes it misses by up to a metre).
     // A clock file from 07:30 that lacks G12 only around the window (07:55
     // to 08:25) lacks it where the epochs look, whatever it has before.
     // G04 is observed in the window but not in the orbit file. GLONASS is
@@ -128,7 +129,7 @@ TEST(Corrections, RecordWithoutOrbitClockOrSystemKeepsStartValues)
     const struct {
         short sat;
         bool noSp3Clock, noClkFile, ok, gapAroundWindow;
-    } rows[] = {{12, true, false, true, false}, {12, true, true, false, false}, {12, false, true, true, false},
+    } rows[] = {{12, true, false, true, false}, {12, true, true, false, false}, {12, false, true, false, false},
                 {4, false, false, false, false}, {12, true, false, false, true}};
     for (const auto& r : rows) {
         Options o = Window(r.noClkFile ? "G12" : "");
@@ -375,6 +376,54 @@ TEST(Corrections, TroposphereTotalOrDryAndWetMappingWhenEstimatedOrFiled)
         ++checked;
     }
     EXPECT_GT(checked, 100);
+}
+
+TEST(Corrections, RecordsBeyondTheClockFileOrOnRefusedNodesAreListedPerSatellite)
+{
+    // A clock file ending at 08:10:30 serves up to a second later and no
+    // further, although the orbit file holds clocks; a G05 node at 08:00
+    // ten times too far out is refused, and every window of the quarter
+    // hour holds it. Each satellite with an orbit is listed with exactly
+    // the records that the rule refuses; the clean window lists none.
+    Options early = Window(), node = Window(), clean = Window();
+    early.clk = CutClk("early.clk", 8 * 60, 8 * 60 + 10);
+    node.sp3 = EditFile(Sp3(), "far.sp3", [t = false](std::string& l) mutable {
+        t = l[0] == '*' ? l.compare(14, 5, " 8  0") == 0 : t;
+        return !(t && l.compare(0, 4, "PG05") == 0) || (l = "PG05-150000.000000 150000.000000 150000.000000      1.000000", true); });
+    const std::string clock = "  Observations without a precise satellite clock (not used):\n",
+                      nodes = "  Observations on missing or refused precise orbit nodes (not used):\n";
+    const struct { const Options& o; std::string title; std::function<bool(short, long double)> refused; } rows[] = {
+        {early, clock, [](short, long double sod) { return sod - (8 * 3600 + 630) > 1.0L; }},
+        {node, nodes, [](short prn, long double) { return prn == 5; }}, {clean, clock, [](short, long double) { return false; }}};
+    for (const auto& r : rows) {
+        Context c; const std::string out = Stage(c, r.o);
+        std::map<short, long> want;  // by number, the report's order
+        long total = 0, notOK = 0;
+        for (long i = 0, k = 0; i < c.rnxd.GetNEpoch(); ++i)
+            for (long j = 0; j < c.rnxd.nsat(i); ++j, ++k) {
+                const short prn = c.rnxd.sat(k);
+                if (IsGlonass(prn) || prn == 4) continue;  // GLONASS is off, G04 has no orbit
+                if (r.refused(prn, c.rnxd.epoch(i).GetSecond())) ++want[prn], ++total;
+                notOK += !c.gc.OKSAT(k);
+            }
+        std::ostringstream listed;
+        for (const auto& [sat, n] : want) listed << "    Satellite: " << SatName(sat) << "    #OBS: " << std::setw(8) << n << "\n";
+        EXPECT_TRUE(notOK == total && Has(out, r.title) == (total > 0) && (total > 0) == (&r.o != &clean)) << out;
+        EXPECT_TRUE(total == 0 || (Has(out, r.title + listed.str() + "\n") && Has(out, " - " + std::to_string(total) + " OBSERVATIONS NOT USED!")));
+    }
+}
+
+TEST(CorrectionsDeath, ProductsOfAnotherDayStopNamingFileAndSpans)
+{
+    // The orbits of 2020-06-24, and the clocks of the window dated a day early.
+    Options sp3 = Window(), clk = Window();
+    sp3.sp3 = orvotest::Data(kSet + "GRG0MGXFIN_20201760000_01D_15M_ORB.SP3");
+    clk.clk = EditFile(clk.clk, "day176.clk", [](std::string& l) { return l.compare(0, 2, "AS") != 0 || (l.replace(15, 3, " 24"), true); });
+    sp3.quiet = clk.quiet = false;
+    const std::string obs = ", THE OBSERVATIONS 2020-06-25 08:00:00.0 TO 2020-06-25 08:15:00.0 - NO OBSERVATION EPOCH WITHIN THE PRODUCT";
+    for (const auto& [o, re] : {std::pair{sp3, "PRECISE ORBIT FILE .*20201760000_01D_15M_ORB.SP3 SPANS 2020-06-24 00:00:00.0 TO 2020-06-24 23:45:00.0"},
+                                {clk, "RINEX CLOCK FILE .*day176.clk SPANS 2020-06-24 08:00:00.0 TO 2020-06-24 08:20:30.0"}})
+        EXPECT_EXIT({ Context c; Stage(c, o); }, ::testing::ExitedWithCode(1), "Error -> " + std::string(re) + obs);
 }
 
 TEST(CorrectionsDeath, UnwritableSkyPlotFileStopsBeforeModelling)
