@@ -264,12 +264,14 @@ void ProcStatic(gCPosC& gc)
                                                     gc.RecPosFC, PosSat, VelSat);
                     Relativity = gc.pephM.Relativity;
                     if (gc.isPclk) {
-                        // The clock file's clocks alone, as in the corrections:
-                        // the orbit file's 15-min clocks are no stand-in.
+                        // The clock file overrules the orbit file's clock,
+                        // which stands where the clock file has no value.
                         long double DtPrecise = 0.0L;
                         gc.pclkM.GetSatelliteClock(satprn, CalcEph, DtPrecise);
-                        gc.pephM.DTisOK = gc.pclkM.DTisOK;
-                        if (gc.pclkM.DTisOK) PosSat.dt = DtPrecise - gc.pephM.Relativity;
+                        if (gc.pclkM.DTisOK) {
+                            gc.pephM.DTisOK = true;
+                            PosSat.dt = DtPrecise - gc.pephM.Relativity;
+                        }
                     }
                     SATisOK = gc.OKSAT(k) && gc.pephM.PSisOK && gc.pephM.DTisOK && dist > 0.0L;
                 }

@@ -1,5 +1,6 @@
 #include "preprocessing/ApplyCorrections.h"
 
+#include <cctype>
 #include <cmath>
 #include <cstdio>
 #include <fstream>
@@ -65,7 +66,7 @@ void SizeArrays(gCPosC& gc)
 // Records of the precise products not used, counted by satellite and by
 // reason.
 struct PreciseRefusals {
-    std::map<short, long> outside, onMissingNode, noClock;
+    std::map<short, long> outside, onMissingNode, noClock, orbitClock;
 };
 
 // Satellite position and clock at transmission for a signal received at
@@ -86,13 +87,18 @@ bool PreciseSatellite(gCPosC& gc, short prn, mjd& calcEph, xyzt& posSat, long do
     }
     bool clockOK = gc.pephM.DTisOK;
     if (gc.isPclk) {
-        // With a clock file its clocks alone count: between their 15-min
-        // nodes the orbit file's clocks miss the 30-s ones by up to 1.2 m
-        // (GRG, 2020-06-25; 4 cm RMS). Only the existence of the clock is
-        // asked here; the estimator reads its value again at its own epoch.
+        // Only the existence of the clock is asked here; the estimator reads
+        // its value again at its own epoch. Where the clock file has none
+        // (beyond it, across a gap, no value) the orbit file's clock stands:
+        // between its 15-min nodes it misses the 30-s clocks by centimetres
+        // (GRG, 2020-06-25: 4 cm RMS, 1.2 m at worst), so those records are
+        // counted for the report.
         long double dtClk = 0.0L;
         gc.pclkM.GetSatelliteClock(prn, calcEph, dtClk);
-        clockOK = gc.pclkM.DTisOK;
+        if (gc.pclkM.DTisOK)
+            clockOK = true;
+        else if (clockOK)
+            ++refused.orbitClock[prn];
     }
     if (!clockOK) ++refused.noClock[prn];
     return clockOK;
@@ -185,18 +191,21 @@ void ModelIonosphere(gCPosC& gc, long k, mjd& calcEph, const IonoSite& site)
 
 // One report section: the records not used for one reason, per satellite,
 // then the warning with their total.
-void PrintNotUsed(const std::map<short, long>& bySat, const char* title, const char* what)
+void PrintNotUsed(const std::map<short, long>& bySat, const char* title, const char* what,
+                  const char* fate = "not used")
 {
     if (bySat.empty()) return;
     long total = 0;
-    std::cout << "  " << title << " (not used):\n";
+    std::string upper = fate;
+    for (char& ch : upper) ch = static_cast<char>(std::toupper(static_cast<unsigned char>(ch)));
+    std::cout << "  " << title << " (" << fate << "):\n";
     for (const auto& [sat, n] : bySat) {
         std::cout << "    Satellite: " << SystemLetter(sat) << std::setfill('0') << std::setw(2)
                   << SystemPRN(sat) << std::setfill(' ') << "    #OBS: " << std::setw(8) << n << "\n";
         total += n;
     }
     std::cout << "\n";
-    ProgramWarningCout(Prog, std::string(what) + " - " + std::to_string(total) + " OBSERVATIONS NOT USED!");
+    ProgramWarningCout(Prog, std::string(what) + " - " + std::to_string(total) + " OBSERVATIONS " + upper + "!");
 }
 
 }  // namespace
@@ -485,6 +494,9 @@ void CalculateAE(gCPosC& gc)
                  "OBSERVATION EPOCHS BEYOND THE PRECISE ORBIT FILE");
     PrintNotUsed(refused.onMissingNode, "Observations on missing or refused precise orbit nodes",
                  "OBSERVATIONS ON MISSING OR REFUSED PRECISE ORBIT NODES");
+    PrintNotUsed(refused.orbitClock, "Observations without a clock from the clock file",
+                 "OBSERVATION EPOCHS BEYOND OR ACROSS A GAP OF THE CLOCK FILE, OR WITHOUT ITS VALUE",
+                 "orbit file clock used");
     PrintNotUsed(refused.noClock, "Observations without a precise satellite clock",
                  "OBSERVATION EPOCHS WITHOUT A PRECISE SATELLITE CLOCK (BEYOND OR ACROSS A GAP OF THE"
                  " CLOCK FILE, OR NO VALUE)");

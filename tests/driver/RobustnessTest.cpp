@@ -28,17 +28,6 @@ const std::string kProblemLine = "   5          3       0          2020 06 25 00
 static std::string Scratch(const std::string& name) { return orvotest::TempDir() + "/" + name; }
 static std::string Cut(const std::string& file, std::size_t bytes) { return orvotest::ReadFile(file).substr(0, bytes); }
 
-// A scratch copy of the scratch file `base` with the first `from` replaced
-// by `to` (of equal width, so that the columns stay); its name.
-static std::string Edited(const std::string& name, const std::string& base, const std::string& from, const std::string& to) {
-    std::string text = orvotest::ReadFile(Scratch(base));
-    const std::size_t at = text.find(from);
-    EXPECT_TRUE(at != std::string::npos && from.size() == to.size()) << name;
-    if (at != std::string::npos) text.replace(at, from.size(), to);
-    orvotest::WriteTemp(name, text);
-    return name;
-}
-
 // Writes once into the scratch folder the inputs that the cases share and
 // the broken variants cut from the real files.
 static void WriteInputs() {
@@ -50,6 +39,15 @@ static void WriteInputs() {
         orvotest::WriteTemp("obs.20o", text.substr(0, text.rfind("\n 20  6 25 ") + 1));
         orvotest::WriteTemp("obs_cut.20o", text);
         orvotest::WriteTemp("clk.clk", orvotest::FirstLines(kClk, 3000));
+        orvotest::WriteTemp("orb.sp3", orvotest::ReadFile(kSp3));
+        // The clock file without its epochs from 00:02:00 to 00:04:00: the
+        // windows around them are not equally spaced.
+        std::istringstream clk(orvotest::ReadFile(Scratch("clk.clk")));
+        std::string gap;
+        for (std::string l; std::getline(clk, l);)
+            if (!(l.compare(0, 3, "AS ") == 0 && l.compare(18, 6, "  0  2") >= 0 && l.compare(18, 6, "  0  4") <= 0)) gap += l + "\n";
+        orvotest::WriteTemp("clk_gap.clk", gap);
+        EXPECT_EQ(std::system(("gzip -dc " + Esbc("ESBC00DNK_R_20201770000_01D_MN.rnx.gz") + " > " + Scratch("mn.rnx")).c_str()), 0);
         orvotest::WriteTemp("sat.crx", kProblemHeader + kProblemLine);
         orvotest::WriteTemp("empty", "");
         // The last line cut inside a value, as a copy that broke off: the
@@ -79,8 +77,21 @@ static void WriteInputs() {
     }();
 }
 
+// A scratch copy of the scratch file `base` with the first `from` replaced
+// by `to` (of equal width, so that the columns stay); its name.
+static std::string Edited(const std::string& name, const std::string& base, const std::string& from, const std::string& to) {
+    WriteInputs();
+    std::string text = orvotest::ReadFile(Scratch(base));
+    const std::size_t at = text.find(from);
+    EXPECT_TRUE(at != std::string::npos && from.size() == to.size()) << name;
+    if (at != std::string::npos) text.replace(at, from.size(), to);
+    orvotest::WriteTemp(name, text);
+    return name;
+}
+
 // The options of the full-run example, each input replaceable. Scratch
-// inputs are named relative to the scratch folder.
+// inputs are named relative to the scratch folder; a value that starts
+// with '-' is a whole option in place of the input's own.
 struct Inputs {
     std::string obs = "obs.20o", sp3 = kSp3, clk = "clk.clk", channels = kChannels, systems = "GRE";
     std::string extra;  // further options, e.g. a grid or problem file
@@ -90,7 +101,7 @@ struct Inputs {
         if (!Has(systems + extra, "-l")) a += " -lPc3,L3";
         if (!Has(extra, "-tm")) a += " -tmSAAST,NIELL";
         for (const auto& [opt, value] : {std::pair{" -r", obs}, {" -ep", sp3}, {" -ec", clk}, {" -gf", channels}})
-            if (!value.empty()) a += opt + (value[0] == '/' || value[0] == '-' ? value : Scratch(value));
+            if (!value.empty()) a += value[0] == '-' ? " " + value : opt + (value[0] == '/' ? value : Scratch(value));
         return a + " " + extra;
     }
 };
@@ -133,9 +144,9 @@ static const Xyz& WithoutClockFile() {
     return p;
 }
 
-// What a row must end in. Fails: status 1 with the framed error `messages[0]`
-// (a regular expression), no coordinates and no result file. The others
-// complete with every warning of `messages` printed and the position: Same
+// What a row must end in. Fails: status 1 with the framed error `messages[0]`,
+// no coordinates and no result file. The others complete with every warning
+// of `messages` printed and the position: Same
 // as the complete run, SameAsNoClock as the run without a clock file, Moves
 // away from the complete run, or only Completes near the marker.
 enum class Outcome { Fails, Same, SameAsNoClock, Moves, Completes };
@@ -144,7 +155,7 @@ struct Case {
     std::string Inputs::*field;
     std::string value;
     Outcome outcome;
-    std::vector<std::string> messages;
+    std::vector<std::string> messages;  // regular expressions
 };
 
 static void ExpectOutcomes(const std::string& table, const std::vector<Case>& cases) {
@@ -163,7 +174,8 @@ static void ExpectOutcomes(const std::string& table, const std::vector<Case>& ca
             EXPECT_FALSE(std::filesystem::exists(Scratch(dir + "/res.gps")));
             continue;
         }
-        for (const std::string& w : k.messages) EXPECT_TRUE(Has(r.err + r.out, Warning(w))) << w << "\n" << r.err;
+        for (const std::string& w : k.messages)
+            EXPECT_TRUE(std::regex_search(r.err + r.out, std::regex(": Warning -> " + w + " ####"))) << w << "\n" << r.err;
         const Xyz p = ExpectCompleted(k.value, r);
         const Xyz& ref = k.outcome == Outcome::SameAsNoClock ? WithoutClockFile() : Complete();
         const long double moved = std::fabs(p.x - ref.x) + std::fabs(p.y - ref.y) + std::fabs(p.z - ref.z);
@@ -180,7 +192,6 @@ const auto kObsF = &Inputs::obs, kSp3F = &Inputs::sp3, kClkF = &Inputs::clk, kGf
            kExtraF = &Inputs::extra;
 
 TEST(Robustness, ObservationFile) {
-    WriteInputs();
     const std::string firstCode = "  27616185.992 6", header = "        0.2160        0.0000        0.0000  ";
     ExpectOutcomes("obs", {
         // A code beyond any satellite's range (E01's first C1, which the
@@ -212,7 +223,15 @@ TEST(Robustness, OrbitFile) {
         {kSp3F, "clk.clk", O::Fails, {"PRECISE ORBIT FILE .*not an SP3 header line"}},
         {kSp3F, "absent.sp3", O::Fails, {"MULTI-GNSS PRECISE EPHEMERIS FILE CAN NOT BE OPENED!"}},
         // The orbits of another day: no observation epoch lies in the file.
-        {kSp3F, orvotest::Data("zimm-2015-235/igs18590.sp3"), O::Fails, {"NO ORBIT OR CLOCK FOR THE OBSERVATION EPOCHS"}},
+        {kSp3F, orvotest::Data("zimm-2015-235/igs18590.sp3"), O::Fails, {"PRECISE ORBIT FILE .*igs18590.sp3 SPANS 2015-08-23 "
+         "00:00:00.0 TO 2015-08-23 23:45:00.0, THE OBSERVATIONS 2020-06-25 00:00:00.0 TO 2020-06-25 00:06:00.0 - NO OBSERVATION EPOCH"}},
+        {kSp3F, "-eg" + Scratch("mn.rnx"), O::Fails, {"mn.rnx: RINEX 3.05 NAVIGATION FILE - ONLY RINEX 2 NAVIGATION FILES CAN BE READ!"}},
+        // A blank coordinate is no zero; a node far outside every orbit
+        // shell is refused as missing, and G02 goes for the window.
+        {kSp3F, Edited("blank.sp3", "orb.sp3", "PG02  21815.313784", "PG02              "), O::Fails,
+         {"PRECISE ORBIT FILE .*blank.sp3: line 70: x coordinate \"\" is not a number"}},
+        {kSp3F, Edited("far.sp3", "orb.sp3", "PG02  21815.313784", "PG02 218150.313784"), O::Completes,
+         {"PRECISE ORBIT FILE " + Scratch("far.sp3") + ": 1 NODES OUTSIDE THE ORBIT SHELLS OR WITH CLOCKS BEYOND 0.1 S REFUSED AS MISSING, THE FIRST IN LINE 70!"}},
     });
 }
 
@@ -221,6 +240,13 @@ TEST(Robustness, ClockFile) {
         {kClkF, "empty", O::Fails, {"RINEX VERSION / TYPE NOT IN FIRST LINE"}},
         {kClkF, "clk_cut.clk", O::Fails, {"RINEX CLOCK FILE .*AS record too short"}},
         {kClkF, kSp3, O::Fails, {"RINEX VERSION / TYPE NOT IN FIRST LINE"}},
+        {kClkF, Edited("nan.clk", "clk.clk", "AS G02  2020  6 25  0  0  0.000000  2   -0.477325535811E-03",
+                                                             "AS G02  2020  6 25  0  0  0.000000  2   nan                "),
+         O::Fails, {"RINEX CLOCK FILE .*nan.clk: line 248: clock bias \"nan\" is not a number"}},
+        // Across a gap the clock is not interpolated; the orbit file's
+        // clock stands in, and the report says for how many records.
+        {kClkF, "clk_gap.clk", O::Completes,
+         {"OBSERVATION EPOCHS BEYOND OR ACROSS A GAP OF THE CLOCK FILE, OR WITHOUT ITS VALUE - [0-9]+ OBSERVATIONS ORBIT FILE CLOCK USED!"}},
         // A clock file that does not open is dropped, and the clocks of the
         // orbit file serve.
         {kClkF, "absent.clk", O::SameAsNoClock, {"PRECISE MULTI-GNSS SATELLITE CLOCK FILE CAN NOT BE OPENED!"}},

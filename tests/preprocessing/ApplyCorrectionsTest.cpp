@@ -120,8 +120,7 @@ TEST(Corrections, GeometryAgreesWithIndependentComputationAtOrbitNodesAndIsPlott
 TEST(Corrections, RecordWithoutOrbitClockOrSystemKeepsStartValues)
 {
     // G12 without clock in the orbit file: only the clock file can give it;
-    // missing from the clock file only, the orbit file's clock does not
-    // stand in (between its 15-min nodes it misses by up to a metre).
+    // missing from the clock file only, the orbit file's clock stands in.
     // A clock file from 07:30 that lacks G12 only around the window (07:55
     // to 08:25) lacks it where the epochs look, whatever it has before.
     // G04 is observed in the window but not in the orbit file. GLONASS is
@@ -129,7 +128,7 @@ TEST(Corrections, RecordWithoutOrbitClockOrSystemKeepsStartValues)
     const struct {
         short sat;
         bool noSp3Clock, noClkFile, ok, gapAroundWindow;
-    } rows[] = {{12, true, false, true, false}, {12, true, true, false, false}, {12, false, true, false, false},
+    } rows[] = {{12, true, false, true, false}, {12, true, true, false, false}, {12, false, true, true, false},
                 {4, false, false, false, false}, {12, true, false, false, true}};
     for (const auto& r : rows) {
         Options o = Window(r.noClkFile ? "G12" : "");
@@ -381,20 +380,22 @@ TEST(Corrections, TroposphereTotalOrDryAndWetMappingWhenEstimatedOrFiled)
 TEST(Corrections, RecordsBeyondTheClockFileOrOnRefusedNodesAreListedPerSatellite)
 {
     // A clock file ending at 08:10:30 serves up to a second later and no
-    // further, although the orbit file holds clocks; a G05 node at 08:00
-    // ten times too far out is refused, and every window of the quarter
-    // hour holds it. Each satellite with an orbit is listed with exactly
-    // the records that the rule refuses; the clean window lists none.
+    // further: beyond, the orbit file's clocks stand in, and the records
+    // are listed as such. A G05 node at 08:00 ten times too far out is
+    // refused, and every window of the quarter hour holds it: G05 is not
+    // used. Each satellite with an orbit is listed with exactly the records
+    // that the rule hits; the clean window lists none.
     Options early = Window(), node = Window(), clean = Window();
     early.clk = CutClk("early.clk", 8 * 60, 8 * 60 + 10);
     node.sp3 = EditFile(Sp3(), "far.sp3", [t = false](std::string& l) mutable {
         t = l[0] == '*' ? l.compare(14, 5, " 8  0") == 0 : t;
         return !(t && l.compare(0, 4, "PG05") == 0) || (l = "PG05-150000.000000 150000.000000 150000.000000      1.000000", true); });
-    const std::string clock = "  Observations without a precise satellite clock (not used):\n",
+    const std::string clock = "  Observations without a clock from the clock file (orbit file clock used):\n",
                       nodes = "  Observations on missing or refused precise orbit nodes (not used):\n";
-    const struct { const Options& o; std::string title; std::function<bool(short, long double)> refused; } rows[] = {
-        {early, clock, [](short, long double sod) { return sod - (8 * 3600 + 630) > 1.0L; }},
-        {node, nodes, [](short prn, long double) { return prn == 5; }}, {clean, clock, [](short, long double) { return false; }}};
+    const struct { const Options& o; std::string title, fate; std::function<bool(short, long double)> hit; } rows[] = {
+        {early, clock, "ORBIT FILE CLOCK USED", [](short, long double sod) { return sod - (8 * 3600 + 630) > 1.0L; }},
+        {node, nodes, "NOT USED", [](short prn, long double) { return prn == 5; }},
+        {clean, clock, "", [](short, long double) { return false; }}};
     for (const auto& r : rows) {
         Context c; const std::string out = Stage(c, r.o);
         std::map<short, long> want;  // by number, the report's order
@@ -403,13 +404,13 @@ TEST(Corrections, RecordsBeyondTheClockFileOrOnRefusedNodesAreListedPerSatellite
             for (long j = 0; j < c.rnxd.nsat(i); ++j, ++k) {
                 const short prn = c.rnxd.sat(k);
                 if (IsGlonass(prn) || prn == 4) continue;  // GLONASS is off, G04 has no orbit
-                if (r.refused(prn, c.rnxd.epoch(i).GetSecond())) ++want[prn], ++total;
+                if (r.hit(prn, c.rnxd.epoch(i).GetSecond())) ++want[prn], ++total;
                 notOK += !c.gc.OKSAT(k);
             }
         std::ostringstream listed;
         for (const auto& [sat, n] : want) listed << "    Satellite: " << SatName(sat) << "    #OBS: " << std::setw(8) << n << "\n";
-        EXPECT_TRUE(notOK == total && Has(out, r.title) == (total > 0) && (total > 0) == (&r.o != &clean)) << out;
-        EXPECT_TRUE(total == 0 || (Has(out, r.title + listed.str() + "\n") && Has(out, " - " + std::to_string(total) + " OBSERVATIONS NOT USED!")));
+        EXPECT_TRUE(notOK == (r.fate == "NOT USED" ? total : 0) && Has(out, r.title) == (total > 0) && (total > 0) == (&r.o != &clean)) << out;
+        EXPECT_TRUE(total == 0 || (Has(out, r.title + listed.str() + "\n") && Has(out, " - " + std::to_string(total) + " OBSERVATIONS " + r.fate + "!")));
     }
 }
 
