@@ -4,6 +4,7 @@
 #include "numerics/ProgramError.h"
 
 #include <cctype>
+#include <cmath>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
@@ -84,7 +85,7 @@ void VMF1Series::Scan(bool store)
             closeSeries(lineNo);
             std::string p, l, extra;
             long n = 0;
-            if (!(words >> p >> l >> n) || n < 1)
+            if (!(words >> p >> l >> n) || n < 1 || n > VMF1Seriesns::MaxSeriesLength)
                 ProgramError("Orvo", bad + "(SERIES HEAD AT LINE "
                                          + std::to_string(lineNo) + ")!");
             ++i;
@@ -109,6 +110,10 @@ void VMF1Series::Scan(bool store)
             const long double v = std::strtold(w.c_str(), &end);
             if (i < 0 || end == w.c_str() || *end != '\0' || nvals >= expected)
                 ProgramError("Orvo", bad + "(DATA AT LINE " + std::to_string(lineNo) + ")!");
+            // "nan", "inf" and numbers beyond long double read as numbers
+            // but would carry into every delay of the run.
+            if (!std::isfinite(v))
+                ProgramError("Orvo", bad + "(VALUE " + w + " NOT FINITE AT LINE " + std::to_string(lineNo) + ")!");
             triple[nvals % 3] = v;
             ++nvals;
             if (store && nvals % 3 == 0) {

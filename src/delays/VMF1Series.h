@@ -14,6 +14,12 @@ namespace gTMns {
 extern short intType;  // 0 linear, otherwise cubic interpolation of the series
 }
 
+namespace VMF1Seriesns {
+/// Most values a series head may announce: 6-hourly values over four
+/// centuries are some 600000; the bound keeps 3n far from overflow.
+constexpr long MaxSeriesLength = 1000000;
+}
+
 class VMF1Series {
 public:
     char file[1024];              // file name
@@ -34,8 +40,9 @@ public:
 
     /// First pass over the file: counts the series into npts and the longest
     /// into nrec, and checks the layout (every head "point label n" with
-    /// n >= 1 followed by exactly 3n numbers). A file that does not open,
-    /// holds no series or breaks the layout ends the run with a framed error.
+    /// 1 <= n <= MaxSeriesLength followed by exactly 3n finite numbers). A
+    /// file that does not open, holds no series or breaks the layout ends the
+    /// run with a framed error naming the file and the line.
     void CheckData();
 
     /// CheckData, then reads all series. A series whose epochs do not rise

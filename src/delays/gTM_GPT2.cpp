@@ -37,6 +37,16 @@ bool ReadNonBlank(std::ifstream& in, std::string& line)
     return false;
 }
 
+// As above, counting the file's lines in lineNo.
+bool ReadNonBlank(std::ifstream& in, std::string& line, long& lineNo)
+{
+    while (std::getline(in, line)) {
+        ++lineNo;
+        if (!IsBlank(line)) return true;
+    }
+    return false;
+}
+
 bool TwoNumbers(const std::string& line, long double& F, long double& L)
 {
     return std::sscanf(line.c_str(), "%Lf %Lf", &F, &L) == 2;
@@ -67,6 +77,25 @@ void gTM_GPT2::ReadFile()
     ReadData();
 }
 
+void gTM_GPT2::Fail(long lineNo, const std::string& what) const
+{
+    ProgramError("Orvo", kCorrupt + "(FILE " + std::string(file) + " LINE " + std::to_string(lineNo) + ": " + what
+                             + ")!");
+}
+
+void gTM_GPT2::CheckNode(long double F, long double L, long lineNo) const
+{
+    // Beyond these no node of a global grid can lie; they also keep the
+    // counts below (span / step) far inside a long.
+    if (!std::isfinite(F) || !std::isfinite(L) || std::fabs(F) > 90.0L || std::fabs(L) > 360.0L)
+        Fail(lineNo, "NODE COORDINATES NOT FINITE OR OFF THE GLOBE");
+}
+
+void gTM_GPT2::CheckStep(long double step, long lineNo) const
+{
+    if (!(step >= gTM_GPT2ns::MinStep_deg)) Fail(lineNo, "GRID STEP BELOW 0.01 DEGREES");
+}
+
 void gTM_GPT2::CheckData()
 {
     const std::string name(file);
@@ -78,15 +107,19 @@ void gTM_GPT2::CheckData()
     std::string line;
     if (!std::getline(in, line))
         ProgramError("Orvo", kCorrupt + "(READING HEADER)!");
+    long lineNo = 1;
     long double Fa, La, Fb, Lb;
-    if (!ReadNonBlank(in, line) || !TwoNumbers(line, Fa, La))
+    if (!ReadNonBlank(in, line, lineNo) || !TwoNumbers(line, Fa, La))
         ProgramError("Orvo", kCorrupt + "(READING 1. DATA LINE)!");
-    if (!ReadNonBlank(in, line) || !TwoNumbers(line, Fb, Lb))
+    CheckNode(Fa, La, lineNo);
+    if (!ReadNonBlank(in, line, lineNo) || !TwoNumbers(line, Fb, Lb))
         ProgramError("Orvo", kCorrupt + "(READING 2. DATA LINE)!");
+    CheckNode(Fb, Lb, lineNo);
     if (std::fabs(Fa - Fb) > 0.01L)
         ProgramError("Orvo", kCorrupt + "(LATITUDE 1 - 2)!");
     if (!(Lb > La))
         ProgramError("Orvo", kCorrupt + "(LONGITUDE 1 <= LONGITUDE 2)!");
+    CheckStep(Lb - La, lineNo);
 
     minF = maxF = Fa;
     dF = 0.0L;
@@ -95,20 +128,26 @@ void gTM_GPT2::CheckData()
     dL = Lb - La;
     nLine = 2;
     long double prevF = Fb, prevL = Lb;
-    while (ReadNonBlank(in, line)) {
+    while (ReadNonBlank(in, line, lineNo)) {
         long double F, L;
         if (!TwoNumbers(line, F, L))
             ProgramError("Orvo", kCorrupt + "(READING " + std::to_string(nLine + 1)
                                      + ". DATA LINE)!");
+        CheckNode(F, L, lineNo);
         if (std::fabs(F - prevF) < NodeTol_deg) {
-            if (L > prevL && std::fabs(L - (prevL + dL)) > NodeTol_deg) dL = L - prevL;
+            if (L > prevL && std::fabs(L - (prevL + dL)) > NodeTol_deg) {
+                dL = L - prevL;
+                CheckStep(dL, lineNo);
+            }
             if (L < minL) minL = L;
             if (L > maxL) maxL = L;
         } else {
             // The step is kept positive whichever way the file runs, so that
             // row 0 is the smallest latitude.
-            if (dF <= 0.0L || std::fabs(std::fabs(prevF - F) - dF) > NodeTol_deg)
+            if (dF <= 0.0L || std::fabs(std::fabs(prevF - F) - dF) > NodeTol_deg) {
                 dF = std::fabs(prevF - F);
+                CheckStep(dF, lineNo);
+            }
             if (F < minF) minF = F;
             if (F > maxF) maxF = F;
         }
@@ -117,6 +156,8 @@ void gTM_GPT2::CheckData()
         ++nLine;
     }
 
+    // Coordinates on the globe and steps of MinStep_deg at least bound
+    // both counts by 72001, so neither they nor their product can overflow.
     nL = std::lround((maxL - minL) / dL) + 1;
     nF = dF > 0.0L ? std::lround((maxF - minF) / dF) + 1 : 1;
     // Bilinear interpolation needs two rows at least, and the seam cell of

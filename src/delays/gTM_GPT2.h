@@ -8,6 +8,15 @@
 #include "geodesy/mjd.h"
 #include "numerics/matrix.h"
 
+#include <string>
+
+namespace gTM_GPT2ns {
+/// Smallest grid step (degrees): ten times the 0.001 degree that tells one
+/// node coordinate from another, and finer than any published GPT2 grid
+/// (1 and 5 degrees).
+constexpr long double MinStep_deg = 0.01L;
+}  // namespace gTM_GPT2ns
+
 class gTM_GPT2 {
 public:
     char file[1024];                // grid file name
@@ -50,7 +59,9 @@ public:
     /// First pass: finds the grid extent and steps from the node coordinates
     /// and checks that the lines fill a regular grid (nL*nF lines) covering
     /// all longitudes. A file that does not open or breaks this ends the run
-    /// with a framed error.
+    /// with a framed error; a node coordinate that is not finite or lies off
+    /// the globe (|latitude| > 90, |longitude| > 360 degrees), and a step
+    /// below MinStep_deg, with one naming the file and the line.
     void CheckData();
 
     /// Second pass: reads every node into its row (row 0 the smallest
@@ -83,4 +94,9 @@ public:
     /// site: linear in longitude when the two rows are one, otherwise
     /// bilinear, longitude first.
     long double GPT2Interpolate(const long double v[4]) const;
+
+private:
+    [[noreturn]] void Fail(long lineNo, const std::string& what) const;
+    void CheckNode(long double F, long double L, long lineNo) const;
+    void CheckStep(long double step, long lineNo) const;
 };

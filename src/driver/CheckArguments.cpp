@@ -51,6 +51,20 @@ void DropSystemWithoutEphemeris(bool& isSys, bool isNav, bool isPEph,
     }
 }
 
+// The channel fixes every GLONASS carrier: without one, GLONASS code would
+// be combined on wrong frequencies and its phase not at all. Only the
+// channel file and the GLONASS navigation file carry channels.
+void DropGlonassWithoutChannels(gCPosC& gc)
+{
+    if (!gc.isGLN || gc.isGLNfrch || gc.isGLNnav) return;
+    if (!gc.isGPS && !gc.isGAL)
+        ProgramError(Prog, "GLONASS IS THE ONLY SYSTEM SET BUT NO FREQUENCY CHANNEL FILE [-gf] NOR GLONASS "
+                           "NAVIGATION FILE [-er] GIVES ITS CHANNELS!");
+    ProgramWarning(Prog, "NO FREQUENCY CHANNEL FILE [-gf] NOR GLONASS NAVIGATION FILE [-er] GIVES THE GLONASS "
+                         "CHANNELS - NOT PROCESSING GLONASS SYSTEM!");
+    gc.isGLN = false;
+}
+
 void DropBiasOfAbsentSystem(bool& isXdcb, bool isSys, const std::string& name)
 {
     if (isXdcb && !isSys) {
@@ -121,7 +135,9 @@ void CheckEphemerides(gCPosC& gc)
     DropUnopenable(gc.scrxfile, gc.isSCrx,
                    "GPS AND GLONASS SATELLITE PROBLEM FILE CAN NOT BE OPENED!");
 
-    // These read the system flags as left by the ephemeris tests.
+    DropGlonassWithoutChannels(gc);
+
+    // These read the system flags as left by the ephemeris and channel tests.
     DropBiasOfAbsentSystem(gc.isGPSxdcb, gc.isGPS, "GPS");
     DropBiasOfAbsentSystem(gc.isGLNxdcb, gc.isGLN, "GLONASS");
     DropBiasOfAbsentSystem(gc.isGALxdcb, gc.isGAL, "GALILEO");
@@ -137,6 +153,15 @@ void CheckEphemerides(gCPosC& gc)
     if (NamedButUnopenable(gc.gpt2file)) {
         ProgramWarning(Prog, "GPT2 TROPOSPHERE MODEL FILE CAN NOT BE OPENED!");
         gc.isGPT2file = false;
+        ResetTropoCodes(gc, 3, 6);
+    }
+    // Either file may carry either kind (the troposphere selector tells them
+    // by their first line), so only a run with neither has nothing to read:
+    // the VMF1 and GPT2 choices would then give zero delays or stop late.
+    const bool needsFile = gc.TrpModel == 3 || gc.TrpModel == 4 || gc.TrpMappFun == 5 || gc.TrpMappFun == 6;
+    if (needsFile && !gc.isVMF1file && !gc.isGPT2file) {
+        ProgramWarning(Prog, "TROPOSPHERE MODEL/MAPPING FUNCTION [-tm] NEEDS A VMF1 OR GPT2 FILE [-vm|-g2] - NONE SET!");
+        ResetTropoCodes(gc, 4, 5);
         ResetTropoCodes(gc, 3, 6);
     }
 }
@@ -175,6 +200,15 @@ void CheckModelFiles(gCPosC& gc)
     RequireOpens(gc.glnfreqch, "GLONASS FREQUENCY CHANNEL FILE CAN NOT BE OPENED!");
 }
 
+// The same rules SetTropoIntervals applies, here before anything is read.
+void CheckTropoInterval(long double tI, long double tS)
+{
+    if (!(tI > 0.0L) || !std::isfinite(tI))
+        ProgramError(Prog, "TROPOSPHERE ESTIMATION INTERVAL [-ti] MUST BE A POSITIVE NUMBER OF SECONDS!");
+    if (!std::isfinite(tS) || !(std::fabs(tS) < tI))
+        ProgramError(Prog, "TROPOSPHERE EPOCH SHIFT [-ti...d] MUST BE SMALLER THAN THE INTERVAL!");
+}
+
 void CheckEstimation(gCPosC& gc)
 {
     Head(gc.verbose, "Estimation type!!");
@@ -206,6 +240,12 @@ void CheckEstimation(gCPosC& gc)
                              "NUMBER - SETTING TO 1!");
         gc.nTropoGradInt = 1;
     }
+    if (gc.ifEstTropo) CheckTropoInterval(gc.TropoInterval, gc.TropoShift);
+    // The iteration stops on the threshold long before; a huge count only
+    // turns a threshold that is never met into a run without end.
+    if (gc.MaxIter > CheckArgumentsns::MaxIterations)
+        ProgramError(Prog, "MAXIMUM NUMBER OF ITERATIONS [-mi] " + std::to_string(gc.MaxIter) + " ABOVE "
+                               + std::to_string(CheckArgumentsns::MaxIterations) + "!");
     if (gc.isOutDCBFile && !gc.isGPSxdcb && !gc.isGLNxdcb && !gc.isGALxdcb) {
         ProgramWarning(Prog, "DCB ESTIMATION IS NOT SET: NO DCB OUTPUT FILE WILL BE WRITTEN!");
         gc.isOutDCBFile = false;
@@ -318,6 +358,33 @@ void CheckOutputs(const gCPosC& gc)
             if (in[0] == '\0') continue;
             if (std::string(in) == o.name || fs::equivalent(fs::path(in), out, ec))
                 ProgramError(Prog, std::string("RESULT FILE -") + o.name + "- WOULD OVERWRITE THE INPUT FILE " + in + "!");
+        }
+    }
+}
+
+void CheckTroposphereSite(gCPosC& gc)
+{
+    if (!gc.isTrpModel) return;
+    const std::string point = gc.rnxh.mname;
+    gTropModel& tm = gc.trpmodel;
+    // A series file without the site would give zero delays or coefficients
+    // at every epoch: the default models stand in, and the report says so.
+    if (gc.TrpModel == 4) {
+        tm.tVmf1.FindSeries(point.c_str(), "zh", "zw");
+        if (tm.tVmf1.ixH < 0 || tm.tVmf1.ixW < 0) {
+            ProgramWarningCout(Prog, "ZENITH DELAYS (ZH, ZW) FOR POINT " + point + " NOT IN FILE "
+                                         + tm.tVmf1.file + " - TROPOSPHERE MODEL SET TO DEFAULT - SAASTAMOINEN!");
+            gc.TrpModel = 0;
+            tm.SetTropModel(0);
+        }
+    }
+    if (gc.TrpMappFun == 5) {
+        tm.mVmf1.FindSeries(point.c_str(), "ah", "aw");
+        if (tm.mVmf1.ixH < 0 || tm.mVmf1.ixW < 0) {
+            ProgramWarningCout(Prog, "VMF1 COEFFICIENTS (AH, AW) FOR POINT " + point + " NOT IN FILE "
+                                         + tm.mVmf1.file + " - TROPOSPHERE MAPPING FUNCTION SET TO DEFAULT - NIELL!");
+            gc.TrpMappFun = 0;
+            tm.SetMappFunction(0);
         }
     }
 }

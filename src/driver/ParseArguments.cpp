@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <iostream>
+#include <limits>
 #include <string>
 
 #include "driver/OrvoPrintHelp.h"
@@ -414,7 +415,13 @@ float ParseFloat(const char* arg, int npos)
 
 double ParseDouble(const char* arg, int npos) { return std::atof(Tail(arg, npos).c_str()); }
 
-int ParseInteger(const char* arg, int npos) { return std::atoi(Tail(arg, npos).c_str()); }
+int ParseInteger(const char* arg, int npos)
+{
+    // atoi of a number beyond int is undefined; clamped, a huge count stays
+    // huge and is refused by the checks of the option.
+    const long v = std::strtol(Tail(arg, npos).c_str(), nullptr, 10);
+    return static_cast<int>(std::clamp<long>(v, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()));
+}
 
 namespace {
 

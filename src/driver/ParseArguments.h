@@ -21,7 +21,8 @@ float ParseFloat(const char* arg, int npos);
 /// atof of the text of `arg` from `npos`; 0 for no number.
 double ParseDouble(const char* arg, int npos);
 
-/// atoi of the text of `arg` from `npos`; 0 for no number.
+/// Integer of the text of `arg` from `npos` as atoi reads it; 0 for no
+/// number, and a number beyond int clamped to the nearest int limit.
 int ParseInteger(const char* arg, int npos);
 
 /// Date "yyyy?mm?dd" from `npos` (any separator characters) into `dat` with

@@ -31,6 +31,9 @@
 
 void RunPreprocessing(gCPosC& gpos)
 {
+    // Sizes that the options multiply fail here, before any stage works or
+    // writes; the ambiguities are counted again when they are known.
+    CheckUnknownSizes(gpos, 0);
     PrepareObservations(gpos);
     PhaseWindUp(gpos);
     GetEclipsing(gpos);

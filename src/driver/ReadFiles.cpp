@@ -4,6 +4,7 @@
 #include <iostream>
 #include <string>
 
+#include "driver/CheckArguments.h"
 #include "geodesy/TimeConverse.h"
 #include "geodesy/ymdhms.h"
 #include "numerics/ProgramError.h"
@@ -169,6 +170,7 @@ void ReadFiles(gCPosC& gc)
     ReadAll(gc);
 
     if (gc.isDateChkDaily) CheckDailyData(gc);
+    CheckTroposphereSite(gc);
 
     if (gc.isGPS && !gc.rnxd.HasGPSObs()) DropSystem(gc.isGPS, gc.isGPSxdcb, "GPS");
     if (gc.isGLN && !gc.rnxd.HasGLONASSObs()) DropSystem(gc.isGLN, gc.isGLNxdcb, "GLONASS");

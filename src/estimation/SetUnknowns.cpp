@@ -1,8 +1,10 @@
 #include "estimation/SetUnknowns.h"
 
+#include <algorithm>
 #include <cmath>
 #include <iomanip>
 #include <iostream>
+#include <sstream>
 #include <string>
 
 #include "driver/Console.h"
@@ -11,6 +13,8 @@
 #include "observations/SatelliteSystem.h"
 
 namespace {
+
+constexpr long double MiB = 1048576.0L;
 
 // One kind of code bias: its switch, header presence, observable and the
 // column table it fills.
@@ -43,26 +47,42 @@ void CountLine(const char* text, long n)
 
 }  // namespace
 
-void SetTropoIntervals(mjd& eS, mjd& eE, long double tI, long double tS,
-                       matrix<mjd>& tropoEpochs, long int& nTEpochs)
+namespace {
+
+// The first node: the last multiple of tI on the day of eS, shifted by tS,
+// that is not after eS. The interval and shift are checked by the caller.
+mjd FirstTropoNode(const mjd& eS, long double tI, long double tS)
 {
-    // A zero or negative step would never pass the last epoch.
-    if (!(tI > 0.0L) || !std::isfinite(tI) || !std::isfinite(tS))
-        ProgramError("Orvo", "TROPOSPHERE ESTIMATION INTERVAL MUST BE A POSITIVE NUMBER OF SECONDS!");
-    if (eE < eS)
-        ProgramError("Orvo", "TROPOSPHERE INTERVALS: LAST EPOCH LIES BEFORE THE FIRST!");
     const long double s0 = eS.GetSecond();
     long double sec = std::floor(s0 / tI) * tI + tS;
-    // A shift of more than one interval needs more than one step back to
-    // put the first node at or before the first epoch.
-    while (sec > s0) sec -= tI;
+    // |tS| < tI, so one step back is always enough.
+    if (sec > s0) sec -= tI;
     mjd first(eS.GetMJDay(), 0.0L);
     first += sec;
+    return first;
+}
 
+void CheckTropoInterval(long double tI, long double tS)
+{
+    // A zero or negative step would never pass the last epoch.
+    if (!(tI > 0.0L) || !std::isfinite(tI))
+        ProgramError("Orvo", "TROPOSPHERE ESTIMATION INTERVAL [-ti] MUST BE A POSITIVE NUMBER OF SECONDS!");
+    // A shift of a whole interval or more only renames the nodes, and one
+    // that is not finite could never be stepped back to the first epoch.
+    if (!std::isfinite(tS) || !(std::fabs(tS) < tI))
+        ProgramError("Orvo", "TROPOSPHERE EPOCH SHIFT [-ti...d] MUST BE SMALLER THAN THE INTERVAL!");
+}
+
+// Nodes from `first` on, every tI, up to the first one strictly after eE,
+// when they number at most `limit`; limit + 1 otherwise, so that a huge
+// count is never formed.
+long TropoNodesFrom(const mjd& first, const mjd& eE, long double tI, long limit)
+{
     // Nodes are formed as first + i*tI, not by repeated addition, so that a
     // whole-second interval stays exact over the day.
-    const long double span = eE - first;
-    long int n = static_cast<long int>(std::floor(span / tI)) + 1;  // nodes up to eE
+    const long double ratio = std::floor((eE - first) / tI);
+    if (!(ratio < static_cast<long double>(limit))) return limit + 1;
+    long n = static_cast<long>(ratio) + 1;  // nodes up to eE
     // Round-off of span/tI could misplace the node nearest eE; settle it
     // against the exact rule "a node strictly after eE ends the list".
     while (n > 1) {
@@ -77,12 +97,79 @@ void SetTropoIntervals(mjd& eS, mjd& eE, long double tI, long double tS,
         if (next > eE) break;
         ++n;
     }
-    nTEpochs = n + 1;
+    return std::min(n + 1, limit + 1);
+}
+
+}  // namespace
+
+long TropoNodeCount(const mjd& eS, const mjd& eE, long double tI, long double tS, long limit)
+{
+    CheckTropoInterval(tI, tS);
+    if (eE < eS)
+        ProgramError("Orvo", "TROPOSPHERE INTERVALS: LAST EPOCH LIES BEFORE THE FIRST!");
+    return TropoNodesFrom(FirstTropoNode(eS, tI, tS), eE, tI, limit);
+}
+
+void SetTropoIntervals(mjd& eS, mjd& eE, long double tI, long double tS,
+                       matrix<mjd>& tropoEpochs, long int& nTEpochs)
+{
+    nTEpochs = TropoNodeCount(eS, eE, tI, tS, SetUnknownsns::MaxTropoNodes);
+    if (nTEpochs > SetUnknownsns::MaxTropoNodes)
+        ProgramError("Orvo", "TROPOSPHERE INTERVAL [-ti] GIVES MORE THAN "
+                                 + std::to_string(SetUnknownsns::MaxTropoNodes) + " NODES!");
+    const mjd first = FirstTropoNode(eS, tI, tS);
     tropoEpochs.Resize(nTEpochs, 1);
     for (long int i = 0; i < nTEpochs; ++i) {
         mjd node = first;
         node += static_cast<long double>(i) * tI;
         tropoEpochs(i) = node;
+    }
+}
+
+long double AdjustmentBytes(long double nUnk, long double nEpochs)
+{
+    const long double cell = static_cast<long double>(sizeof(long double));
+    return (SetUnknownsns::DenseCopies * nUnk + nEpochs) * nUnk * cell;
+}
+
+void CheckUnknownSizes(const gCPosC& gc, long nAmb)
+{
+    const RINEXData& d = gc.rnxd;
+    const long nEpochs = d.nepochall > 0 ? d.nepochall : 0;
+    long nodes = 0, gradNodes = 0;
+    if (gc.ifEstTropo && nEpochs > 0 && d.epoch.NRow() >= nEpochs) {
+        // More delay intervals than epochs leave nodes that no epoch
+        // touches: nothing determines them, and each costs a row and a
+        // column of every normal matrix.
+        const long maxNodes = nEpochs + 1;
+        nodes = TropoNodeCount(d.epoch(0), d.epoch(nEpochs - 1), gc.TropoInterval, gc.TropoShift, maxNodes);
+        if (nodes > maxNodes) {
+            std::ostringstream text;
+            text << "TROPOSPHERE INTERVAL [-ti] OF " << std::fixed << std::setprecision(1) << gc.TropoInterval
+                 << " s GIVES MORE ZENITH DELAY INTERVALS THAN THE " << nEpochs
+                 << " EPOCHS OF THE DATA - USE A LONGER INTERVAL!";
+            ProgramError("Orvo", text.str());
+        }
+        if (gc.ifEstTropoGrad) {
+            // Gradients are weaker in the data than the zenith delay: steps
+            // finer than the delay's own leave them undetermined.
+            if (gc.nTropoGradInt > nodes - 1)
+                ProgramError("Orvo", "NUMBER OF TROPOSPHERE GRADIENT INTERVALS [-tgi] "
+                                         + std::to_string(gc.nTropoGradInt) + " EXCEEDS THE "
+                                         + std::to_string(nodes - 1) + " ZENITH DELAY INTERVALS!");
+            gradNodes = 2 * ((gc.nTropoGradInt <= 0 ? nodes - 1 : gc.nTropoGradInt) + 1);
+        }
+    }
+    const long nSys = static_cast<long>(gc.isGPS) + static_cast<long>(gc.isGLN) + static_cast<long>(gc.isGAL);
+    const long nUnk = 3 + (nSys > 1 ? nSys - 1 : 0) + gc.NUnkDCB + gc.ndcbConstr + nodes + gradNodes + nAmb;
+    const long double bytes = AdjustmentBytes(static_cast<long double>(nUnk), static_cast<long double>(nEpochs));
+    if (bytes > SetUnknownsns::MaxAdjustmentBytes) {
+        std::ostringstream text;
+        text << "THE ADJUSTMENT WOULD NEED " << nUnk << " UNKNOWNS (" << nodes << " TROPOSPHERE NODES [-ti], "
+             << gradNodes << " GRADIENT NODES [-tg], " << nAmb << " AMBIGUITIES [-tc]) OVER " << nEpochs
+             << " EPOCHS: ABOUT " << std::fixed << std::setprecision(0) << bytes / MiB << " MB, MORE THAN THE LIMIT OF "
+             << SetUnknownsns::MaxAdjustmentBytes / MiB << " MB!";
+        ProgramError("Orvo", text.str());
     }
 }
 
@@ -233,6 +320,10 @@ void SetUnknowns(gCPosC& gc)
     CountLine("               P3[C1,P2/C7] DCB       : ", gc.ndcbPc3);
     CountLine("               P3[P1,P2/C7] DCB       : ", gc.ndcbPp3);
     CountLine("                DCB constraints       : ", gc.ndcbConstr);
+
+    // Every size that the options and the data multiply, checked before the
+    // first square matrix is formed.
+    CheckUnknownSizes(gc, gc.ifL3 && gc.nAmb > 0 ? gc.nAmb : 0);
 
     gc.nTropoUnk = 0;
     if (gc.ifEstTropo) {

@@ -11,6 +11,20 @@ namespace SetUnknownsns {
 /// usable records of the kind: fewer leave the bias and the clocks of those
 /// epochs inseparable in practice.
 constexpr long MinDCBRecords = 3;
+/// Square unknown-by-unknown long double matrices alive at once at the
+/// solve: Nc, Nt, NFin, QxxAll, the two triangles of the LU factors (one
+/// square together), the factorisation's working copy and the inverse
+/// before it is moved into QxxAll.
+constexpr long double DenseCopies = 7.0L;
+/// Memory (bytes) the adjustment may take: 2 GiB, half of a 4 GiB machine,
+/// the smallest one a day is meant to run on. It admits some 4300
+/// unknowns, whose LU solve (n^3/3 multiplications) and per-epoch clock
+/// elimination (n^2 per epoch) already take minutes per iteration.
+constexpr long double MaxAdjustmentBytes = 2147483648.0L;
+/// Troposphere nodes that SetTropoIntervals forms at most: the count of
+/// unknowns that MaxAdjustmentBytes admits, so that a direct call can never
+/// allocate beyond it.
+constexpr long MaxTropoNodes = 4096;
 }  // namespace SetUnknownsns
 
 /// Decides the unknowns of the static adjustment of gc and their columns:
@@ -19,8 +33,9 @@ constexpr long MinDCBRecords = 3;
 /// troposphere time nodes, writes the code bias constraint rows into NFin
 /// and sizes every estimator array (all zero, IsUnkOK true). Prints the
 /// counts. Epoch clocks are counted in NClk (rnxd.NOKEph) but get no column:
-/// they are pre-eliminated. A file without epochs, or a troposphere interval
-/// that is not positive, ends the run with the framed error.
+/// they are pre-eliminated. A file without epochs, a troposphere interval or
+/// shift that SetTropoIntervals refuses, or sizes that CheckUnknownSizes
+/// refuses end the run with the framed error before anything is allocated.
 void SetUnknowns(gCPosC& gc);
 
 /// Gives each satellite of rnxd.satList a code bias column for the kinds
@@ -35,10 +50,31 @@ void SetUnknowns_SatDCB(gCPosC& gc, long int& ix);
 /// first node is the last multiple of tI (s), shifted by tS (s), on the day
 /// of eS that is not after eS; then one node every tI until a node lies
 /// strictly after eE, so every epoch of the span lies in [node k, node k+1).
-/// Fills tropoEpochs (nTEpochs rows). A tI not above 0 or not finite, or
-/// eE before eS, ends the run with the framed error.
+/// Fills tropoEpochs (nTEpochs rows). A tI not above 0 or not finite, a tS
+/// not finite or not smaller than tI in size, eE before eS, or more than
+/// MaxTropoNodes nodes end the run with the framed error.
 void SetTropoIntervals(mjd& eS, mjd& eE, long double tI, long double tS,
                        matrix<mjd>& tropoEpochs, long int& nTEpochs);
+
+/// Number of nodes SetTropoIntervals would form for eS..eE, tI, tS (s),
+/// without forming them; limit + 1 for any count above limit (>= 1), so
+/// that no huge count is ever formed. Ends the run as SetTropoIntervals
+/// does on a bad interval, shift or span.
+long TropoNodeCount(const mjd& eS, const mjd& eE, long double tI, long double tS, long limit);
+
+/// Bytes of the static adjustment for nUnk unknowns over nEpochs epochs:
+/// DenseCopies square nUnk x nUnk long double matrices and the
+/// nEpochs x nUnk block of the clock elimination (N21).
+long double AdjustmentBytes(long double nUnk, long double nEpochs);
+
+/// Checks, before anything of that size is allocated, what the options
+/// multiply against the data of gc.rnxd: with -ti, no more zenith delay
+/// intervals than epochs; with -tg, no more gradient intervals than delay
+/// intervals; and AdjustmentBytes of all unknowns (coordinates, system
+/// biases, gc.NUnkDCB and gc.ndcbConstr, troposphere and gradient nodes,
+/// nAmb ambiguities) within MaxAdjustmentBytes. A breach ends the run with
+/// the framed error naming the option.
+void CheckUnknownSizes(const gCPosC& gc, long nAmb);
 
 /// Writes into NFin, behind the NUnk columns, one bordering row and column
 /// per system with code bias unknowns (GPS, GLONASS, Galileo in that

@@ -1,10 +1,13 @@
 #include "orbits/GLNSat.h"
 
+#include <algorithm>
 #include <cctype>
 #include <cerrno>
+#include <cmath>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
+#include <vector>
 #include <sys/stat.h>
 
 #include "geodesy/TimeConverse.h"
@@ -82,8 +85,37 @@ void GLNSat::ReadFile()
     sat.Resize(nsat, 1, 0);
     eph.Resize(nsat, 2, mjd());
     FreqChannel.Resize(nsat, 1, 0.0L);
+    fileLine.Resize(nsat, 1, 0L);
     ReadGLNFreqChan(in);
+    CheckConflicts();
     IsGLNSat = false;
+}
+
+void GLNSat::CheckConflicts() const
+{
+    // Lines by slot, and within a slot by start: a line can then only
+    // overlap lines before it that are still open at its start.
+    std::vector<long> order(static_cast<std::size_t>(nsat));
+    for (long i = 0; i < nsat; ++i) order[static_cast<std::size_t>(i)] = i;
+    std::stable_sort(order.begin(), order.end(), [this](long a, long b) {
+        if (sat(a) != sat(b)) return sat(a) < sat(b);
+        return eph(a, FROM) < eph(b, FROM);
+    });
+    // Of the lines still open, the one that runs longest. Open lines of one
+    // slot share a channel (else the file was refused already), so it
+    // stands for all of them. Periods that only touch at one instant are a
+    // change of channel, not a conflict: the earlier line wins that instant.
+    long open = -1;
+    for (const long i : order) {
+        if (open >= 0 && sat(open) == sat(i) && eph(i, FROM) < eph(open, TO)
+            && std::fabs(FreqChannel(open) - FreqChannel(i)) > 0.5L)
+            ProgramError("Orvo", std::string("GLONASS FREQUENCY CHANNEL FILE ") + file + ": lines "
+                                     + std::to_string(std::min(fileLine(open), fileLine(i))) + " and "
+                                     + std::to_string(std::max(fileLine(open), fileLine(i)))
+                                     + ": SLOT " + std::to_string(sat(i) - GLNSatns::SatBase)
+                                     + " ON TWO CHANNELS IN OVERLAPPING PERIODS!");
+        if (open < 0 || sat(open) != sat(i) || eph(i, TO) > eph(open, TO)) open = i;
+    }
 }
 
 void GLNSat::CountGNSSats(std::istream& in)
@@ -167,6 +199,7 @@ void GLNSat::ReadGLNFreqChan(std::istream& in)
         if (k < GLNSatns::MinChannel || k > GLNSatns::MaxChannel)
             Fail(lineNo, "FREQUENCY CHANNEL " + std::to_string(k) + " NOT IN -7..+6!");
         FreqChannel(i) = static_cast<long double>(k);
+        fileLine(i) = lineNo;
         ++i;
     }
     // The file changed between the passes.

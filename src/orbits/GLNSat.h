@@ -51,7 +51,10 @@ public:
     /// this layout (short, a field that isn't a number or lies outside its
     /// calendar range, an end before its start, a channel out of range), a
     /// line over 511 characters and a file without data lines end it with
-    /// the framed error naming the file and the line.
+    /// the framed error naming the file and the line. Two lines of one slot
+    /// with different channels whose periods overlap (more than in one
+    /// instant) end it with the framed error naming the file and both lines;
+    /// repeated lines of the same channel are accepted.
     void ReadFile();
 
     /// Channel of satellite satprn (shared numbering, 101..199) at seph: the
@@ -77,6 +80,7 @@ private:
     mjd ReadEpoch(const std::string& line, std::size_t pos, std::size_t secPos,
                   std::size_t secLen, long lineNo, const char* which);
     [[noreturn]] void Fail(long lineNo, const std::string& text) const;
+    void CheckConflicts() const;
 
     char file[256];
     bool IsGLNSat;
@@ -84,6 +88,7 @@ private:
     matrix<short> sat;
     matrix<mjd> eph;
     matrix<long double> FreqChannel;
+    matrix<long> fileLine;  // line of the file that each row came from
     ymdhms dm;
     mjd lastEph;
 };

@@ -90,7 +90,13 @@ TEST(VMF1SeriesDeath, BrokenFilesStopWithFramedError)
         {"orphan.vmf", " 57257 0 2.0\nZIMM zh 1\n 57257 0 2.0\n", "DATA AT LINE 1"},
         {"word.vmf", "ZIMM zh 1\n 57257 zero 2.0\n", "DATA AT LINE 2"},
         {"back.vmf", "ZIMM zh 2\n 57257 3600 2.0\n 57257 0 2.1\n", "EPOCHS NOT RISING AT LINE 3"},
-        {"none.vmf", "# nothing here\n", "NO SERIES"}};
+        {"none.vmf", "# nothing here\n", "NO SERIES"},
+        // Read as numbers, yet no delay: each would reach every epoch. A
+        // count beyond any series made 3n overflow.
+        {"nan.vmf", "ZIMM zh 2\n 57257 0 2.0\n 57258 0 nan\n", "VALUE nan NOT FINITE AT LINE 3"},
+        {"inf.vmf", "ZIMM zh 1\n 57257 0 -inf\n", "VALUE -inf NOT FINITE AT LINE 2"},
+        {"range.vmf", "ZIMM zh 1\n 1e5000 0 2.0\n", "VALUE 1e5000 NOT FINITE AT LINE 2"},
+        {"count.vmf", "ZIMM zh 4000000000000000000\n", "SERIES HEAD AT LINE 1"}};
     gTM_VMF1 v;
     for (const auto& c : cases)
         EXPECT_EXIT(Read(v, orvotest::WriteTemp(c.name, c.text)), ::testing::ExitedWithCode(1),

@@ -125,7 +125,12 @@ TEST(GPT2Death, CutBrokenOrMissingGridStops)
         {"short.grd", Join(std::vector<std::string>(all.begin(), all.begin() + 101)), "\\(#LONGITUDE, #LATITUDE\\)"},
         {"word.grd", with(50, "  not a number"), "\\(READING 50. DATA LINE\\)"},
         {"fields.grd", with(200, all[200].substr(0, 60)), "\\(READING 200. DATA LINE\\)"},
-        {"twice.grd", with(300, all[299]), "\\(#LONGITUDE, #LATITUDE\\)"}};
+        {"twice.grd", with(300, all[299]), "\\(#LONGITUDE, #LATITUDE\\)"},
+        // A longitude of 1e30 degrees made the column count overflow; a
+        // step of 0.005 degrees asks for 72000 columns that no file holds.
+        {"huge.grd", with(2, all[2].substr(0, 6) + "   1e30" + all[2].substr(13)), "\\(FILE .*huge.grd LINE 3: NODE COORDINATES NOT FINITE OR OFF THE GLOBE\\)"},
+        {"nan.grd", with(99, "   nan" + all[99].substr(6)), "\\(FILE .*nan.grd LINE 100: NODE COORDINATES NOT FINITE OR OFF THE GLOBE\\)"},
+        {"step.grd", with(2, all[2].substr(0, 6) + "  2.505" + all[2].substr(13)), "\\(FILE .*step.grd LINE 3: GRID STEP BELOW 0.01 DEGREES\\)"}};
     gTM_GPT2 g;
     for (const auto& c : cases)
         EXPECT_EXIT(Read(g, orvotest::WriteTemp(c.name, c.text)), ::testing::ExitedWithCode(1),

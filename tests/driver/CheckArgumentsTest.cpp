@@ -10,9 +10,11 @@ using Words = std::vector<std::string>;
 const std::string kMissing = orvotest::TempDir() + "/no_such_file.dat";
 
 // A context that passes every check without a warning: RINEX and precise
-// orbits of the real day, GPS only, static, C1 only.
+// orbits of the real day, GPS only, static, C1 only; the troposphere
+// interval of -ti01:00:00 for rows that switch its estimation on.
 static std::unique_ptr<Context> Valid() {
     auto c = std::make_unique<Context>();
+    c->gc.TropoInterval = 3600.0L;
     SetName(c->gc.rnxfile, kObs);
     SetName(c->gc.sp3file, kSp3);
     c->gc.isRnx = c->gc.isPEph = c->gc.isGPS = c->gc.ifEstSta = c->gc.ifC1 = true;
@@ -111,14 +113,25 @@ TEST(CheckArguments, SettingsThatCannotBeUsedAreDefaultedOrDroppedWithAWarning) 
         return w;
     };
     auto navOnly = [](gCPosC& g, FileMember f, Flag flag, const std::string& name) { g.sp3file[0] = '\0', g.isPEph = false, Name(g, f, flag, name); };
+    const std::string noChannels = "NO FREQUENCY CHANNEL FILE [-gf] NOR GLONASS NAVIGATION FILE [-er] GIVES THE GLONASS CHANNELS - "
+        "NOT PROCESSING GLONASS SYSTEM!", needsFile = "TROPOSPHERE MODEL/MAPPING FUNCTION [-tm] NEEDS A VMF1 OR GPT2 FILE [-vm|-g2] - NONE SET!";
     const struct { std::function<void(gCPosC&)> setup; Words warnings; std::function<bool(const gCPosC&)> check; } rows[] = {
-        // No system at all: all three, which the precise orbits serve.
-        {[](gCPosC& g) { g.isGPS = false; }, {"NO SATELLITE SYSTEM SET [-cs[G|R|E]] - SETTING ALL!"},
+        // No system at all: all three, which the precise orbits serve, but
+        // GLONASS only with a source of its channels.
+        {[](gCPosC& g) { g.isGPS = false; }, {"NO SATELLITE SYSTEM SET [-cs[G|R|E]] - SETTING ALL!", noChannels},
+         [](const gCPosC& g) { return g.isGPS && !g.isGLN && g.isGAL; }},
+        {[](gCPosC& g) { g.isGPS = false, Name(g, GC(glnfreqch), GC(isGLNfrch), kChannels); }, {"NO SATELLITE SYSTEM SET [-cs[G|R|E]] - SETTING ALL!"},
          [](const gCPosC& g) { return g.isGPS && g.isGLN && g.isGAL; }},
-        // Precise orbits overrule navigation files; the systems stay.
-        {[](gCPosC& g) { Name(g, GC(gnavfile), GC(isGPSnav), kNavG), Name(g, GC(rnavfile), GC(isGLNnav), kNavR), g.isGLN = true; },
+        // Precise orbits overrule navigation files; the systems stay, GLONASS
+        // on its channel file. Without it GLONASS goes, its code biases too.
+        {[](gCPosC& g) { Name(g, GC(gnavfile), GC(isGPSnav), kNavG), Name(g, GC(rnavfile), GC(isGLNnav), kNavR), g.isGLN = true,
+                         Name(g, GC(glnfreqch), GC(isGLNfrch), kChannels); },
          {"BOTH PRECISE EPHEMERIS AND (SOME) NAVIGATION FILES FOR SET -> USING ONLY PRECISE EPHEMERIS FILE!"},
          [](const gCPosC& g) { return !g.isGPSnav && !g.isGLNnav && !g.isGALnav && g.isGPS && g.isGLN; }},
+        {[](gCPosC& g) { Name(g, GC(rnavfile), GC(isGLNnav), kNavR), g.isGLN = g.isGLNxdcb = true; },
+         {"BOTH PRECISE EPHEMERIS AND (SOME) NAVIGATION FILES FOR SET -> USING ONLY PRECISE EPHEMERIS FILE!", noChannels,
+          "GLONASS OBSERVATIONS WILL NOT BE PROCESSED -> GLONASS DCB VALUES UNKONWNS UNSET!"},
+         [](const gCPosC& g) { return g.isGPS && !g.isGLN && !g.isGLNxdcb; }},
         // Without precise orbits a system without its navigation file goes,
         // and its code bias unknowns with it; the others keep theirs.
         {[&](gCPosC& g) { navOnly(g, GC(gnavfile), GC(isGPSnav), kNavG), g.isGLN = g.isGAL = g.isGPSxdcb = g.isGLNxdcb = g.isGALxdcb = true; },
@@ -158,7 +171,8 @@ TEST(CheckArguments, SettingsThatCannotBeUsedAreDefaultedOrDroppedWithAWarning) 
          [](const gCPosC& g) { return !g.isOutDCBFile && !g.isOutTropFile; }},
         {[](gCPosC& g) { g.isOutDCBFile = g.isGPSxdcb = g.isTrpModel = g.ifEstTropo = g.isOutTropFile = true; }, {},
          [](const gCPosC& g) { return g.isOutDCBFile && g.isOutTropFile; }},
-        {[](gCPosC& g) { g.isGLN = g.isOutDCBFile = g.isGLNxdcb = true; }, {}, [](const gCPosC& g) { return g.isOutDCBFile; }},
+        {[](gCPosC& g) { g.isGLN = g.isOutDCBFile = g.isGLNxdcb = true, Name(g, GC(glnfreqch), GC(isGLNfrch), kChannels); }, {},
+         [](const gCPosC& g) { return g.isOutDCBFile; }},
         {[](gCPosC& g) { g.isGAL = g.isOutDCBFile = g.isGALxdcb = true; }, {}, [](const gCPosC& g) { return g.isOutDCBFile; }},
         // Model and mapping codes that live on a lost file (VMF1 4/5, GPT2
         // 3/6) fall back on Saastamoinen and Niell; file-free ones stay.
@@ -170,6 +184,14 @@ TEST(CheckArguments, SettingsThatCannotBeUsedAreDefaultedOrDroppedWithAWarning) 
          [](const gCPosC& g) { return g.TrpModel == 1 && g.TrpMappFun == 1; }},
         {[](gCPosC& g) { Name(g, GC(gpt2file), GC(isGPT2file), kMissing), g.TrpModel = g.TrpMappFun = 1; }, {gpt2},
          [](const gCPosC& g) { return g.TrpModel == 1 && g.TrpMappFun == 1; }},
+        // Such codes with no file named at all gave zero delays; either file
+        // may carry either kind, so one that opens keeps them.
+        {[](gCPosC& g) { g.TrpModel = 4, g.TrpMappFun = 6; }, {needsFile, saast, niell},
+         [](const gCPosC& g) { return g.TrpModel == 0 && g.TrpMappFun == 0; }},
+        {[](gCPosC& g) { g.TrpModel = 3, g.TrpMappFun = 5; }, {needsFile, saast, niell},
+         [](const gCPosC& g) { return g.TrpModel == 0 && g.TrpMappFun == 0; }},
+        {[](gCPosC& g) { Name(g, GC(gpt2file), GC(isGPT2file), kObs), g.TrpModel = 4, g.TrpMappFun = 5; }, {},
+         [](const gCPosC& g) { return g.TrpModel == 4 && g.TrpMappFun == 5; }},
     };
     for (size_t i = 0; i < sizeof rows / sizeof rows[0]; ++i) {
         auto c = Valid();
@@ -178,6 +200,54 @@ TEST(CheckArguments, SettingsThatCannotBeUsedAreDefaultedOrDroppedWithAWarning) 
         ExpectWarnings(err, rows[i].warnings);
         EXPECT_TRUE(rows[i].check(c->gc)) << "row " << i;
         EXPECT_TRUE(!Has(err, noModel) || err.find(noModel) < err.find(gradOnly)) << err;
+    }
+}
+
+TEST(CheckArgumentsDeath, SettingsWithoutASoundResultStop) {
+    // GLONASS alone on unknown carriers; a troposphere step that never
+    // advances or a shift it can never step back from; iterations that
+    // would never end under a threshold that is never met.
+    const struct { std::function<void(gCPosC&)> setup; std::string msg; } rows[] = {
+        {[](gCPosC& g) { g.isGPS = false, g.isGLN = true; }, "GLONASS IS THE ONLY SYSTEM SET BUT NO FREQUENCY CHANNEL FILE [-gf] NOR "
+                                                            "GLONASS NAVIGATION FILE [-er] GIVES ITS CHANNELS!"},
+        {[](gCPosC& g) { g.isTrpModel = g.ifEstTropo = true, g.TropoInterval = 0.0L; },
+         "TROPOSPHERE ESTIMATION INTERVAL [-ti] MUST BE A POSITIVE NUMBER OF SECONDS!"},
+        {[](gCPosC& g) { g.isTrpModel = g.ifEstTropo = true, g.TropoInterval = g.TropoShift = 3600.0L; },
+         "TROPOSPHERE EPOCH SHIFT [-ti...d] MUST BE SMALLER THAN THE INTERVAL!"},
+        {[](gCPosC& g) { g.MaxIter = 101; }, "MAXIMUM NUMBER OF ITERATIONS [-mi] 101 ABOVE 100!"}};
+    for (const auto& r : rows) {
+        auto c = Valid();
+        r.setup(c->gc);
+        EXPECT_EXIT(CheckArguments(c->gc), ::testing::ExitedWithCode(1), ErrorRegex(r.msg)) << r.msg;
+    }
+    // The edges that stay: 100 iterations, a shift just inside the interval.
+    auto c = Valid();
+    c->gc.MaxIter = 100;
+    c->gc.isTrpModel = c->gc.ifEstTropo = true;
+    c->gc.TropoInterval = 3600.0L;
+    c->gc.TropoShift = -3599.0L;
+    EXPECT_EQ(RunChecks(c->gc), "");
+}
+
+TEST(CheckArguments, SiteMissingFromTheVmf1FileFallsBackOnTheDefaultsWithAWarningInTheReport) {
+    // The file has ESBC's delays but no coefficients: a site it lacks
+    // entirely loses both, the listed site only the mapping function.
+    const std::string file = orvotest::WriteTemp("site.vmf", "ESBC00DNK zh 1\n 59025 0 2.3\nESBC00DNK zw 1\n 59025 0 0.1\n");
+    const std::string zenith = "ZENITH DELAYS (ZH, ZW) FOR POINT OTHR NOT IN FILE " + file + " - TROPOSPHERE MODEL SET TO DEFAULT - SAASTAMOINEN!";
+    const struct { const char* point; short model, mapping; Words warnings; } rows[] = {
+        {"ESBC00DNK", 4, 0, {"VMF1 COEFFICIENTS (AH, AW) FOR POINT ESBC00DNK NOT IN FILE " + file + " - TROPOSPHERE MAPPING FUNCTION SET TO DEFAULT - NIELL!"}},
+        {"OTHR", 0, 0, {zenith, "VMF1 COEFFICIENTS (AH, AW) FOR POINT OTHR NOT IN FILE " + file + " - TROPOSPHERE MAPPING FUNCTION SET TO DEFAULT - NIELL!"}}};
+    for (const auto& r : rows) {
+        auto c = Valid();
+        gCPosC& g = c->gc;
+        g.isTrpModel = true, g.TrpModel = 4, g.TrpMappFun = 5;
+        g.trpmodel.SetTropModel(4), g.trpmodel.SetMappFunction(5), g.trpmodel.SetFile(file.c_str()), g.trpmodel.ReadFile();
+        g.rnxh.mname = r.point;
+        Capture out(std::cout);
+        CheckTroposphereSite(g);
+        ExpectWarnings(out.Text(), r.warnings);
+        EXPECT_EQ((std::vector<short>{g.TrpModel, g.TrpMappFun, g.trpmodel.TropM, g.trpmodel.MappF}),
+                  (std::vector<short>{r.model, r.mapping, r.model, r.mapping})) << r.point;
     }
 }
 

@@ -101,7 +101,9 @@ TEST(ParseArguments, TroposphereIntervalShiftAndGradients) {
     // An upper-case D (shift) or I (gradient count) wins over the lower-case letter.
     const struct { const char* arg; long double interval_s, shift_s; int nGrad; } rows[] = {
         {"-ti01:00:00d00:30:00", 3600, 1800, 1}, {"-TI02:00:00d00:30:00D00:10:30", 7200, 630, 1}, {"-ti00:15:00", 900, 0, 1},
-        {"-tg", 0, 0, 1}, {"-tgi0", 0, 0, 0}, {"-TGi5I3", 0, 0, 3}};
+        {"-tg", 0, 0, 1}, {"-tgi0", 0, 0, 0}, {"-TGi5I3", 0, 0, 3},
+        // Beyond int atoi is undefined; the count is clamped for its check.
+        {"-tgi99999999999", 0, 0, 2147483647}, {"-tgi-99999999999", 0, 0, -2147483647 - 1}};
     for (const auto& k : rows) {
         auto c = Parsed({k.arg});
         EXPECT_TRUE(k.interval_s > 0 ? c->gc.ifEstTropo : c->gc.ifEstTropoGrad) << k.arg;

@@ -41,11 +41,11 @@ TEST(SetTropoIntervals, NodesEncloseEverySpanAndGetTropoIndexFindsTheInterval)
     // first, last epoch (s of 2020-06-25), interval, shift -> node count,
     // first node (s of the day), last node - last epoch. The last epoch on
     // a node gets one more node behind it; an interval longer than the span
-    // gives one interval; a shift puts the first node at or before the
-    // first epoch, even one of more than an interval.
+    // gives one interval; a shift, either way, puts the first node at or
+    // before the first epoch.
     const long double rows[][7] = {{1800, 18600, 7200, 0, 4, 0, 3000},    {1800, 21600, 7200, 0, 5, 0, 7200},
                                    {1800, 2400, 86400, 0, 2, 0, 84000},  {7200, 7200, 3600, 0, 2, 7200, 3600},
-                                   {600, 4000, 3600, 1800, 3, -1800, 1400}, {600, 4000, 3600, 9000, 3, -1800, 1400}};
+                                   {600, 4000, 3600, 1800, 3, -1800, 1400}, {600, 4000, 3600, -1800, 3, -1800, 1400}};
     for (const auto& r : rows) {
         matrix<mjd> nodes;
         long int n = 0;
@@ -78,13 +78,49 @@ TEST(SetTropoIntervals, NodesEncloseEverySpanAndGetTropoIndexFindsTheInterval)
     }
 }
 
-TEST(SetTropoIntervalsDeath, NonPositiveIntervalStopsWithFramedError)
+TEST(SetTropoIntervalsDeath, NonPositiveIntervalOrAShiftOfAWholeIntervalStops)
 {
     matrix<mjd> nodes;
     long int n = 0;
     mjd eS(59025UL, 0.0L), eE(59025UL, 100.0L);
     EXPECT_EXIT(SetTropoIntervals(eS, eE, 0.0L, 0.0L, nodes, n), ::testing::ExitedWithCode(1),
-                "\\*\\*\\*\\* Orvo: Error -> TROPOSPHERE ESTIMATION INTERVAL MUST BE A POSITIVE");
+                "\\*\\*\\*\\* Orvo: Error -> TROPOSPHERE ESTIMATION INTERVAL \\[-ti\\] MUST BE A POSITIVE");
+    // A shift of 1e30 s was stepped back by 60 s at a time, for ever.
+    for (const long double shift : {60.0L, -60.0L, 1e30L, std::nanl("")})
+        EXPECT_EXIT(SetTropoIntervals(eS, eE, 60.0L, shift, nodes, n), ::testing::ExitedWithCode(1),
+                    "Error -> TROPOSPHERE EPOCH SHIFT \\[-ti...d\\] MUST BE SMALLER THAN THE INTERVAL!") << shift;
+}
+
+TEST(SetUnknowns, SizesThatOptionsMultiplyAreBoundedByTheDataBeforeAnyAllocation)
+{
+    // Five epochs 30 s apart: a 30 s interval gives five delay intervals,
+    // one per epoch, and a 20 s one seven; gradients up to five intervals.
+    // An interval of 1 ns over a day is counted no further than the limit.
+    Context ctx;
+    MakeStore(ctx, {{1}, {1}, {1}, {1}, {1}});
+    gCPosC& gc = ctx.gc;
+    gc.isGPS = gc.ifEstTropo = gc.ifEstTropoGrad = true;
+    gc.TropoInterval = 30.0L;
+    gc.nTropoGradInt = 5;
+    CheckUnknownSizes(gc, 0);
+    EXPECT_EQ(TropoNodeCount(mjd(59025UL, 0.0L), mjd(59025UL, 86370.0L), 1e-9L, 0.0L, 1000), 1001);
+    const std::string ti = "TROPOSPHERE INTERVAL \\[-ti\\] OF 20.0 s GIVES MORE ZENITH DELAY INTERVALS THAN THE 5 EPOCHS";
+    EXPECT_EXIT((gc.TropoInterval = 20.0L, CheckUnknownSizes(gc, 0)), ::testing::ExitedWithCode(1), ti);
+    EXPECT_EXIT((gc.nTropoGradInt = 6, CheckUnknownSizes(gc, 0)), ::testing::ExitedWithCode(1),
+                "NUMBER OF TROPOSPHERE GRADIENT INTERVALS \\[-tgi\\] 6 EXCEEDS THE 5 ZENITH DELAY INTERVALS!");
+    // Ten hours of 30 s data with half-hour delays and gradients and 600
+    // arcs (about 60 MB) pass; 20000 arcs, as thresholds of -tc near zero
+    // could cut, would need some 43 GB: 7 square matrices of 16-byte cells.
+    Context day;
+    std::vector<std::vector<short>> epochs(1200, std::vector<short>{1});
+    MakeStore(day, epochs);
+    day.gc.isGPS = day.gc.ifEstTropo = day.gc.ifEstTropoGrad = true;
+    day.gc.TropoInterval = 1800.0L;
+    day.gc.nTropoGradInt = 0;
+    CheckUnknownSizes(day.gc, 600);
+    EXPECT_EXIT(CheckUnknownSizes(day.gc, 20000), ::testing::ExitedWithCode(1),
+                "THE ADJUSTMENT WOULD NEED 20066 UNKNOWNS \\(21 TROPOSPHERE NODES \\[-ti\\], 42 GRADIENT NODES \\[-tg\\], "
+                "20000 AMBIGUITIES \\[-tc\\]\\) OVER 1200 EPOCHS: ABOUT 4[0-9]{4} MB, MORE THAN THE LIMIT OF 2048 MB!");
 }
 
 TEST(SetUnknowns, SystemBiasesReferToTheFirstSystemPresentAndRawWithCombinedCodeBiasesAreDropped)

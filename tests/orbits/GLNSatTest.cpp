@@ -75,16 +75,16 @@ TEST(GLNSat, PeriodEndsBelongToThePeriodAndTheFirstLineWins)
     const Epoch y20{2020, 1, 1, 0, 0, 0.0}, noon{2020, 6, 25, 12, 0, 0.0}, r7from{2020, 6, 25, 3, 0, 0.0},
         r7to{2020, 6, 25, 4, 30, 5.5};
     auto g = Load<GLNSat>(WriteTemp("periods.glnfc",
-        Join({"# two periods of R05 meeting at noon, then a wider late line",
+        Join({"# two periods of R05 meeting at noon, then an earlier one meeting the first",
               Line("R05", y20, &noon, 3), Line("R05", noon, nullptr, -2),
-              Line("R05", {2000, 1, 1, 0, 0, 0.0}, nullptr, 6), Line("R07", r7from, &r7to, -7)})));
+              Line("R05", {2000, 1, 1, 0, 0, 0.0}, &y20, 6), Line("R07", r7from, &r7to, -7)})));
     const unsigned long jun25 = MJD(2020, 6, 25), jan1 = MJD(2020, 1, 1);
     ExpectLookUps(*g, {
         {105, jan1, 0.0L, 3.0L},          // start included
         {105, jun25, 43170.0L, 3.0L},     // 30 s before noon
         {105, jun25, 43200.0L, 3.0L},     // end included, first line wins
         {105, jun25, 43230.0L, -2.0L},    // second period
-        {105, jan1 - 1, 86399.0L, 6.0L},  // only the late wide line: order, not width, decides
+        {105, jan1 - 1, 86399.0L, 6.0L},  // only the earlier period, listed last
         {105, GLNSatns::LastEphDay, GLNSatns::LastEphSecond, -2.0L},  // open end
         {105, GLNSatns::LastEphDay + 1, 0.0L, None},
         {107, jun25, 3.0L * 3600.0L, -7.0L},  // closed end at 04:30:05.5
@@ -131,5 +131,28 @@ TEST(GLNSatDeath, MissingBrokenAndMisplacedFieldsStop)
         {"reversed.glnfc", with3(Line("R01", noon, &before, 1)), err(3, "PERIOD ENDS BEFORE IT STARTS!")},
         {"comments-only.glnfc", "# nothing\n\n", err(2, "NO FREQUENCY CHANNEL LINES!")},
         {"long.glnfc", with3(l3 + std::string(460, ' ')), err(3, "LINE LONGER THAN 511 CHARACTERS!")},
+    });
+}
+
+TEST(GLNSat, OverlapsOnOneChannelAreAcceptedAndOnTwoChannelsStop)
+{
+    // A repeated line, a wide period around a narrow one of the same
+    // channel, other slots overlapping, and a change of channel at a shared
+    // instant are all one channel at any time.
+    const Epoch jun24{2020, 6, 24, 0, 0, 0.0}, noon{2020, 6, 25, 12, 0, 0.0}, jun26{2020, 6, 26, 0, 0, 0.0},
+        before{2020, 6, 25, 11, 59, 0.0};
+    auto g = Load<GLNSat>(WriteTemp("agree.glnfc", Join({Line("R01", kDay, nullptr, 1), Line("R01", kDay, nullptr, 1),
+        Line("R01", jun24, &jun26, 1), Line("R02", kDay, &noon, -4), Line("R03", kDay, &noon, 5), Line("R02", noon, nullptr, 3)})));
+    const unsigned long jun25 = MJD(2020, 6, 25);
+    ExpectLookUps(*g, {{101, jun25, 60.0L, 1.0L}, {102, jun25, 43200.0L, -4.0L}, {102, jun25, 43201.0L, 3.0L}, {103, jun25, 0.0L, 5.0L}});
+    // Two channels over a shared stretch stop, the lines named in file
+    // order: apart in the file; an overlap with a wide line that the
+    // line just before only touches; the later period listed first.
+    auto err = [](int a, int b) { return Framed("GLONASS FREQUENCY CHANNEL FILE .*: lines " + std::to_string(a) + " and "
+                                                + std::to_string(b) + ": SLOT [0-9]+ ON TWO CHANNELS IN OVERLAPPING PERIODS!"); };
+    ExpectEachStops<GLNSat>({
+        {"apart.glnfc", Join({Line("R02", kDay, &noon, -4), Line("R01", kDay, nullptr, 1), Line("R02", before, nullptr, 3)}), err(1, 3)},
+        {"wide.glnfc", Join({Line("R01", jun24, &jun26, 1), Line("R01", kDay, &noon, 1), Line("R01", noon, nullptr, 2)}), err(1, 3)},
+        {"order.glnfc", Join({Line("R05", noon, nullptr, 2), Line("R05", kDay, &jun26, 1)}), err(1, 2)},
     });
 }
