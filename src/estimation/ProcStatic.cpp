@@ -6,6 +6,7 @@
 #include <iomanip>
 #include <iostream>
 #include <limits>
+#include <sstream>
 #include <string>
 
 #include "driver/Console.h"
@@ -495,6 +496,15 @@ void ProcStatic(gCPosC& gc)
     if (gc.NObs == 0) ProgramError("Orvo", "NO OBSERVATION ENTERED THE STATIC SOLUTION - " + NoObservationReason(gc) + "!");
     if (!(gc.NObs - gc.NUnk - gc.NClk + gc.ndcbConstr + gc.NUnkUndef > 0))
         ProgramError("Orvo", "NO REDUNDANT OBSERVATIONS IN STATIC SOLUTION: A-POSTERIORI VARIANCES UNDEFINED!");
+    const long double offset = gc.RecPosCorr.GetLength();
+    if (!(offset <= ProcStaticns::MaxAprioriOffset_m)) {
+        std::ostringstream m;
+        m << std::fixed << std::setprecision(4) << "THE ESTIMATE " << gc.RecPosEst.x << " " << gc.RecPosEst.y << " "
+          << gc.RecPosEst.z << " LIES " << std::setprecision(1) << offset
+          << " M FROM THE A-PRIORI POSITION, WHERE THE MODELS WERE COMPUTED - SET IT AS THE APPROXIMATE POSITION "
+             "(RINEX HEADER OR -ac FILE) AND RUN AGAIN!";
+        ProgramError("Orvo", m.str());
+    }
 
     std::cout << "\n  Estimated reference standard deviations:\n" << std::setprecision(1);
     const struct {

@@ -40,6 +40,8 @@ static void WriteInputs() {
         orvotest::WriteTemp("obs_cut.20o", text);
         orvotest::WriteTemp("clk.clk", orvotest::FirstLines(kClk, 3000));
         orvotest::WriteTemp("orb.sp3", orvotest::ReadFile(kSp3));
+        // R02 also on channel -2 from the same start: which one holds?
+        orvotest::WriteTemp("two.glnfc", orvotest::ReadFile(kChannels) + "R02       2020 06 25 00 00  0.0                    -2\n");
         // The clock file without its epochs from 00:02:00 to 00:04:00: the
         // windows around them are not equally spaced.
         std::istringstream clk(orvotest::ReadFile(Scratch("clk.clk")));
@@ -156,6 +158,8 @@ struct Case {
     std::string value;
     Outcome outcome;
     std::vector<std::string> messages;  // regular expressions
+    std::string Inputs::*field2 = nullptr;  // a second input changed with the first
+    std::string value2 = "";
 };
 
 static void ExpectOutcomes(const std::string& table, const std::vector<Case>& cases) {
@@ -163,6 +167,7 @@ static void ExpectOutcomes(const std::string& table, const std::vector<Case>& ca
     for (const Case& k : cases) {
         Inputs in;
         in.*k.field = k.value;
+        if (k.field2 != nullptr) in.*k.field2 = k.value2;
         SCOPED_TRACE("orvo " + in.Args());
         const std::string dir = table + std::to_string(row++);
         const RunResult r = RunOn(in, dir);
@@ -207,6 +212,10 @@ TEST(Robustness, ObservationFile) {
         {kObsF, Edited("height.20o", "obs.20o", header, "      150.2160        0.0000        0.0000  "), O::Fails,
          {"ANTENNA: DELTA H/E/N BEYOND ANY MONUMENT.*line: 17"}},
         {kObsF, Edited("space.20o", "obs.20o", "  5232754.8054", " 15232754.8054"), O::Fails, {"APPROX POSITION XYZ IS NOT ON THE EARTH.*line: 18"}},
+        // On the Earth but 1 km off: the adjustment finds the site, but the
+        // models were computed at the header's position.
+        {kObsF, Edited("far.20o", "obs.20o", "  3582105.2910", "  3583105.2910"), O::Fails,
+         {"THE ESTIMATE 35821[0-9.]+ 5325[0-9.]+ 52327[0-9.]+ LIES (99[0-9]|100[0-9])\\.[0-9] M FROM THE A-PRIORI POSITION"}},
         {kObsF, "empty", O::Fails, {"NUMBER OF EPOCH IN RINEX FILE NOT DETERMINED"}},
         {kObsF, "obs_cut.20o", O::Fails, {"RINEX FILE ENDS INSIDE THE EPOCH OF LINE"}},
         {kObsF, "obs_cutvalue.15o", O::Fails, {"RINEX FILE ENDS INSIDE AN OBSERVATION VALUE"}},
@@ -259,6 +268,11 @@ TEST(Robustness, ChannelFile) {
         {kGfF, "glnfc_cut", O::Fails, {"GLONASS FREQUENCY CHANNEL FILE .*line 13:"}},
         {kGfF, kSp3, O::Fails, {"GLONASS FREQUENCY CHANNEL FILE .*line 3:"}},
         {kGfF, "absent.glnfc", O::Fails, {"GLONASS FREQUENCY CHANNEL FILE CAN NOT BE OPENED!"}},
+        {kGfF, "two.glnfc", O::Fails, {"GLONASS FREQUENCY CHANNEL FILE .*two.glnfc: lines 4 and [0-9]+: SLOT 2 ON TWO CHANNELS IN OVERLAPPING PERIODS!"}},
+        // Without a source of channels GLONASS can't be used: dropped when
+        // other systems are set, fatal when it is the only one.
+        {kGfF, "", O::Completes, {"NO FREQUENCY CHANNEL FILE \\[-gf\\] NOR GLONASS NAVIGATION FILE \\[-er\\] GIVES THE GLONASS CHANNELS - NOT PROCESSING GLONASS SYSTEM!"}},
+        {kGfF, "", O::Fails, {"GLONASS IS THE ONLY SYSTEM SET BUT NO FREQUENCY CHANNEL FILE"}, kSysF, "R"},
     });
 }
 
@@ -274,6 +288,9 @@ TEST(Robustness, TroposphereGrid) {
         {kExtraF, "-tmGPT2,GLPT2 -g2absent.grd", O::Same,
          {"GPT2 TROPOSPHERE MODEL FILE CAN NOT BE OPENED!", "TROPOSPHERE MODEL SET TO DEFAULT - SAASTAMOINEN!"}},
         {kExtraF, "-tmGPT2,GLPT2 -g2" + kGrid, O::Completes, {}},
+        // A model that needs a VMF1 or GPT2 file, with none: the defaults.
+        {kExtraF, "-tmVIENNA,NIELL", O::Same,
+         {"TROPOSPHERE MODEL/MAPPING FUNCTION \\[-tm\\] NEEDS A VMF1 OR GPT2 FILE \\[-vm\\|-g2\\] - NONE SET!", "TROPOSPHERE MODEL SET TO DEFAULT - SAASTAMOINEN!"}},
     });
 }
 
@@ -305,6 +322,11 @@ TEST(Robustness, Options) {
         // A result file in place of an input, or in a missing folder.
         {kExtraF, "-cf" + Scratch("obs.20o"), O::Fails, {"RESULT FILE -.*obs.20o- WOULD OVERWRITE THE INPUT FILE"}},
         {kExtraF, "-cf/nonexistent/folder/day.clk", O::Fails, {"RESULT FILE -/nonexistent/folder/day.clk- LIES IN A FOLDER THAT DOES NOT EXIST!"}},
+        // Unknowns beyond what the data can determine, or a shift that
+        // never reaches the first epoch, stop before anything is allocated.
+        {kExtraF, "-ti00:00:01", O::Fails, {"TROPOSPHERE INTERVAL \\[-ti\\] OF 1.0 s GIVES MORE ZENITH DELAY INTERVALS THAN THE 13 EPOCHS"}},
+        {kExtraF, "-ti02:00:00d0:0:1e30", O::Fails, {"TROPOSPHERE EPOCH SHIFT \\[-ti...d\\] MUST BE SMALLER THAN THE INTERVAL!"}},
+        {kExtraF, "-tgi100000000", O::Fails, {"NUMBER OF TROPOSPHERE GRADIENT INTERVALS \\[-tgi\\] 100000000 EXCEEDS THE 1 ZENITH DELAY INTERVALS!"}},
         // An unknown option is only a warning and changes nothing.
         {kExtraF, "-zz", O::Same, {"UNKNOWN PARAMETHER: -zz"}},
     });
