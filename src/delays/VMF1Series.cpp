@@ -15,6 +15,10 @@ short intType = 0;
 
 namespace {
 
+// Values of one series at most: a century of values every five minutes,
+// far beyond any product, and far from overflowing the 3 n numbers counted.
+constexpr long MaxSeriesLength = 10000000;
+
 std::string Upper(std::string s)
 {
     for (char& ch : s) ch = static_cast<char>(std::toupper(static_cast<unsigned char>(ch)));
@@ -84,7 +88,7 @@ void VMF1Series::Scan(bool store)
             closeSeries(lineNo);
             std::string p, l, extra;
             long n = 0;
-            if (!(words >> p >> l >> n) || n < 1)
+            if (!(words >> p >> l >> n) || n < 1 || n > MaxSeriesLength)
                 ProgramError("Orvo", bad + "(SERIES HEAD AT LINE "
                                          + std::to_string(lineNo) + ")!");
             ++i;

@@ -83,10 +83,13 @@ TEST(VMF1SeriesDeath, BrokenFilesStopWithFramedError)
 {
     const std::string all = orvotest::ReadFile(kSeries);
     // Cut inside the first series: 4 values announced, 2 given; a head
-    // without a count; numbers before any head; epochs going back.
+    // without a count or with one beyond ten million values; numbers before
+    // any head; epochs going back.
     const struct { const char* name; std::string text, error; } cases[] = {
         {"cut.vmf", all.substr(0, all.find(" 57257 43200")), "SERIES ENDING BEFORE LINE 5 HAS 6 OF 12 NUMBERS"},
         {"head.vmf", "ZIMM zh\n 57257 0 2.0\n", "SERIES HEAD AT LINE 1"}, {"neg.vmf", "ZIMM zh -3\n", "SERIES HEAD AT LINE 1"},
+        // Found by fuzzing: a count whose 3 n numbers overflowed a long.
+        {"huge.vmf", "ZIMM zh 4953959590107545600\n", "SERIES HEAD AT LINE 1"},
         {"orphan.vmf", " 57257 0 2.0\nZIMM zh 1\n 57257 0 2.0\n", "DATA AT LINE 1"},
         {"word.vmf", "ZIMM zh 1\n 57257 zero 2.0\n", "DATA AT LINE 2"},
         {"back.vmf", "ZIMM zh 2\n 57257 3600 2.0\n 57257 0 2.1\n", "EPOCHS NOT RISING AT LINE 3"},
