@@ -15,7 +15,7 @@ EX_OBS = SIMU1770.20o
 ORVO_EXAMPLE = -csGRE -r$(EX_OBS) -epSIMU1770.sp3 -ecSIMU1770.clk -gf$(EX_OBS).glnfc \
 	-lPc3,L3 -tmSAAST,NIELL -ti01:00:00 -tg -me5 -st -xSTA -gpsSIMU1770.gps -otSIMU1770.trp
 
-.PHONY: all release run test bench sanitize clean
+.PHONY: all release run test bench sanitize fuzz clean
 
 all: release
 
@@ -46,6 +46,19 @@ sanitize:
 	cmake -S . -B build/sanitize -DCMAKE_BUILD_TYPE=Debug -DORVO_SANITIZE=ON >/dev/null
 	cmake --build build/sanitize -j $(JOBS)
 	cd build/sanitize && ctest --output-on-failure -j $(JOBS)
+
+# Every file reader under libFuzzer with address and undefined-behaviour
+# sanitizers (fuzz/README in the top README): builds the targets with clang,
+# cuts the seed corpora from the shared data, runs each target FUZZ_SECONDS.
+FUZZ_SECONDS ?= 60
+FUZZ_CXX ?= clang++-14
+SHARED_DATA ?= ../shared/data
+
+fuzz:
+	cmake -S fuzz -B build/fuzz/bin -DCMAKE_CXX_COMPILER=$(FUZZ_CXX) >/dev/null
+	cmake --build build/fuzz/bin -j $(JOBS)
+	python3 fuzz/make-corpora.py $(SHARED_DATA) build/fuzz/corpus >/dev/null
+	fuzz/run.sh build/fuzz/bin build/fuzz/corpus build/fuzz/findings $(FUZZ_SECONDS)
 
 clean:
 	rm -rf build

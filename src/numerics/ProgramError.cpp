@@ -6,6 +6,8 @@
 
 namespace {
 
+ErrorExitHandler exitHandler = nullptr;
+
 [[noreturn]] void ErrorTo(std::ostream& os, const std::string& prog, const std::string& text)
 {
     os << "\n**** " << prog << ": Error -> " << text << " ****\n"
@@ -13,7 +15,7 @@ namespace {
     // Both streams may hold report lines that explain the failure.
     std::cout.flush();
     std::cerr.flush();
-    std::exit(1);
+    ErrorExit(1);
 }
 
 void WarningTo(std::ostream& os, const std::string& prog, const std::string& text)
@@ -24,12 +26,20 @@ void WarningTo(std::ostream& os, const std::string& prog, const std::string& tex
 
 }  // namespace
 
+void SetErrorExitHandler(ErrorExitHandler handler) { exitHandler = handler; }
+
+void ErrorExit(int status)
+{
+    if (exitHandler != nullptr) exitHandler(status);
+    std::exit(status);
+}
+
 void ClassErrorCout(const std::string& cls, const std::string& text)
 {
     std::cout << "\n**** " << cls << ": Error -> " << text << " ****\n"
               << "     Exiting class " << cls << " ... \n";
     std::cout.flush();
-    std::exit(1);
+    ErrorExit(1);
 }
 
 void ProgramError(const std::string& prog, const std::string& text) { ErrorTo(std::cerr, prog, text); }

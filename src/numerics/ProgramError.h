@@ -4,6 +4,16 @@
 // status 1 on the spot; a warning returns.
 #include <string>
 
+/// Called with the exit status when an error ends the run. The default ends
+/// the process (std::exit); a handler that returns falls back to it. The
+/// fuzz targets set one that throws, so an input ends without the process.
+using ErrorExitHandler = void (*)(int status);
+/// Sets the handler of ErrorExit; a null handler restores std::exit.
+void SetErrorExitHandler(ErrorExitHandler handler);
+/// Ends the run with status through the handler: the one exit of every
+/// framed error of the program and of its file classes.
+[[noreturn]] void ErrorExit(int status);
+
 /// Prints the framed error on the error stream and exits with status 1.
 [[noreturn]] void ProgramError(const std::string& prog, const std::string& text);
 /// Prints the framed error on the output stream and exits with status 1.

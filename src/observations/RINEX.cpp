@@ -30,7 +30,7 @@ void RINEX::RINEXError(const std::string& text)
     std::cout << "\n#### RINEX: Error -> " << text << " ####\n"
               << "     Exiting RINEX ... \n\n";
     std::cout.flush();
-    std::exit(1);
+    ErrorExit(1);
 }
 
 void RINEX::RINEXWarning(const std::string& text) { ProgramWarningCout("RINEX", text); }

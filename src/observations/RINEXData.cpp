@@ -219,7 +219,7 @@ void RINEXData::RINEXDataError(const std::string& text)
     std::cout << "\n#### RINEXData: Error -> " << text << " ####\n"
               << "     Exiting RINEXData ... \n\n";
     std::cout.flush();
-    std::exit(1);
+    ErrorExit(1);
 }
 
 void RINEXData::RINEXDataWarning(const std::string& text) { ProgramWarningCout("RINEXData", text); }

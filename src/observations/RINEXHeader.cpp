@@ -269,7 +269,7 @@ void RINEXHeader::RINEXHeaderError(const std::string& text, long line)
     std::cout << "\n#### RINEXHeader: Error -> " << text << " -> line: " << line << " ####\n"
               << "     Exiting RINEXHeader ... \n\n";
     std::cout.flush();
-    std::exit(1);
+    ErrorExit(1);
 }
 
 std::istream& operator>>(std::istream& in, RINEXHeader& h)

@@ -139,10 +139,23 @@ bool GLNbEph::ReadParameter(std::istream& in, long double& value)
 void GLNbEph::ReadRecords(std::istream& in)
 {
     if (!rdata.isSet) GLNbEphError("NUMBER OF RECORDS not set!");
+    using D = GLNbEphData;
+    // Field, its bound and its name for the range check of each record.
+    static const struct { int j; long double max; const char* name; } ranges[] = {
+        {D::TAUN, GLNbEphns::MaxTauN_s, "CLOCK OFFSET"}, {D::GAMMAN, GLNbEphns::MaxGammaN, "FREQUENCY OFFSET"},
+        {D::X0, GLNbEphns::MaxCoordinate_km, "X"}, {D::Y0, GLNbEphns::MaxCoordinate_km, "Y"},
+        {D::Z0, GLNbEphns::MaxCoordinate_km, "Z"}, {D::XD0, GLNbEphns::MaxVelocity_kmps, "X VELOCITY"},
+        {D::YD0, GLNbEphns::MaxVelocity_kmps, "Y VELOCITY"}, {D::ZD0, GLNbEphns::MaxVelocity_kmps, "Z VELOCITY"},
+        {D::XDDS, GLNbEphns::MaxAcceleration_kmps2, "X ACCELERATION"},
+        {D::YDDS, GLNbEphns::MaxAcceleration_kmps2, "Y ACCELERATION"},
+        {D::ZDDS, GLNbEphns::MaxAcceleration_kmps2, "Z ACCELERATION"}};
     std::string rest;
     for (long r = 0; r < nsatall; ++r) {
+        const std::string where = std::string(navig) + ": RECORD " + std::to_string(r + 1);
         int s = 0;
-        if (!(in >> s)) break;
+        // The count saw this record start; a record whose values took more
+        // lines than four has shifted every later one.
+        if (!(in >> s)) GLNbEphError(where + ": RECORD LINES DO NOT HOLD 15 VALUES!");
         // Slots run 1..99 in the shared numbering (100 + slot).
         if (s < 1 || s > 99)
             GLNbEphError("RECORD " + std::to_string(r + 1) + ": SLOT NUMBER NOT IN 1..99!");
@@ -168,6 +181,9 @@ void GLNbEph::ReadRecords(std::istream& in)
                              + ": FILE ENDS INSIDE THE RECORD!");
             rdata.data(r, j) = v;
         }
+        for (const auto& f : ranges)
+            if (!(std::fabs(rdata.data(r, f.j)) <= f.max))
+                GLNbEphError(where + ": " + f.name + " OUTSIDE THE RANGE OF THE GLONASS ICD!");
         std::getline(in, rest);
     }
 }

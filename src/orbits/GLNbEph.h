@@ -29,6 +29,16 @@ constexpr int MaxLightIter = 500;
 constexpr long double LightTimeTol_m = 1e-5L;
 /// Longest header line kept, and longest record line (characters).
 constexpr std::size_t HeaderLineSize = 99;
+/// Ranges of the broadcast fields (GLONASS ICD, edition 5.1, table 4.5): a
+/// record beyond them is no orbit, and integrating it would run the light
+/// time iteration to its limit with the satellite anywhere. Clock offset
+/// tau_n 2^-9 s, relative frequency offset gamma_n 2^-30, position 2.7e4 km,
+/// velocity 4.3 km/s, luni-solar acceleration 6.2e-9 km/s^2.
+constexpr long double MaxTauN_s = 0.001953125L;
+constexpr long double MaxGammaN = 9.31322574615478515625e-10L;
+constexpr long double MaxCoordinate_km = 2.7e4L;
+constexpr long double MaxVelocity_kmps = 4.3L;
+constexpr long double MaxAcceleration_kmps2 = 6.2e-9L;
 }  // namespace GLNbEphns
 
 /// Header of the navigation file.

@@ -67,6 +67,31 @@ TEST(ProgramMessages, ErrorsAndWarningsFrameTheirTextOnTheirOwnStream) {
     EXPECT_EQ(err.Text(), warning);
 }
 
+namespace {
+struct HookedExit { int status; };
+[[noreturn]] void ThrowStatus(int status) { throw HookedExit{status}; }
+void ReturnAtOnce(int) {}
+}  // namespace
+
+// The fuzz targets end an input at the exit hook; every kind of framed error
+// must pass through it with status 1, and a hook that returns or none at all
+// must still end the process with that status.
+TEST(ProgramMessages, EveryErrorEndsThroughTheExitHook) {
+    const struct { const char* what; void (*fail)(); } errors[] = {
+        {"ProgramError", [] { ProgramError("Orvo", "X"); }}, {"ProgramErrorCout", [] { ProgramErrorCout("Orvo", "X"); }},
+        {"ClassErrorCout", [] { ClassErrorCout("mjd", "X"); }}};
+    orvotest::Capture err(std::cerr), out(std::cout);
+    SetErrorExitHandler(ThrowStatus);
+    for (const auto& e : errors) {
+        int status = 0;
+        try { e.fail(); } catch (const HookedExit& x) { status = x.status; }
+        EXPECT_EQ(status, 1) << e.what;
+    }
+    SetErrorExitHandler(nullptr);
+    EXPECT_EXIT({ SetErrorExitHandler(ReturnAtOnce); ErrorExit(1); }, ::testing::ExitedWithCode(1), "");
+    EXPECT_EXIT(ErrorExit(1), ::testing::ExitedWithCode(1), "");
+}
+
 TEST(CppCas, DateTextAgreesWithTheFieldsAndStopTimesARunningMeasurement) {
     CppCas cas;
     // The clock may tick between calls: take a reading whose text is the

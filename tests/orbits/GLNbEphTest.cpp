@@ -162,3 +162,32 @@ TEST(GLNbEphDeath, MissingCutAndUnlistedStop)
     mjd t(Jun25, 0.0L); EXPECT_EXIT({ std::cout.rdbuf(std::cerr.rdbuf()); Nav().GetDataIndex(22, t); }, ::testing::ExitedWithCode(1),
                 "GLNbEph: Error -> SAT: R22 IS NOT LISTED IN GLONASS NAVIGATION FILE!!!");
 }
+
+// Found by fuzzing: a record of no orbit (here a shifted value taken for an
+// acceleration) ran every light-time iteration to its limit, and a record
+// over five lines left a zero record of satellite 0 at the end.
+TEST(GLNbEphDeath, RecordsOutsideTheICDRangesOrOffTheirLinesStop)
+{
+    // First record: header 5 lines, epoch line 6, value lines 7-9.
+    const std::vector<std::string> l = FileLines(kNav);
+    auto first2 = [&](int line, std::size_t col, const std::string& field) {
+        std::string t;
+        for (int i = 0; i < 13; ++i) t += (i == line ? std::string(l[i]).replace(col, 19, field) : l[i]) + "\n";
+        return t;
+    };
+    const struct { int line; std::size_t col; const char* field; const char* name; } cases[] = {
+        {5, 22, " 1.960000000000D-03", "CLOCK OFFSET"},    // just over 2^-9 s
+        {6, 3, " 2.701000000000D+04", "X"},                // just over 2.7e4 km
+        {8, 22, "-4.310000000000D+00", "Z VELOCITY"},      // just over 4.3 km/s
+        {7, 41, " 6.300000000000D-09", "Y ACCELERATION"}}; // just over 6.2e-9 km/s^2
+    for (const auto& c : cases)
+        EXPECT_EXIT({ std::cout.rdbuf(std::cerr.rdbuf()); Load<GLNbEph>(WriteTemp("range.20g", first2(c.line, c.col, c.field))); },
+                    ::testing::ExitedWithCode(1), std::string("GLNbEph: Error -> .*range.20g: RECORD 1: ") + c.name
+                                                      + " OUTSIDE THE RANGE OF THE GLONASS ICD!") << c.name;
+    // The first record's second value line broken in two: the count sees a
+    // third record start that the values never reach.
+    std::string split;
+    for (int i = 0; i < 13; ++i) split += (i == 7 ? l[i].substr(0, 41) + "\n   " + l[i].substr(41) : l[i]) + "\n";
+    EXPECT_EXIT({ std::cout.rdbuf(std::cerr.rdbuf()); Load<GLNbEph>(WriteTemp("split.20g", split)); },
+                ::testing::ExitedWithCode(1), "GLNbEph: Error -> .*split.20g: RECORD 3: RECORD LINES DO NOT HOLD 15 VALUES!");
+}
