@@ -310,6 +310,10 @@ long double GLNbEph::CalcSatPosition(short sati, mjd& eph, mjd& tindex, xyz& pre
                          + (ps.z - psat.z) * (ps.z - psat.z));
         thres = std::fabs(deltat * C_mps + dist);
         deltat = -dist / C_mps;
+        if (!(-deltat <= GLNbEphns::MaxFlightTime_s)) {
+            ephr = eph;
+            return -1.0L;
+        }
     }
     ephr = eph;
     return dist;

@@ -27,6 +27,10 @@ constexpr long double MinStep_s = 1e-8L;
 /// Light-time iterations at most, and the closure (m) that ends them.
 constexpr int MaxLightIter = 500;
 constexpr long double LightTimeTol_m = 1e-5L;
+/// Longest signal flight time (s) from any GNSS satellite to the ground
+/// (0.15 s from a QZSS apogee): a record that puts its satellite farther is
+/// no orbit, and iterating on it only spins.
+constexpr long double MaxFlightTime_s = 1.0L;
 /// Longest header line kept, and longest record line (characters).
 constexpr std::size_t HeaderLineSize = 99;
 /// Ranges of the broadcast fields (GLONASS ICD, edition 5.1, table 4.5): a
@@ -122,7 +126,8 @@ public:
     /// Light-time iteration from the reception epoch eph to the receiver at
     /// prec (m): psat, vsat at transmission; returns the geometric distance
     /// (m) with the Earth's rotation during the signal travel applied to the
-    /// receiver. More than 500 iterations are warned of.
+    /// receiver. More than 500 iterations are warned of; -1 when the record
+    /// puts its satellite more than MaxFlightTime_s of light away.
     long double CalcSatPosition(short sati, mjd& eph, mjd& tindex, xyz& prec, xyzt& psat,
                                 xyzt& vsat, short warning);
 

@@ -38,7 +38,8 @@ bool BroadcastSatellite(gCPosC& gc, short sat, mjd& eph, xyzt& pos, long double&
         xyzt vel;
         dist = gc.glnnav.CalcSatPosition(slot, eph, tindex, rec, pos, vel, 0);
         relativity = gc.glnnav.GetRelativity();
-        usable = std::fabs(gc.glnnav.GetData().data(gc.glnnav.GetLastIndex(), GLNbEphData::HEALTH)) < 0.5L;
+        usable = dist > 0.0L
+                 && std::fabs(gc.glnnav.GetData().data(gc.glnnav.GetLastIndex(), GLNbEphData::HEALTH)) < 0.5L;
         return true;
     }
     default:

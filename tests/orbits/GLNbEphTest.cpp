@@ -191,3 +191,21 @@ TEST(GLNbEphDeath, RecordsOutsideTheICDRangesOrOffTheirLinesStop)
     EXPECT_EXIT({ std::cout.rdbuf(std::cerr.rdbuf()); Load<GLNbEph>(WriteTemp("split.20g", split)); },
                 ::testing::ExitedWithCode(1), "GLNbEph: Error -> .*split.20g: RECORD 3: RECORD LINES DO NOT HOLD 15 VALUES!");
 }
+
+TEST(GLNbEph, RecordOfNoOrbitGivesNoDistance)
+{
+    // Found by fuzzing: a record within every ICD range that puts its
+    // satellite 1.7 m from the geocentre falls through it when integrated;
+    // the light-time iteration spun to its limit on the wreck. Farther than
+    // any satellite's light time, it now yields no distance at once.
+    const std::vector<std::string> l = FileLines(kNav);
+    std::string t;
+    for (int i = 0; i < 13; ++i) t += (i >= 6 && i <= 8 ? std::string(l[i]).replace(3, 19, " 1.000000000000D-03") : l[i]) + "\n";
+    const auto n = Load<GLNbEph>(WriteTemp("centre.20g", t));
+    mjd e = n->GetMJD(0);
+    e += 900.0L;
+    mjd ti = e;
+    xyz rec(3582105.291L, 532589.731L, 5232754.805L);
+    xyzt p, v;
+    EXPECT_EQ(n->CalcSatPosition(n->GetData().sat(0), e, ti, rec, p, v, 0), -1.0L);
+}
