@@ -6,7 +6,9 @@
 #include <string>
 
 #include "numerics/FieldText.h"
+#include "numerics/MathConstants.h"
 #include "numerics/ProgramError.h"
+#include "observations/GPSc.h"
 
 using fieldtext::CopyTrimmedField;
 using fieldtext::HoldsLabel;
@@ -14,26 +16,12 @@ using fieldtext::HoldsLabel;
 namespace {
 
 const char* const Prog = "Klobuchar iono";
-const long double Pi = 3.14159265358979323846264338327950288L;
-const long double C_mps = 299792458.0L;
 
 // Up to len characters from pos; a field beyond the end of a short line is
 // empty and so reads as 0.
 std::string Field(const std::string& line, std::size_t pos, std::size_t len)
 {
     return pos < line.size() ? line.substr(pos, len) : std::string();
-}
-
-long double Num(const std::string& line, std::size_t pos, std::size_t len)
-{
-    return std::strtold(Field(line, pos, len).c_str(), nullptr);
-}
-
-// Mantissa and exponent stand in separate fields (the D of the exponent
-// between them), so they are read apart and joined.
-long double Exp10(const std::string& line, std::size_t mpos, std::size_t mlen, std::size_t epos)
-{
-    return Num(line, mpos, mlen) * std::pow(10.0L, std::atoi(Field(line, epos, 3).c_str()));
 }
 
 }  // namespace
@@ -58,10 +46,10 @@ std::istream& operator>>(std::istream& in, IonKlobuchar& k)
             CopyTrimmedField(line, 40, 20, k.date, sizeof k.date);
         } else if (HoldsLabel(line, "ION ALPHA") || HoldsLabel(line, "ION BETA")) {
             long double* c = HoldsLabel(line, "ION ALPHA") ? k.alfa : k.beta;
-            for (std::size_t i = 0; i < 4; ++i) c[i] = Exp10(line, 12 * i + 2, 8, 12 * i + 11);
+            for (std::size_t i = 0; i < 4; ++i) c[i] = fieldtext::MantissaExponent(line, 12 * i + 2, 8, 12 * i + 11);
         } else if (HoldsLabel(line, "DELTA-UTC: A0,A1,T,W")) {
-            k.a0 = Exp10(line, 3, 15, 19);
-            k.a1 = Exp10(line, 22, 15, 38);
+            k.a0 = fieldtext::MantissaExponent(line, 3, 15, 19);
+            k.a1 = fieldtext::MantissaExponent(line, 22, 15, 38);
             k.T = std::atol(Field(line, 41, 9).c_str());
             k.W = std::atol(Field(line, 50, 9).c_str());
         } else if (HoldsLabel(line, "LEAP SECONDS")) {
@@ -109,5 +97,5 @@ long double IonKlobuchar::CalcIonDelay(long double fi_deg, long double la_deg, l
     const long double dc = 5e-9L;  // night-time delay (s)
     const long double x2 = x * x;
     const long double delay = std::fabs(x) > 1.57L ? sf * dc : sf * (dc + amp * (1.0L - x2 / 2.0L + x2 * x2 / 24.0L));
-    return delay * C_mps;
+    return delay * GPSc::c;
 }

@@ -60,4 +60,9 @@ long double FortranNumber(const std::string& line, std::size_t pos, std::size_t 
     return std::strtold(f.c_str(), nullptr);
 }
 
+long double MantissaExponent(const std::string& line, std::size_t pos, std::size_t len, std::size_t epos)
+{
+    return FortranNumber(line, pos, len) * std::pow(10.0L, FortranNumber(line, epos, 3));
+}
+
 }  // namespace fieldtext

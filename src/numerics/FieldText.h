@@ -32,6 +32,11 @@ void CopyTrimmedField(const std::string& line, std::size_t pos, std::size_t len,
 /// 0 when the line ends before pos or the field holds no number.
 long double FortranNumber(const std::string& line, std::size_t pos, std::size_t len);
 
+/// A number written as mantissa, D and exponent in separate fields (the
+/// D12.4 fields of the navigation header's ionosphere and UTC lines): the
+/// FortranNumber of [pos, pos + len) times ten to that of [epos, epos + 3).
+long double MantissaExponent(const std::string& line, std::size_t pos, std::size_t len, std::size_t epos);
+
 /// True when the line holds label anywhere.
 inline bool HoldsLabel(const std::string& line, const char* label) { return line.find(label) != std::string::npos; }
 

@@ -12,6 +12,7 @@
 #include "geodesy/TimeConverse.h"
 #include "geodesy/ymdhms.h"
 #include "numerics/FieldText.h"
+#include "observations/GPSc.h"
 
 namespace {
 
@@ -66,7 +67,6 @@ void StopIfCutInValue(const std::string& line, long lineNo)
 // covers BeiDou and SBAS satellites at 42 164 km.
 constexpr long double OrbitShell_m[][2] = {
     {26.00e6L, 27.10e6L}, {25.25e6L, 25.80e6L}, {23.50e6L, 32.50e6L}, {23.50e6L, 45.50e6L}};
-constexpr long double SpeedOfLight = 299792458.0L;
 
 bool IsCode(unsigned short t)
 {
@@ -113,13 +113,8 @@ void PrintRejected(const std::map<short, long>& bySat, const char* title, const 
                    const char* unit)
 {
     if (bySat.empty()) return;
-    long total = 0;
     std::cout << title << "\n";
-    for (const auto& [sat, n] : bySat) {
-        std::cout << "    Satellite: " << SatName(sat) << "    #OBS: " << std::setw(8) << n << "\n";
-        total += n;
-    }
-    std::cout << "\n";
+    const long total = PrintSatelliteCounts(bySat);
     RINEXData::RINEXDataWarning(what + " - " + std::to_string(total) + " " + unit + " NOT USED!");
 }
 
@@ -129,7 +124,7 @@ void CodeRangeLimits(SatSystem sys, long double& min_m, long double& max_m)
 {
     const int i = sys >= SysGPS && sys <= SysGAL ? sys : SysNone;
     const long double lowR = RINEXns::MinReceiverRadius_m, highR = RINEXns::MaxReceiverRadius_m;
-    const long double clock_m = RINEXns::CodeClockAllowance_s * SpeedOfLight;
+    const long double clock_m = RINEXns::CodeClockAllowance_s * GPSc::c;
     min_m = OrbitShell_m[i][0] - highR - clock_m;
     // The two tangent legs of a line that grazes the Earth at radius lowR.
     const auto leg = [lowR](long double r) { return std::sqrt((r - lowR) * (r + lowR)); };
@@ -262,6 +257,17 @@ char RINEXSatLetter(short s)
     static const char letters[] = {'G', 'R', 'E', 'C', 'S', 'J'};
     const int b = s / 100;
     return (b >= 0 && b < 6) ? letters[b] : 'X';
+}
+
+long PrintSatelliteCounts(const std::map<short, long>& bySat)
+{
+    long total = 0;
+    for (const auto& [sat, n] : bySat) {
+        std::cout << "    Satellite: " << SatName(sat) << "    #OBS: " << std::setw(8) << n << "\n";
+        total += n;
+    }
+    std::cout << "\n";
+    return total;
 }
 
 bool IsFirstObsLine(const std::string& line)
@@ -443,7 +449,7 @@ std::istream& operator>>(std::istream& in, RINEXData& d)
                 metIn[sn] = i;
                 firstOf[sn] = s;
             }
-            texts[s] = obsText;
+            texts[s].swap(obsText);  // obsText is cleared before the next record
         }
         // A satellite listed twice: an exact copy (a merge that wrote the
         // record twice) is dropped; of two different records nothing tells

@@ -248,6 +248,10 @@ short RINEXSatNumber(const char* field);
 /// The letter of a satellite number, the inverse of RINEXSatNumber ('X'
 /// for 600 and above).
 char RINEXSatLetter(short sat);
+/// The report lines of a per-satellite count, one "    Satellite: G05
+/// #OBS:        3" line per satellite in number order, then a blank line, on
+/// the output stream; returns the sum of the counts.
+long PrintSatelliteCounts(const std::map<short, long>& bySat);
 
 /// True for a RINEX 2 epoch line: blank column 0, date and time digits in
 /// their columns (tens may be blank), a full stop at 18, seven digits at 19

@@ -17,16 +17,9 @@
 using fieldtext::CopyTrimmedField;
 using fieldtext::FortranNumber;
 using fieldtext::HoldsLabel;
+using fieldtext::MantissaExponent;
 
 namespace {
-
-// Mantissa at (pos, 8) and exponent at (pos + 9, 3): the D12.4 fields of
-// the ionosphere lines, written as mantissa, D and exponent.
-long double MantissaExponent(const std::string& line, std::size_t pos, std::size_t len,
-                             std::size_t epos)
-{
-    return FortranNumber(line, pos, len) * std::pow(10.0L, FortranNumber(line, epos, 3));
-}
 
 // Next line that holds more than blanks, without its carriage return; a
 // blank line carries no field of a record.

@@ -195,16 +195,10 @@ void PrintNotUsed(const std::map<short, long>& bySat, const char* title, const c
                   const char* fate = "not used")
 {
     if (bySat.empty()) return;
-    long total = 0;
     std::string upper = fate;
     for (char& ch : upper) ch = static_cast<char>(std::toupper(static_cast<unsigned char>(ch)));
     std::cout << "  " << title << " (" << fate << "):\n";
-    for (const auto& [sat, n] : bySat) {
-        std::cout << "    Satellite: " << SystemLetter(sat) << std::setfill('0') << std::setw(2)
-                  << SystemPRN(sat) << std::setfill(' ') << "    #OBS: " << std::setw(8) << n << "\n";
-        total += n;
-    }
-    std::cout << "\n";
+    const long total = PrintSatelliteCounts(bySat);
     ProgramWarningCout(Prog, std::string(what) + " - " + std::to_string(total) + " OBSERVATIONS " + upper + "!");
 }
 
