@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <iostream>
 #include <string>
@@ -11,6 +12,7 @@
 #include "TestSupport.h"
 #include "numerics/CppCas.h"
 #include "numerics/ProgramError.h"
+#include "numerics/InputFile.h"
 #include "numerics/cfilef.h"
 
 using orvotest::TempDir;
@@ -114,4 +116,31 @@ TEST(CppCas, DateTextAgreesWithTheFieldsAndStopTimesARunningMeasurement) {
     cas.Pocakaj(0.02L);
     EXPECT_GE(cas.Stop(), 0.02 - 1.0 / CLOCKS_PER_SEC);
     EXPECT_DOUBLE_EQ(cas.Stop(), 0.0);  // the measurement ended with the first Stop
+}
+
+// gzip(1) is the independent compressor here: what it writes, the reader must
+// give back byte for byte, also as two concatenated members; a cut or flipped
+// stream is a framed error, never a shorter text.
+TEST(Files, GzipInputInflatesWhatGzipWroteAndRefusesDamagedStreams) {
+    const std::string text = orvotest::FirstLines(orvotest::Data("esbc-2020-177/esbc1770.20o"), 3000);
+    const std::string plain = orvotest::WriteTemp("z.20o", text), gz = plain + ".gz";
+    ASSERT_EQ(std::system(("gzip -c " + plain + " > " + gz).c_str()), 0);
+    EXPECT_TRUE(IsGzipFile(gz));
+    EXPECT_FALSE(IsGzipFile(plain) || IsGzipFile(TempDir() + "/none.gz"));
+    EXPECT_EQ(ReadInputFile(gz, "Orvo"), text);
+    EXPECT_EQ(ReadInputFile(plain, "Orvo"), text);
+    const std::string packed = orvotest::ReadFile(gz);
+    EXPECT_EQ(ReadInputFile(orvotest::WriteTemp("two.gz", packed + packed), "Orvo"), text + text);
+
+    std::string flipped = packed;
+    flipped[flipped.size() - 6] ^= 0x55;  // inside the CRC-32 of the trailer
+    const struct { std::string name, bytes, message; } bad[] = {
+        {"cut.gz", packed.substr(0, packed.size() / 2), "GZIP STREAM CUT BEFORE ITS END AT BYTE"},
+        {"crc.gz", flipped, "CORRUPT GZIP STREAM AT BYTE"},
+    };
+    for (const auto& b : bad) {
+        const std::string path = orvotest::WriteTemp(b.name, b.bytes);
+        EXPECT_EXIT(ReadInputFile(path, "Orvo"), ::testing::ExitedWithCode(1), b.message) << b.name;
+    }
+    EXPECT_EXIT(ReadInputFile(TempDir() + "/none.gz", "Orvo"), ::testing::ExitedWithCode(1), "CAN NOT BE OPENED");
 }

@@ -1,0 +1,84 @@
+#include "numerics/InputFile.h"
+
+#include <fstream>
+#include <iterator>
+
+#include <zlib.h>
+
+#include "numerics/ProgramError.h"
+
+namespace {
+
+// Inflated text of one file stays below this: a day of 1 s observations of
+// every system is about 700 MB of RINEX text; a bigger output is a damaged
+// or hostile stream, and refusing it beats an unframed bad_alloc.
+constexpr unsigned long long MaxInflatedBytes = 2ULL << 30;
+
+std::string InflateGzip(const std::string& raw, const std::string& path,
+                        const std::string& prog)
+{
+    // The whole stream goes to zlib at once: its length counter is 32 bits.
+    if (raw.size() > MaxInflatedBytes / 2)
+        ProgramError(prog, "FILE " + path + ": GZIP FILE LARGER THAN 1 GiB!");
+    std::string out;
+    z_stream zs{};
+    // 16 + MAX_WBITS: the gzip wrapper, with its CRC-32 and length check.
+    if (inflateInit2(&zs, 16 + MAX_WBITS) != Z_OK)
+        ProgramError(prog, "FILE " + path + ": GZIP DECOMPRESSION CAN NOT BE STARTED!");
+    zs.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(raw.data()));
+    zs.avail_in = static_cast<uInt>(raw.size());
+    char buf[1 << 16];
+    int rc = Z_OK;
+    for (;;) {
+        zs.next_out = reinterpret_cast<Bytef*>(buf);
+        zs.avail_out = sizeof buf;
+        rc = inflate(&zs, Z_NO_FLUSH);
+        out.append(buf, sizeof buf - zs.avail_out);
+        const std::string where = " AT BYTE " + std::to_string(raw.size() - zs.avail_in) + "!";
+        if (out.size() > MaxInflatedBytes) {
+            inflateEnd(&zs);
+            ProgramError(prog, "FILE " + path + ": GZIP CONTENT LARGER THAN 2 GiB" + where);
+        }
+        if (rc == Z_STREAM_END) {
+            // Another member may follow (concatenated .gz files); anything
+            // else after the end, as the zero padding some archives leave,
+            // ends the content as gunzip does.
+            if (zs.avail_in >= 2 && zs.next_in[0] == 0x1f && zs.next_in[1] == 0x8b) {
+                inflateReset(&zs);
+                continue;
+            }
+            break;
+        }
+        if (rc == Z_BUF_ERROR && zs.avail_in == 0) {
+            inflateEnd(&zs);
+            ProgramError(prog, "FILE " + path + ": GZIP STREAM CUT BEFORE ITS END" + where);
+        }
+        if (rc != Z_OK) {
+            inflateEnd(&zs);
+            ProgramError(prog, "FILE " + path + ": CORRUPT GZIP STREAM" + where);
+        }
+    }
+    inflateEnd(&zs);
+    return out;
+}
+
+}  // namespace
+
+bool IsGzipFile(const std::string& path)
+{
+    std::ifstream in(path, std::ios::binary);
+    unsigned char magic[2] = {0, 0};
+    if (!in.read(reinterpret_cast<char*>(magic), 2)) return false;
+    return magic[0] == 0x1f && magic[1] == 0x8b;
+}
+
+std::string ReadInputFile(const std::string& path, const std::string& prog)
+{
+    std::ifstream in(path, std::ios::binary);
+    if (!in.is_open()) ProgramError(prog, "FILE " + path + " CAN NOT BE OPENED!");
+    std::string raw((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    if (raw.size() >= 2 && static_cast<unsigned char>(raw[0]) == 0x1f
+        && static_cast<unsigned char>(raw[1]) == 0x8b)
+        return InflateGzip(raw, path, prog);
+    return raw;
+}
