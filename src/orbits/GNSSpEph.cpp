@@ -1,5 +1,6 @@
 #include "orbits/GNSSpEph.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -301,17 +302,26 @@ void GNSSpEph::ReadFileData()
 
 void GNSSpEph::SetLfact()
 {
-    auto fill = [this](matrix<long double>& L, int n) {
-        L.Resize(2 * n);
+    // Barycentric weights of equally spaced nodes, in hours: the reciprocal
+    // of the product of the node's distances to all others.
+    auto fill = [this](matrix<long double>& w, int n) {
+        w.Resize(2 * n);
         for (int i = 0; i < 2 * n; ++i) {
             long double prod = 1.0L;
             for (int j = 0; j < 2 * n; ++j)
                 if (j != i) prod *= (i - j) * interval / 3600.0L;
-            L(i) = prod;
+            w(i) = 1.0L / prod;
         }
     };
-    fill(Lfact, nPtsPos);
-    fill(LfactDT, nPtsTime);
+    fill(wPos, nPtsPos);
+    fill(wClk, nPtsTime);
+    // Header slot per satellite number; the first slot of a number listed
+    // twice answers, as a search from the top would.
+    short maxSat = -1;
+    for (long k = 0; k < nsat; ++k) maxSat = std::max(maxSat, satList(k));
+    slotOf.Resize(maxSat + 1L, 1, -1L);
+    for (long k = nsat - 1; k >= 0; --k)
+        if (satList(k) >= 0) slotOf(satList(k)) = k;
 }
 
 void GNSSpEph::WarnIfOutside(const mjd& ephCalc)
@@ -336,9 +346,7 @@ void GNSSpEph::Interpolate(unsigned short sati, const mjd& ephCalc, xyzt& psat, 
     if (q < -1e9L) q = -1e9L;
     const long ix = static_cast<long>(q);
 
-    long isatList = -1;
-    for (long k = 0; k < nsat; ++k)
-        if (satList(k) >= 0 && satList(k) == static_cast<short>(sati)) { isatList = k; break; }
+    const long isatList = sati < slotOf.Length() ? slotOf(sati) : -1;
     NodeMissing = false;
     OutOfSpan = epoch(0) - ephCalc > GNSSpEphns::MaxExtrapolation_s
                 || ephCalc - epoch(nepoch - 1) > GNSSpEphns::MaxExtrapolation_s;
@@ -361,59 +369,79 @@ void GNSSpEph::Interpolate(unsigned short sati, const mjd& ephCalc, xyzt& psat, 
 
     long i1 = 0, i2 = 0;
     window(nPtsPos, i1, i2);
-    // Hours from each node, formed once: time in hours keeps the products
-    // of 13 factors near unity.
-    long double hours[64];
-    const long nNodes = 2L * nPtsPos;
-    if (nNodes > 64) ProgramError("Orvo", "PRECISE ORBIT INTERPOLATION: MORE THAN 64 NODES!");
-    for (long j = i1; j <= i2; ++j) hours[j - i1] = (ephCalc - epoch(j)) / 3600.0L;
-    p0 = xyzt();
-    v0 = xyzt();
-    for (long i = i1; i <= i2; ++i) {
-        const xyzt& node = sPos(isatList + nsat * i);
-        if (std::fabs(node.x) + std::fabs(node.y) + std::fabs(node.z) < GNSSpEphns::EmptyNode_m) {
+    const long nNodes = i2 - i1 + 1;
+    const xyzt* node = &sPos(isatList + nsat * i1);
+    for (long k = 0; k < nNodes; ++k)
+        if (std::fabs(node[k * nsat].x) + std::fabs(node[k * nsat].y) + std::fabs(node[k * nsat].z)
+            < GNSSpEphns::EmptyNode_m) {
             PSisOK = false;
             DTisOK = false;
             NodeMissing = true;
             return;
         }
-        long double pxi = 1.0L, pxvi = 1.0L, pvi = 0.0L;
-        bool isNull = false;
-        for (long j = i1; j <= i2; ++j) {
-            if (j == i) continue;
-            const long double pp = hours[j - i1];
-            pxi *= pp;
-            if (std::fabs(pp) > 1e-10L) {
-                pxvi *= pp;
-                if (!isNull) pvi += 1.0L / pp;
-            } else {
-                // On node j the derivative of this basis polynomial is the
-                // product of its other factors alone.
-                isNull = true;
-                pvi = 1.0L;
-            }
+
+    // Hours from each node: time in hours keeps the products of 13 factors
+    // near unity. The basis polynomial of node k is the product of all
+    // other factors times its weight: prefix and suffix products give all
+    // of them in one pass, and prefix and suffix sums of the reciprocals
+    // the logarithmic derivatives, without the cancellation of a total
+    // minus one term.
+    long double hours[MaxNodes], inv[MaxNodes], pre[MaxNodes + 1], suf[MaxNodes + 1],
+        sumPre[MaxNodes + 1], sumSuf[MaxNodes + 1];
+    long onNode = -1;
+    for (long k = 0; k < nNodes; ++k) {
+        hours[k] = (ephCalc - epoch(i1 + k)) / 3600.0L;
+        if (std::fabs(hours[k]) > 1e-10L) inv[k] = 1.0L / hours[k];
+        else { inv[k] = 0.0L; onNode = k; }
+    }
+    pre[0] = 1.0L;
+    sumPre[0] = 0.0L;
+    for (long k = 0; k < nNodes; ++k) {
+        pre[k + 1] = pre[k] * hours[k];
+        sumPre[k + 1] = sumPre[k] + inv[k];
+    }
+    suf[nNodes] = 1.0L;
+    sumSuf[nNodes] = 0.0L;
+    for (long k = nNodes - 1; k >= 0; --k) {
+        suf[k] = suf[k + 1] * hours[k];
+        sumSuf[k] = sumSuf[k + 1] + inv[k];
+    }
+    p0 = xyzt();
+    v0 = xyzt();
+    for (long k = 0; k < nNodes; ++k) {
+        const long double basis = pre[k] * suf[k + 1] * wPos(k);
+        // On node m the derivative of another node's basis polynomial is the
+        // product of its factors other than the vanishing one.
+        long double slope = basis * (sumPre[k] + sumSuf[k + 1]);
+        if (onNode >= 0 && onNode != k) {
+            slope = wPos(k);
+            for (long j = 0; j < nNodes; ++j)
+                if (j != k && j != onNode) slope *= hours[j];
         }
-        const long double L = Lfact(i - i1);
-        p0.x += node.x / L * pxi;
-        p0.y += node.y / L * pxi;
-        p0.z += node.z / L * pxi;
-        v0.x += node.x / L * pxvi * pvi / 3600.0L;
-        v0.y += node.y / L * pxvi * pvi / 3600.0L;
-        v0.z += node.z / L * pxvi * pvi / 3600.0L;
+        slope /= 3600.0L;
+        const xyzt& n = node[k * nsat];
+        p0.x += n.x * basis;
+        p0.y += n.y * basis;
+        p0.z += n.z * basis;
+        v0.x += n.x * slope;
+        v0.y += n.y * slope;
+        v0.z += n.z * slope;
     }
 
+    // The clock window lies inside the position window (both are centred
+    // on the same interval and slid inward at the same ends).
+    const long p1 = i1;
     window(nPtsTime, i1, i2);
-    DTisOK = true;
     for (long i = i1; i <= i2; ++i) {
         const long double dtNode = sPos(isatList + nsat * i).dt;
         if (std::fabs(dtNode) > GNSSpEphns::MaxClock_s) {
             DTisOK = false;
             break;
         }
-        long double pxi = 1.0L;
+        long double pxi = wClk(i - i1);
         for (long j = i1; j <= i2; ++j)
-            if (j != i) pxi *= (ephCalc - epoch(j)) / 3600.0L;
-        p0.dt += dtNode / LfactDT(i - i1) * pxi;
+            if (j != i) pxi *= hours[j - p1];
+        p0.dt += dtNode * pxi;
     }
     v0.dt = 0.0L;
     psat = p0;
@@ -436,8 +464,9 @@ long double GNSSpEph::CalcSatPosition(unsigned short sati, mjd& ephCalc, xyz& pr
         if (!PSisOK) return -1.0L;
         // The receiver carried into the Earth-fixed frame of emission.
         const long double a = -deltat * OMEGAz;
-        ps.x = prec.x * std::cos(a) - prec.y * std::sin(a);
-        ps.y = prec.y * std::cos(a) + prec.x * std::sin(a);
+        const long double cosA = std::cos(a), sinA = std::sin(a);
+        ps.x = prec.x * cosA - prec.y * sinA;
+        ps.y = prec.y * cosA + prec.x * sinA;
         ps.z = prec.z;
         const long double dx = ps.x - psat.x, dy = ps.y - psat.y, dz = ps.z - psat.z;
         dist = std::sqrt(dx * dx + dy * dy + dz * dz);

@@ -161,7 +161,12 @@ private:
     long double posBase, clkBase;
     int nPtsPos;
     int nPtsTime;
-    matrix<long double> Lfact, LfactDT;
+    // Nodes of the position window (2 nPtsPos); fixed, so that the
+    // interpolation works in arrays on the stack.
+    static constexpr int MaxNodes = 14;
+    matrix<long double> wPos, wClk;
+    // Header slot of each satellite number, -1 for one not in the file.
+    matrix<long> slotOf;
     long double OMEGAz;
     xyzt p0, v0;
     xyz ps;
