@@ -96,6 +96,11 @@ void GNSSpEph::ReadFile()
     sPosSig.Resize(nsat * nepoch, 1, xyzt());
     ReadFileData();
     SetLfact();
+    // Slot-major copy of the records: the 14 nodes of one satellite are
+    // then adjacent, where the file order puts a whole epoch between them.
+    bySlot.Resize(nsat * nepoch);
+    for (long i = 0; i < nepoch; ++i)
+        for (long j = 0; j < nsat; ++j) bySlot(j * nepoch + i) = sPos(j + nsat * i);
 }
 
 void GNSSpEph::CountSomeLines()
@@ -370,10 +375,10 @@ void GNSSpEph::Interpolate(unsigned short sati, const mjd& ephCalc, xyzt& psat, 
     long i1 = 0, i2 = 0;
     window(nPtsPos, i1, i2);
     const long nNodes = i2 - i1 + 1;
-    const xyzt* node = &sPos(isatList + nsat * i1);
+    // The satellite's nodes lie side by side in the slot-major copy.
+    const xyzt* node = &bySlot(isatList * nepoch + i1);
     for (long k = 0; k < nNodes; ++k)
-        if (std::fabs(node[k * nsat].x) + std::fabs(node[k * nsat].y) + std::fabs(node[k * nsat].z)
-            < GNSSpEphns::EmptyNode_m) {
+        if (std::fabs(node[k].x) + std::fabs(node[k].y) + std::fabs(node[k].z) < GNSSpEphns::EmptyNode_m) {
             PSisOK = false;
             DTisOK = false;
             NodeMissing = true;
@@ -383,43 +388,30 @@ void GNSSpEph::Interpolate(unsigned short sati, const mjd& ephCalc, xyzt& psat, 
     // Hours from each node: time in hours keeps the products of 13 factors
     // near unity. The basis polynomial of node k is the product of all
     // other factors times its weight: prefix and suffix products give all
-    // of them in one pass, and prefix and suffix sums of the reciprocals
-    // the logarithmic derivatives, without the cancellation of a total
-    // minus one term.
-    long double hours[MaxNodes], inv[MaxNodes], pre[MaxNodes + 1], suf[MaxNodes + 1],
-        sumPre[MaxNodes + 1], sumSuf[MaxNodes + 1];
-    long onNode = -1;
-    for (long k = 0; k < nNodes; ++k) {
-        hours[k] = (ephCalc - epoch(i1 + k)) / 3600.0L;
-        if (std::fabs(hours[k]) > 1e-10L) inv[k] = 1.0L / hours[k];
-        else { inv[k] = 0.0L; onNode = k; }
-    }
+    // of them in one pass, and the product rule carried along them the
+    // derivatives, with no division and no special case on a node.
+    long double hours[MaxNodes], pre[MaxNodes + 1], suf[MaxNodes + 1], dPre[MaxNodes + 1],
+        dSuf[MaxNodes + 1];
+    for (long k = 0; k < nNodes; ++k) hours[k] = (ephCalc - epoch(i1 + k)) / 3600.0L;
     pre[0] = 1.0L;
-    sumPre[0] = 0.0L;
+    dPre[0] = 0.0L;
     for (long k = 0; k < nNodes; ++k) {
         pre[k + 1] = pre[k] * hours[k];
-        sumPre[k + 1] = sumPre[k] + inv[k];
+        dPre[k + 1] = dPre[k] * hours[k] + pre[k];
     }
     suf[nNodes] = 1.0L;
-    sumSuf[nNodes] = 0.0L;
+    dSuf[nNodes] = 0.0L;
     for (long k = nNodes - 1; k >= 0; --k) {
         suf[k] = suf[k + 1] * hours[k];
-        sumSuf[k] = sumSuf[k + 1] + inv[k];
+        dSuf[k] = dSuf[k + 1] * hours[k] + suf[k + 1];
     }
+    constexpr long double PerSecond = 1.0L / 3600.0L;
     p0 = xyzt();
     v0 = xyzt();
     for (long k = 0; k < nNodes; ++k) {
         const long double basis = pre[k] * suf[k + 1] * wPos(k);
-        // On node m the derivative of another node's basis polynomial is the
-        // product of its factors other than the vanishing one.
-        long double slope = basis * (sumPre[k] + sumSuf[k + 1]);
-        if (onNode >= 0 && onNode != k) {
-            slope = wPos(k);
-            for (long j = 0; j < nNodes; ++j)
-                if (j != k && j != onNode) slope *= hours[j];
-        }
-        slope /= 3600.0L;
-        const xyzt& n = node[k * nsat];
+        const long double slope = (dPre[k] * suf[k + 1] + pre[k] * dSuf[k + 1]) * wPos(k) * PerSecond;
+        const xyzt& n = node[k];
         p0.x += n.x * basis;
         p0.y += n.y * basis;
         p0.z += n.z * basis;
@@ -433,7 +425,7 @@ void GNSSpEph::Interpolate(unsigned short sati, const mjd& ephCalc, xyzt& psat, 
     const long p1 = i1;
     window(nPtsTime, i1, i2);
     for (long i = i1; i <= i2; ++i) {
-        const long double dtNode = sPos(isatList + nsat * i).dt;
+        const long double dtNode = node[i - p1].dt;
         if (std::fabs(dtNode) > GNSSpEphns::MaxClock_s) {
             DTisOK = false;
             break;

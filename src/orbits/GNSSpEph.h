@@ -156,6 +156,7 @@ private:
     matrix<short> sat;
     matrix<mjd> epoch;
     matrix<xyzt> sPos;
+    matrix<xyzt> bySlot;
     matrix<xyzt> sPosSig;
     long double interval;
     long double posBase, clkBase;
