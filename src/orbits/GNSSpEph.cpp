@@ -342,7 +342,37 @@ void GNSSpEph::CalcSatPosition(unsigned short sati, mjd& ephCalc, xyzt& psat, xy
     Interpolate(sati, ephCalc, psat, vsat);
 }
 
-void GNSSpEph::Interpolate(unsigned short sati, const mjd& ephCalc, xyzt& psat, xyzt& vsat)
+xyzt GNSSpEph::LastVelocity() const
+{
+    // The product rule carried along the prefix and suffix products gives
+    // the basis derivatives with no division and no special case on a node.
+    const long n = lastNodes;
+    long double pre[MaxNodes + 1], suf[MaxNodes + 1], dPre[MaxNodes + 1], dSuf[MaxNodes + 1];
+    pre[0] = 1.0L;
+    dPre[0] = 0.0L;
+    for (long k = 0; k < n; ++k) {
+        pre[k + 1] = pre[k] * lastHours[k];
+        dPre[k + 1] = dPre[k] * lastHours[k] + pre[k];
+    }
+    suf[n] = 1.0L;
+    dSuf[n] = 0.0L;
+    for (long k = n - 1; k >= 0; --k) {
+        suf[k] = suf[k + 1] * lastHours[k];
+        dSuf[k] = dSuf[k + 1] * lastHours[k] + suf[k + 1];
+    }
+    constexpr long double PerSecond = 1.0L / 3600.0L;
+    xyzt v;
+    for (long k = 0; k < n; ++k) {
+        const long double slope = (dPre[k] * suf[k + 1] + pre[k] * dSuf[k + 1]) * wPos(k) * PerSecond;
+        v.x += lastNode[k].x * slope;
+        v.y += lastNode[k].y * slope;
+        v.z += lastNode[k].z * slope;
+    }
+    return v;
+}
+
+void GNSSpEph::Interpolate(unsigned short sati, const mjd& ephCalc, xyzt& psat, xyzt& vsat,
+                           bool withVelocity)
 {
     // The quotient is bounded before the cast: an epoch years away would
     // overflow long, and the window rule clamps anything beyond the file.
@@ -388,37 +418,24 @@ void GNSSpEph::Interpolate(unsigned short sati, const mjd& ephCalc, xyzt& psat, 
     // Hours from each node: time in hours keeps the products of 13 factors
     // near unity. The basis polynomial of node k is the product of all
     // other factors times its weight: prefix and suffix products give all
-    // of them in one pass, and the product rule carried along them the
-    // derivatives, with no division and no special case on a node.
-    long double hours[MaxNodes], pre[MaxNodes + 1], suf[MaxNodes + 1], dPre[MaxNodes + 1],
-        dSuf[MaxNodes + 1];
+    // of them in one pass.
+    long double pre[MaxNodes + 1], suf[MaxNodes + 1];
+    long double* const hours = lastHours;
     for (long k = 0; k < nNodes; ++k) hours[k] = (ephCalc - epoch(i1 + k)) / 3600.0L;
     pre[0] = 1.0L;
-    dPre[0] = 0.0L;
-    for (long k = 0; k < nNodes; ++k) {
-        pre[k + 1] = pre[k] * hours[k];
-        dPre[k + 1] = dPre[k] * hours[k] + pre[k];
-    }
+    for (long k = 0; k < nNodes; ++k) pre[k + 1] = pre[k] * hours[k];
     suf[nNodes] = 1.0L;
-    dSuf[nNodes] = 0.0L;
-    for (long k = nNodes - 1; k >= 0; --k) {
-        suf[k] = suf[k + 1] * hours[k];
-        dSuf[k] = dSuf[k + 1] * hours[k] + suf[k + 1];
-    }
-    constexpr long double PerSecond = 1.0L / 3600.0L;
+    for (long k = nNodes - 1; k >= 0; --k) suf[k] = suf[k + 1] * hours[k];
     p0 = xyzt();
-    v0 = xyzt();
     for (long k = 0; k < nNodes; ++k) {
         const long double basis = pre[k] * suf[k + 1] * wPos(k);
-        const long double slope = (dPre[k] * suf[k + 1] + pre[k] * dSuf[k + 1]) * wPos(k) * PerSecond;
-        const xyzt& n = node[k];
-        p0.x += n.x * basis;
-        p0.y += n.y * basis;
-        p0.z += n.z * basis;
-        v0.x += n.x * slope;
-        v0.y += n.y * slope;
-        v0.z += n.z * slope;
+        p0.x += node[k].x * basis;
+        p0.y += node[k].y * basis;
+        p0.z += node[k].z * basis;
     }
+    lastNode = node;
+    lastNodes = nNodes;
+    v0 = withVelocity ? LastVelocity() : xyzt();
 
     // The clock window lies inside the position window (both are centred
     // on the same interval and slid inward at the same ends).
@@ -452,7 +469,8 @@ long double GNSSpEph::CalcSatPosition(unsigned short sati, mjd& ephCalc, xyz& pr
     DTisOK = true;
     while (thres > GNSSpEphns::LightTimeThres_m) {
         ephr += deltat;
-        Interpolate(sati, ephr, psat, vsat);
+        // The velocity only serves the relativity term of the last step.
+        Interpolate(sati, ephr, psat, vsat, false);
         if (!PSisOK) return -1.0L;
         // The receiver carried into the Earth-fixed frame of emission.
         const long double a = -deltat * OMEGAz;
@@ -476,6 +494,7 @@ long double GNSSpEph::CalcSatPosition(unsigned short sati, mjd& ephCalc, xyz& pr
             break;
         }
     }
+    vsat = LastVelocity();
     // Divided twice by c one factor at a time, so that no product of two
     // large numbers is formed.
     Relativity = 2.0L * ((vsat.x / C_mps * psat.x) / C_mps + (vsat.y / C_mps * psat.y) / C_mps
