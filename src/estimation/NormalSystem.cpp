@@ -40,17 +40,13 @@ void SetCRDNormalSystem(matrix<long double>& N, matrix<long double>& t, long dou
         t(col[i]) += bp[i] * f;
         row21[col[i]] += -bp[i];
     }
-    // Upper triangle in the order of the full double loop, so that each
-    // element sums the same products in the same sequence; the lower
-    // triangle mirrors it.
+    // Upper triangle only, the one the solution reads, in the order of the
+    // full double loop, so that each element sums the same products in the
+    // same sequence.
     for (int i = 0; i < n; ++i) {
         long double* const rowN = N.v + N.c * col[i];
-        for (int j = 0; j < n; ++j) {
-            if (col[j] < col[i]) continue;
-            const long double v = bp[i] * b[j];
-            rowN[col[j]] += v;
-            if (col[j] != col[i]) N.v[col[i] + N.c * col[j]] += v;
-        }
+        for (int j = 0; j < n; ++j)
+            if (col[j] >= col[i]) rowN[col[j]] += bp[i] * b[j];
     }
 }
 
