@@ -421,7 +421,16 @@ void GNSSpEph::Interpolate(unsigned short sati, const mjd& ephCalc, xyzt& psat, 
     // of them in one pass.
     long double pre[MaxNodes + 1], suf[MaxNodes + 1];
     long double* const hours = lastHours;
-    for (long k = 0; k < nNodes; ++k) hours[k] = (ephCalc - epoch(i1 + k)) / 3600.0L;
+    // The difference of operator- (days scaled first, then the seconds),
+    // formed here without a call per node.
+    const unsigned long day = ephCalc.GetMJDay();
+    const long double second = ephCalc.GetSecond();
+    const mjd* const nodeEpoch = &epoch(i1 + nNodes - 1) - (nNodes - 1);
+    for (long k = 0; k < nNodes; ++k) {
+        const unsigned long d = nodeEpoch[k].GetMJDay();
+        const long double days = day >= d ? static_cast<long double>(day - d) : -static_cast<long double>(d - day);
+        hours[k] = (days * 86400.0L + (second - nodeEpoch[k].GetSecond())) / 3600.0L;
+    }
     pre[0] = 1.0L;
     for (long k = 0; k < nNodes; ++k) pre[k + 1] = pre[k] * hours[k];
     suf[nNodes] = 1.0L;
