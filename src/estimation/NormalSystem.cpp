@@ -1,20 +1,52 @@
 #include "estimation/NormalSystem.h"
 
 #include <cmath>
+#include <vector>
+
+namespace {
+// Column list of the epoch being eliminated, kept between calls so that
+// the per-epoch step allocates nothing once it has grown.
+std::vector<long>& ElimColumns()
+{
+    static std::vector<long> columns;
+    return columns;
+}
+}  // namespace
 
 void SetCRDNormalSystem(matrix<long double>& N, matrix<long double>& t, long double* B,
                         long double& f, long double& p, long int* iB, matrix<long double>& N21,
                         matrix<long double>& N22, matrix<long double>& t2, long int& ieph)
 {
+    using ProcStaticns::NSlots;
     N22(ieph) += p;
     t2(ieph) += -f * p;
-    for (int i = 0; i < ProcStaticns::NSlots; ++i) {
+    // The used slots, each column checked once, so that the products below
+    // address the storage directly: this runs for every observation of
+    // every iteration.
+    long col[NSlots];
+    long double b[NSlots], bp[NSlots];
+    int n = 0;
+    for (int i = 0; i < NSlots; ++i) {
         if (iB[i] < 0) continue;
-        const long double bp = B[i] * p;
-        t(iB[i]) += bp * f;
-        N21(ieph, iB[i]) += -bp;
-        for (int j = 0; j < ProcStaticns::NSlots; ++j)
-            if (iB[j] >= 0) N(iB[i], iB[j]) += bp * B[j];
+        if (iB[i] >= N.r || iB[i] >= N.c || iB[i] >= N21.c)
+            MError::MatrixAccessError(iB[i], iB[i], N.r, N.c);
+        col[n] = iB[i];
+        b[n] = B[i];
+        bp[n] = B[i] * p;
+        ++n;
+    }
+    long double* const row21 = &N21(ieph, 0);
+    for (int i = 0; i < n; ++i) {
+        t(col[i]) += bp[i] * f;
+        row21[col[i]] += -bp[i];
+    }
+    // Upper triangle only, the one the solution reads, in the order of the
+    // full double loop, so that each element sums the same products in the
+    // same sequence.
+    for (int i = 0; i < n; ++i) {
+        long double* const rowN = N.v + N.c * col[i];
+        for (int j = 0; j < n; ++j)
+            if (col[j] >= col[i]) rowN[col[j]] += bp[i] * b[j];
     }
 }
 
@@ -25,16 +57,21 @@ void SetElimNormalSystem(matrix<long double>& N, matrix<long double>& t, matrix<
     const long double n22 = N22(ieph);
     if (!(std::fabs(n22) > ProcStaticns::ElimMinWeight)) return;
     const long double t2i = t2(ieph);
-    // An epoch touches only the few unknowns of its own rows: skip the zero
-    // couplings, which leaves every sum unchanged.
-    for (long int i = 0; i < nunk; ++i) {
-        const long double a = N21(ieph, i);
-        if (a == 0.0L) continue;
-        t(i) += t2i * a / n22;
-        for (long int j = i; j < nunk; ++j) {
-            const long double b = N21(ieph, j);
-            if (b != 0.0L) N(i, j) += b * a / n22;
-        }
+    if (nunk > N21.c || nunk > N.r || nunk > N.c || nunk > t.Length())
+        MError::MatrixAccessError(nunk - 1, nunk - 1, N.r, N.c);
+    // An epoch touches only the few unknowns of its own rows: the sums run
+    // over those alone, in the order of the full loop.
+    const long double* const row21 = &N21(ieph, 0);
+    std::vector<long>& nz = ElimColumns();
+    nz.clear();
+    for (long int i = 0; i < nunk; ++i)
+        if (row21[i] != 0.0L) nz.push_back(i);
+    for (std::size_t ii = 0; ii < nz.size(); ++ii) {
+        const long i = nz[ii];
+        const long double a = row21[i];
+        t.v[i] += t2i * a / n22;
+        long double* const rowN = N.v + N.c * i;
+        for (std::size_t jj = ii; jj < nz.size(); ++jj) rowN[nz[jj]] += row21[nz[jj]] * a / n22;
     }
 }
 

@@ -34,7 +34,7 @@ constexpr long double MaxAprioriOffset_m = 100.0L;
 
 /// Adds one equation (row B with columns iB, -1 marking empty slots,
 /// misclosure f computed minus observed in m, weight p) of epoch ieph to the
-/// normal system N, t of the global unknowns (both triangles of N) and to
+/// normal system N, t of the global unknowns (upper triangle of N) and to
 /// the epoch's clock rows: N22(ieph) += p, t2(ieph) -= f p and
 /// N21(ieph, iB) -= B p, the clock having coefficient -1.
 void SetCRDNormalSystem(matrix<long double>& N, matrix<long double>& t, long double* B,

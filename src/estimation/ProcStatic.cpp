@@ -8,6 +8,7 @@
 #include <limits>
 #include <sstream>
 #include <string>
+#include <vector>
 
 #include "driver/Console.h"
 #include "geodesy/CoordinateTransforms.h"
@@ -161,7 +162,14 @@ void ProcStatic(gCPosC& gc)
               << gc.sig0 << "\n\n";
     std::cout << "  PROCESSING GNSS OBSERVATIONS:\n";
 
-    matrix<long double> N21(nEp, nUnk, 0.0L), N22(nEp, 1, 0.0L), t2(nEp, 1, 0.0L);
+    // The clock rows of the epochs: one dense row while the epoch is being
+    // summed, then kept as its few non-zero columns for the clocks' back
+    // substitution; a full epochs-by-unknowns block would be mostly zeros.
+    matrix<long double> N21(1, nUnk, 0.0L), N22e(1, 1, 0.0L), t2e(1, 1, 0.0L);
+    matrix<long double> N22(nEp, 1, 0.0L), t2(nEp, 1, 0.0L);
+    std::vector<long> rowStart(static_cast<std::size_t>(nEp) + 1, 0), rowCol;
+    std::vector<long double> rowVal;
+    long int row0 = 0;
     long double B_OBS[NSlots] = {0.0L};
     long int B_OBS_I[NSlots];
     for (long int& s : B_OBS_I) s = -1;
@@ -180,9 +188,10 @@ void ProcStatic(gCPosC& gc)
         gc.Nt *= 0.0L;
         gc.tc *= 0.0L;
         gc.tt *= 0.0L;
-        N21 *= 0.0L;
         N22 *= 0.0L;
         t2 *= 0.0L;
+        rowCol.clear();
+        rowVal.clear();
         fTf = fTf_C1 = fTf_P1 = fTf_P2 = fTf_Pc3 = fTf_Pp3 = fTf_L3 = 0.0L;
         gc.NObs = gc.NObsG = gc.NObsR = gc.NObsE = gc.NClk = 0;
 
@@ -356,7 +365,7 @@ void ProcStatic(gCPosC& gc)
                     B_OBS_I[5] = -1;
                     if (ixdcb >= 0) f += (*ct.dcbValue)(ixsat);
                     (*ct.f)(k) = f;
-                    SetCRDNormalSystem(gc.Nc, gc.tc, B_OBS, f, p, B_OBS_I, N21, N22, t2, i);
+                    SetCRDNormalSystem(gc.Nc, gc.tc, B_OBS, f, p, B_OBS_I, N21, N22e, t2e, row0);
                     (*ct.used)(k) = true;
                 }
 
@@ -379,11 +388,21 @@ void ProcStatic(gCPosC& gc)
                     fTf += f * f * p;
                     fTf_L3 += f * f * gc.WGHT(k);
                     gc.fl3(k) = f;
-                    SetCRDNormalSystem(gc.Nc, gc.tc, B_OBS, f, p, B_OBS_I, N21, N22, t2, i);
+                    SetCRDNormalSystem(gc.Nc, gc.tc, B_OBS, f, p, B_OBS_I, N21, N22e, t2e, row0);
                     gc.ifOl3(k) = true;
                 }
             }
-            SetElimNormalSystem(gc.Nt, gc.tt, N21, N22, t2, i, nUnk);
+            SetElimNormalSystem(gc.Nt, gc.tt, N21, N22e, t2e, row0, nUnk);
+            N22(i) = N22e(0);
+            t2(i) = t2e(0);
+            N22e(0) = t2e(0) = 0.0L;
+            for (long c = 0; c < nUnk; ++c)
+                if (N21.v[c] != 0.0L) {
+                    rowCol.push_back(c);
+                    rowVal.push_back(N21.v[c]);
+                    N21.v[c] = 0.0L;
+                }
+            rowStart[static_cast<std::size_t>(i) + 1] = static_cast<long>(rowCol.size());
             i1 = i2;
         }
         progress.Close();
@@ -440,7 +459,9 @@ void ProcStatic(gCPosC& gc)
             }
             ++gc.NClk;
             long double nxdt = 0.0L;
-            for (long kk = 0; kk < nUnk; ++kk) nxdt += gc.xtemp(kk) * N21(ie, kk);
+            // The zero columns of the row, skipped here, add nothing.
+            for (long r = rowStart[static_cast<std::size_t>(ie)]; r < rowStart[static_cast<std::size_t>(ie) + 1]; ++r)
+                nxdt += gc.xtemp(rowCol[static_cast<std::size_t>(r)]) * rowVal[static_cast<std::size_t>(r)];
             gc.dtAll(ie) += (t2(ie) - nxdt) / N22(ie);
             gc.vtPv -= t2(ie) * t2(ie) / N22(ie);
         }

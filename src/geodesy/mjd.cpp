@@ -88,12 +88,20 @@ mjd& mjd::operator+=(long double dsec)
     // Bounds the day count before it is converted to an integer; anything
     // this large leaves the valid day range anyway.
     if (!(std::fabs(dsec) <= (MaxMJDay + 2.0L) * DaySec)) Error("MJDAY not valid");
+    // Below a day, the whole-day split below is zero days and the whole
+    // step: skip its division (the light-time steps of every observation
+    // come this way).
+    if (std::fabs(dsec) < DaySec) return AddSeconds(dsec, static_cast<long long>(mjday));
     const long sign = dsec < 0.0L ? -1 : 1;
     const long double adsec = std::fabs(dsec);
     const long double dday = std::floor(adsec / DaySec);
     const long double rest = adsec - DaySec * dday;
-    long long day = static_cast<long long>(mjday) + sign * static_cast<long long>(dday);
-    second += sign * rest;
+    return AddSeconds(sign * rest, static_cast<long long>(mjday) + sign * static_cast<long long>(dday));
+}
+
+mjd& mjd::AddSeconds(long double dsec, long long day)
+{
+    second += dsec;
     if (second < 0.0L) {
         --day;
         second += DaySec;

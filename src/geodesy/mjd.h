@@ -75,6 +75,9 @@ public:
     bool operator<=(const mjd& o) const;
 
 private:
+    // Adds dsec (|dsec| below a day) to the second of day on day `day`,
+    // then carries and checks as operator+= describes.
+    mjd& AddSeconds(long double dsec, long long day);
     unsigned long mjday;
     long double second;
 };

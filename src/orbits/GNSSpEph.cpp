@@ -1,5 +1,6 @@
 #include "orbits/GNSSpEph.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -95,6 +96,11 @@ void GNSSpEph::ReadFile()
     sPosSig.Resize(nsat * nepoch, 1, xyzt());
     ReadFileData();
     SetLfact();
+    // Slot-major copy of the records: the 14 nodes of one satellite are
+    // then adjacent, where the file order puts a whole epoch between them.
+    bySlot.Resize(nsat * nepoch);
+    for (long i = 0; i < nepoch; ++i)
+        for (long j = 0; j < nsat; ++j) bySlot(j * nepoch + i) = sPos(j + nsat * i);
 }
 
 void GNSSpEph::CountSomeLines()
@@ -301,17 +307,26 @@ void GNSSpEph::ReadFileData()
 
 void GNSSpEph::SetLfact()
 {
-    auto fill = [this](matrix<long double>& L, int n) {
-        L.Resize(2 * n);
+    // Barycentric weights of equally spaced nodes, in hours: the reciprocal
+    // of the product of the node's distances to all others.
+    auto fill = [this](matrix<long double>& w, int n) {
+        w.Resize(2 * n);
         for (int i = 0; i < 2 * n; ++i) {
             long double prod = 1.0L;
             for (int j = 0; j < 2 * n; ++j)
                 if (j != i) prod *= (i - j) * interval / 3600.0L;
-            L(i) = prod;
+            w(i) = 1.0L / prod;
         }
     };
-    fill(Lfact, nPtsPos);
-    fill(LfactDT, nPtsTime);
+    fill(wPos, nPtsPos);
+    fill(wClk, nPtsTime);
+    // Header slot per satellite number; the first slot of a number listed
+    // twice answers, as a search from the top would.
+    short maxSat = -1;
+    for (long k = 0; k < nsat; ++k) maxSat = std::max(maxSat, satList(k));
+    slotOf.Resize(maxSat + 1L, 1, -1L);
+    for (long k = nsat - 1; k >= 0; --k)
+        if (satList(k) >= 0) slotOf(satList(k)) = k;
 }
 
 void GNSSpEph::WarnIfOutside(const mjd& ephCalc)
@@ -327,7 +342,37 @@ void GNSSpEph::CalcSatPosition(unsigned short sati, mjd& ephCalc, xyzt& psat, xy
     Interpolate(sati, ephCalc, psat, vsat);
 }
 
-void GNSSpEph::Interpolate(unsigned short sati, const mjd& ephCalc, xyzt& psat, xyzt& vsat)
+xyzt GNSSpEph::LastVelocity() const
+{
+    // The product rule carried along the prefix and suffix products gives
+    // the basis derivatives with no division and no special case on a node.
+    const long n = lastNodes;
+    long double pre[MaxNodes + 1], suf[MaxNodes + 1], dPre[MaxNodes + 1], dSuf[MaxNodes + 1];
+    pre[0] = 1.0L;
+    dPre[0] = 0.0L;
+    for (long k = 0; k < n; ++k) {
+        pre[k + 1] = pre[k] * lastHours[k];
+        dPre[k + 1] = dPre[k] * lastHours[k] + pre[k];
+    }
+    suf[n] = 1.0L;
+    dSuf[n] = 0.0L;
+    for (long k = n - 1; k >= 0; --k) {
+        suf[k] = suf[k + 1] * lastHours[k];
+        dSuf[k] = dSuf[k + 1] * lastHours[k] + suf[k + 1];
+    }
+    constexpr long double PerSecond = 1.0L / 3600.0L;
+    xyzt v;
+    for (long k = 0; k < n; ++k) {
+        const long double slope = (dPre[k] * suf[k + 1] + pre[k] * dSuf[k + 1]) * wPos(k) * PerSecond;
+        v.x += lastNode[k].x * slope;
+        v.y += lastNode[k].y * slope;
+        v.z += lastNode[k].z * slope;
+    }
+    return v;
+}
+
+void GNSSpEph::Interpolate(unsigned short sati, const mjd& ephCalc, xyzt& psat, xyzt& vsat,
+                           bool withVelocity)
 {
     // The quotient is bounded before the cast: an epoch years away would
     // overflow long, and the window rule clamps anything beyond the file.
@@ -336,9 +381,7 @@ void GNSSpEph::Interpolate(unsigned short sati, const mjd& ephCalc, xyzt& psat, 
     if (q < -1e9L) q = -1e9L;
     const long ix = static_cast<long>(q);
 
-    long isatList = -1;
-    for (long k = 0; k < nsat; ++k)
-        if (satList(k) >= 0 && satList(k) == static_cast<short>(sati)) { isatList = k; break; }
+    const long isatList = sati < slotOf.Length() ? slotOf(sati) : -1;
     NodeMissing = false;
     OutOfSpan = epoch(0) - ephCalc > GNSSpEphns::MaxExtrapolation_s
                 || ephCalc - epoch(nepoch - 1) > GNSSpEphns::MaxExtrapolation_s;
@@ -361,59 +404,62 @@ void GNSSpEph::Interpolate(unsigned short sati, const mjd& ephCalc, xyzt& psat, 
 
     long i1 = 0, i2 = 0;
     window(nPtsPos, i1, i2);
-    // Hours from each node, formed once: time in hours keeps the products
-    // of 13 factors near unity.
-    long double hours[64];
-    const long nNodes = 2L * nPtsPos;
-    if (nNodes > 64) ProgramError("Orvo", "PRECISE ORBIT INTERPOLATION: MORE THAN 64 NODES!");
-    for (long j = i1; j <= i2; ++j) hours[j - i1] = (ephCalc - epoch(j)) / 3600.0L;
-    p0 = xyzt();
-    v0 = xyzt();
-    for (long i = i1; i <= i2; ++i) {
-        const xyzt& node = sPos(isatList + nsat * i);
-        if (std::fabs(node.x) + std::fabs(node.y) + std::fabs(node.z) < GNSSpEphns::EmptyNode_m) {
+    const long nNodes = i2 - i1 + 1;
+    // The satellite's nodes lie side by side in the slot-major copy.
+    const xyzt* node = &bySlot(isatList * nepoch + i1);
+    for (long k = 0; k < nNodes; ++k)
+        if (std::fabs(node[k].x) + std::fabs(node[k].y) + std::fabs(node[k].z) < GNSSpEphns::EmptyNode_m) {
             PSisOK = false;
             DTisOK = false;
             NodeMissing = true;
             return;
         }
-        long double pxi = 1.0L, pxvi = 1.0L, pvi = 0.0L;
-        bool isNull = false;
-        for (long j = i1; j <= i2; ++j) {
-            if (j == i) continue;
-            const long double pp = hours[j - i1];
-            pxi *= pp;
-            if (std::fabs(pp) > 1e-10L) {
-                pxvi *= pp;
-                if (!isNull) pvi += 1.0L / pp;
-            } else {
-                // On node j the derivative of this basis polynomial is the
-                // product of its other factors alone.
-                isNull = true;
-                pvi = 1.0L;
-            }
-        }
-        const long double L = Lfact(i - i1);
-        p0.x += node.x / L * pxi;
-        p0.y += node.y / L * pxi;
-        p0.z += node.z / L * pxi;
-        v0.x += node.x / L * pxvi * pvi / 3600.0L;
-        v0.y += node.y / L * pxvi * pvi / 3600.0L;
-        v0.z += node.z / L * pxvi * pvi / 3600.0L;
-    }
 
+    // Hours from each node: time in hours keeps the products of 13 factors
+    // near unity. The basis polynomial of node k is the product of all
+    // other factors times its weight: prefix and suffix products give all
+    // of them in one pass.
+    long double pre[MaxNodes + 1], suf[MaxNodes + 1];
+    long double* const hours = lastHours;
+    // The difference of operator- (days scaled first, then the seconds),
+    // formed here without a call per node.
+    const unsigned long day = ephCalc.GetMJDay();
+    const long double second = ephCalc.GetSecond();
+    const mjd* const nodeEpoch = &epoch(i1 + nNodes - 1) - (nNodes - 1);
+    for (long k = 0; k < nNodes; ++k) {
+        const unsigned long d = nodeEpoch[k].GetMJDay();
+        const long double days = day >= d ? static_cast<long double>(day - d) : -static_cast<long double>(d - day);
+        hours[k] = (days * 86400.0L + (second - nodeEpoch[k].GetSecond())) / 3600.0L;
+    }
+    pre[0] = 1.0L;
+    for (long k = 0; k < nNodes; ++k) pre[k + 1] = pre[k] * hours[k];
+    suf[nNodes] = 1.0L;
+    for (long k = nNodes - 1; k >= 0; --k) suf[k] = suf[k + 1] * hours[k];
+    p0 = xyzt();
+    for (long k = 0; k < nNodes; ++k) {
+        const long double basis = pre[k] * suf[k + 1] * wPos(k);
+        p0.x += node[k].x * basis;
+        p0.y += node[k].y * basis;
+        p0.z += node[k].z * basis;
+    }
+    lastNode = node;
+    lastNodes = nNodes;
+    v0 = withVelocity ? LastVelocity() : xyzt();
+
+    // The clock window lies inside the position window (both are centred
+    // on the same interval and slid inward at the same ends).
+    const long p1 = i1;
     window(nPtsTime, i1, i2);
-    DTisOK = true;
     for (long i = i1; i <= i2; ++i) {
-        const long double dtNode = sPos(isatList + nsat * i).dt;
+        const long double dtNode = node[i - p1].dt;
         if (std::fabs(dtNode) > GNSSpEphns::MaxClock_s) {
             DTisOK = false;
             break;
         }
-        long double pxi = 1.0L;
+        long double pxi = wClk(i - i1);
         for (long j = i1; j <= i2; ++j)
-            if (j != i) pxi *= (ephCalc - epoch(j)) / 3600.0L;
-        p0.dt += dtNode / LfactDT(i - i1) * pxi;
+            if (j != i) pxi *= hours[j - p1];
+        p0.dt += dtNode * pxi;
     }
     v0.dt = 0.0L;
     psat = p0;
@@ -432,12 +478,14 @@ long double GNSSpEph::CalcSatPosition(unsigned short sati, mjd& ephCalc, xyz& pr
     DTisOK = true;
     while (thres > GNSSpEphns::LightTimeThres_m) {
         ephr += deltat;
-        Interpolate(sati, ephr, psat, vsat);
+        // The velocity only serves the relativity term of the last step.
+        Interpolate(sati, ephr, psat, vsat, false);
         if (!PSisOK) return -1.0L;
         // The receiver carried into the Earth-fixed frame of emission.
         const long double a = -deltat * OMEGAz;
-        ps.x = prec.x * std::cos(a) - prec.y * std::sin(a);
-        ps.y = prec.y * std::cos(a) + prec.x * std::sin(a);
+        const long double cosA = std::cos(a), sinA = std::sin(a);
+        ps.x = prec.x * cosA - prec.y * sinA;
+        ps.y = prec.y * cosA + prec.x * sinA;
         ps.z = prec.z;
         const long double dx = ps.x - psat.x, dy = ps.y - psat.y, dz = ps.z - psat.z;
         dist = std::sqrt(dx * dx + dy * dy + dz * dz);
@@ -455,6 +503,7 @@ long double GNSSpEph::CalcSatPosition(unsigned short sati, mjd& ephCalc, xyz& pr
             break;
         }
     }
+    vsat = LastVelocity();
     // Divided twice by c one factor at a time, so that no product of two
     // large numbers is formed.
     Relativity = 2.0L * ((vsat.x / C_mps * psat.x) / C_mps + (vsat.y / C_mps * psat.y) / C_mps

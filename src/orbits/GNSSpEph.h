@@ -140,8 +140,11 @@ private:
     void ReadFileData();
     void SetLfact();
     // The interpolation proper, without the outside-the-file test that the
-    // public forms make once per call.
-    void Interpolate(unsigned short sati, const mjd& ephCalc, xyzt& psat, xyzt& vsat);
+    // public forms make once per call; the velocity (m/s) only on request.
+    void Interpolate(unsigned short sati, const mjd& ephCalc, xyzt& psat, xyzt& vsat,
+                     bool withVelocity = true);
+    // Velocity (m/s, dt 0) of the position last interpolated.
+    xyzt LastVelocity() const;
     void WarnIfOutside(const mjd& ephCalc);
     [[noreturn]] void Fail(long lineNo, const std::string& text) const;
 
@@ -156,12 +159,22 @@ private:
     matrix<short> sat;
     matrix<mjd> epoch;
     matrix<xyzt> sPos;
+    matrix<xyzt> bySlot;
     matrix<xyzt> sPosSig;
     long double interval;
     long double posBase, clkBase;
     int nPtsPos;
     int nPtsTime;
-    matrix<long double> Lfact, LfactDT;
+    // Nodes of the position window (2 nPtsPos); fixed, so that the
+    // interpolation works in arrays on the stack.
+    static constexpr int MaxNodes = 14;
+    matrix<long double> wPos, wClk;
+    // Header slot of each satellite number, -1 for one not in the file.
+    matrix<long> slotOf;
+    // Hours from the nodes and the nodes of the last interpolation.
+    long double lastHours[MaxNodes] = {};
+    const xyzt* lastNode = nullptr;
+    long lastNodes = 0;
     long double OMEGAz;
     xyzt p0, v0;
     xyz ps;

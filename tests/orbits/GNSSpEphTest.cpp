@@ -1,5 +1,7 @@
 // Precise orbit reader and interpolation, on the GRG MGEX and IGS SP3 files
 // of the two real data sets.
+#include <random>
+
 #include "OrbitsSupport.h"
 #include "orbits/GNSSpEph.h"
 
@@ -100,6 +102,41 @@ TEST(GNSSpEph, InterpolationGivesTheNodesAndUsesCentredWindows)
         for (int s : {-1, 1}) {
             EXPECT_TRUE((c.firstPos + s < 0 || c.firstPos + s > 82 || pos(c.firstPos + s) > 50.0L * WindowTol_m)
                         && (c.firstClk + s < 0 || c.firstClk + s > 92 || clk(c.firstClk + s) > 10.0L * WindowClkTol_s)) << c.k << " " << s;
+        }
+    }
+}
+
+// The interpolation works with prefix and suffix products and stored
+// reciprocal weights; the plain form above divides per factor. Inside the
+// file both round a 2.6e7 m sum of 14 terms whose weights stay below ten in
+// magnitude: a few 1e-11 m apart, so 1e-9 m still exposes a wrong weight,
+// window or node (a node's 1 mm rounding alone moves the result by 1e-5 m).
+// Clocks of 1e-4 s through four nodes round near 1e-20 s. One second beyond
+// the end nodes the weights grow only slightly.
+constexpr long double FastPos_m = 1e-9L, FastClk_s = 1e-18L;
+
+TEST(GNSSpEph, FastFormMatchesThePlainLagrangeFormEverywhereInTheFile)
+{
+    const int nEp = 96;
+    std::mt19937 gen(177);
+    std::uniform_real_distribution<long double> anywhere(0.0L, 900.0L * (nEp - 1));
+    std::vector<long double> epochs_s = {0.0L, -1.0L, -0.25L, 900.0L * (nEp - 1), 900.0L * (nEp - 1) + 1.0L, 900.0L * 47};
+    for (int i = 0; i < 300; ++i) epochs_s.push_back(anywhere(gen));
+    long double t[nEp];
+    for (int k = 0; k < nEp; ++k) t[k] = 900.0L * k;
+    for (int sat : {3, 118, 205}) {
+        long double y[4][nEp];
+        for (int k = 0; k < nEp; ++k) { const xyzt n = FileNode(k, sat); y[0][k] = n.x, y[1][k] = n.y, y[2][k] = n.z, y[3][k] = n.dt; }
+        for (long double x : epochs_s) {
+            const xyzt p = StateAt(Grg(), sat, 0, x);
+            ASSERT_TRUE(Grg().PSisOK && Grg().DTisOK) << sat << " at " << x << " s";
+            // The centring rule of the windows, written from the interval
+            // that holds the epoch.
+            const int ix = x < 0.0L ? 0 : static_cast<int>(x / 900.0L);
+            const int fp = std::clamp(ix - 6, 0, nEp - 14), fc = std::clamp(ix - 1, 0, nEp - 4);
+            const xyz plain(Lagrange(t + fp, y[0] + fp, 14, x), Lagrange(t + fp, y[1] + fp, 14, x), Lagrange(t + fp, y[2] + fp, 14, x));
+            EXPECT_LT(Dist(p, plain), FastPos_m) << sat << " at " << x << " s";
+            EXPECT_NEAR_LD(p.dt, Lagrange(t + fc, y[3] + fc, 4, x), FastClk_s) << sat << " at " << x << " s";
         }
     }
 }
