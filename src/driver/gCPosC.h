@@ -3,6 +3,7 @@
 // from one stage of a run to the next. One object, owned by main, taken by
 // reference by all stages.
 #include <fstream>
+#include <vector>
 
 #include "delays/CompactTEQC.h"
 #include "delays/DCB.h"
@@ -161,6 +162,15 @@ public:
     // Group 6: estimation state.
     matrix<long double> mB;
     matrix<long int> mIB;
+    // Light-time solution of each record's satellite (precise orbits) with
+    // the receiver clock (m) it was made for: the later iterations and the
+    // second adjustment move it instead of interpolating again.
+    struct SavedSatellite {
+        GNSSpEph::LightTimeState state;
+        long double recClk = 0.0L;
+        bool saved = false, clockOK = false;
+    };
+    std::vector<SavedSatellite> savedSat;
 
     matrix<long double> dcbC1, dcbP1, dcbP2, dcbPc3, dcbPp3;
     matrix<long int> ixdcbC1, ixdcbP1, ixdcbP2, ixdcbPc3, ixdcbPp3;

@@ -26,6 +26,15 @@
 
 namespace {
 
+// A saved light-time solution is moved, not interpolated again, while the
+// receiver clock has changed by less than this: over 10 µs the move misses a
+// fresh interpolation by less than 1e-10 m in range and 1e-6 m in the orbit
+// file's clock (drifts up to 3e-10 s/s were seen). Beyond it (a first
+// solution made without the receiver clock, a clock reset) the satellite is
+// interpolated afresh: a 0.5 ms shift left 4e-8 m, enough to tip one
+// residual of a day across the outlier threshold.
+constexpr long double MaxStateShift_s = 1e-5L;
+
 // One code observation type as it enters the adjustment.
 struct CodeType {
     bool on;                      // switched on, in the header and stored
@@ -270,8 +279,20 @@ void ProcStatic(gCPosC& gc)
                 if (BroadcastSatellite(gc, satprn, CalcEph, PosSat, dist, Relativity, healthy)) {
                     SATisOK = healthy && dist > 0.0L;
                 } else if (gc.isPEph) {
-                    dist = gc.pephM.CalcSatPosition(static_cast<unsigned short>(satprn), CalcEph,
-                                                    gc.RecPosFC, PosSat, VelSat);
+                    gCPosC::SavedSatellite* saved =
+                        k < static_cast<long>(gc.savedSat.size()) ? &gc.savedSat[static_cast<std::size_t>(k)]
+                                                                  : nullptr;
+                    const long double shift = saved ? (saved->recClk - RecClkErr) / C_mps : 0.0L;
+                    if (saved && saved->saved && std::fabs(shift) < MaxStateShift_s) {
+                        dist = gc.pephM.MovedSatPosition(saved->state, shift, gc.RecPosFC, PosSat);
+                        gc.pephM.PSisOK = true;
+                        gc.pephM.DTisOK = saved->clockOK;
+                    } else {
+                        dist = gc.pephM.CalcSatPosition(static_cast<unsigned short>(satprn), CalcEph,
+                                                        gc.RecPosFC, PosSat, VelSat);
+                        if (saved && gc.pephM.PSisOK && dist > 0.0L)
+                            *saved = {gc.pephM.LastState(), RecClkErr, true, gc.pephM.DTisOK};
+                    }
                     Relativity = gc.pephM.Relativity;
                     if (gc.isPclk) {
                         // The clock file overrules the orbit file's clock,

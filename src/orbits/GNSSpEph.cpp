@@ -67,6 +67,19 @@ GNSSpEph::GNSSpEph()
     sp3file[0] = '\0';
 }
 
+namespace {
+
+// Periodic relativity term 2 r·v/c² (s), divided by c one factor at a time,
+// so that no product of two large numbers is formed.
+long double RelativityTerm(const xyzt& p, const xyzt& v)
+{
+    using GNSSpEphns::C_mps;
+    return 2.0L * ((v.x / C_mps * p.x) / C_mps + (v.y / C_mps * p.y) / C_mps
+                   + (v.z / C_mps * p.z) / C_mps);
+}
+
+}  // namespace
+
 void GNSSpEph::SetFile(const char* file)
 {
     if (file == nullptr || std::strlen(file) >= sizeof(sp3file))
@@ -471,13 +484,14 @@ long double GNSSpEph::CalcSatPosition(unsigned short sati, mjd& ephCalc, xyz& pr
 {
     using GNSSpEphns::C_mps;
     WarnIfOutside(ephCalc);
-    long double thres = 1.0L, dist = 0.0L, deltat = -0.075L;
+    long double thres = 1.0L, dist = 0.0L, deltat = -0.075L, tauUsed = 0.0L;
     int niter = 0;
     ephr = ephCalc;
     PSisOK = true;
     DTisOK = true;
     while (thres > GNSSpEphns::LightTimeThres_m) {
         ephr += deltat;
+        tauUsed = -deltat;
         // The velocity only serves the relativity term of the last step.
         Interpolate(sati, ephr, psat, vsat, false);
         if (!PSisOK) return -1.0L;
@@ -504,10 +518,41 @@ long double GNSSpEph::CalcSatPosition(unsigned short sati, mjd& ephCalc, xyz& pr
         }
     }
     vsat = LastVelocity();
-    // Divided twice by c one factor at a time, so that no product of two
-    // large numbers is formed.
-    Relativity = 2.0L * ((vsat.x / C_mps * psat.x) / C_mps + (vsat.y / C_mps * psat.y) / C_mps
-                         + (vsat.z / C_mps * psat.z) / C_mps);
+    lastTau = tauUsed;
+    lastPos = psat;
+    lastVel = vsat;
+    Relativity = RelativityTerm(psat, vsat);
+    psat.dt -= Relativity;
+    return dist;
+}
+
+long double GNSSpEph::MovedSatPosition(const LightTimeState& s, long double shift_s, const xyz& prec,
+                                       xyzt& psat)
+{
+    using GNSSpEphns::C_mps;
+    // The iteration of CalcSatPosition, started from the saved light time:
+    // one or two steps, since the flight time changes by nanoseconds.
+    long double tau = s.tau, thres = 1.0L, dist = 0.0L;
+    const long double r = std::sqrt(s.pos.x * s.pos.x + s.pos.y * s.pos.y + s.pos.z * s.pos.z);
+    const long double halfAcc = -0.5L * GNSSpEphns::EarthGM_m3ps2 / (r * r * r);
+    for (int niter = 0; thres > GNSSpEphns::LightTimeThres_m && niter < GNSSpEphns::MaxLightTimeIter; ++niter) {
+        const long double dt = shift_s - (tau - s.tau), acc = halfAcc * dt * dt;
+        psat.x = s.pos.x + s.vel.x * dt + s.pos.x * acc;
+        psat.y = s.pos.y + s.vel.y * dt + s.pos.y * acc;
+        psat.z = s.pos.z + s.vel.z * dt + s.pos.z * acc;
+        const long double a = tau * OMEGAz;
+        const long double cosA = std::cos(a), sinA = std::sin(a);
+        const long double dx = prec.x * cosA - prec.y * sinA - psat.x;
+        const long double dy = prec.y * cosA + prec.x * sinA - psat.y;
+        const long double dz = prec.z - psat.z;
+        dist = std::sqrt(dx * dx + dy * dy + dz * dz);
+        thres = std::fabs(dist - tau * C_mps);
+        tau = dist / C_mps;
+    }
+    // The clock keeps its saved value; the caller bounds the shift, since
+    // the orbit files' clocks drift by up to 3e-10 s/s.
+    psat.dt = s.pos.dt;
+    Relativity = RelativityTerm(psat, s.vel);
     psat.dt -= Relativity;
     return dist;
 }

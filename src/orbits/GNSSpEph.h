@@ -41,6 +41,10 @@ constexpr long double MaxOrbitRadius_m = 50.0e6L;
 constexpr long double LightTimeThres_m = 1e-5L;
 /// Light-time iterations allowed before the warning; three or four suffice.
 constexpr int MaxLightTimeIter = 10;
+// Earth's gravitational constant (m³/s², IERS Conventions 2010), for the
+// central acceleration that carries a saved satellite state over a change
+// of emission time.
+constexpr long double EarthGM_m3ps2 = 3.986004418e14L;
 /// Longest flight time (s) taken as a signal: 300 000 km, beyond any GNSS
 /// orbit (geostationary ranges stay below 0.14 s). A longer one only comes
 /// from a polynomial extrapolated far outside the file, and following it
@@ -117,6 +121,27 @@ public:
     long double CalcSatPosition(unsigned short sati, mjd& ephCalc, xyz& prec,
                                 xyzt& psat, xyzt& vsat);
 
+    /// Satellite state of the last light-time solution of CalcSatPosition
+    /// above: light time tau (s), position and orbit-file clock (s, before
+    /// the relativity term) at emission, velocity (m/s).
+    struct LightTimeState {
+        long double tau = 0.0L;
+        xyzt pos, vel;
+    };
+    /// The state of the last successful CalcSatPosition with a receiver.
+    LightTimeState LastState() const { return {lastTau, lastPos, lastVel}; }
+
+    /// The light-time solution of CalcSatPosition for the same record after
+    /// its reception epoch moved by shift_s (s, a few microseconds at most)
+    /// and the receiver to prec: the satellite carried along its saved
+    /// velocity and central acceleration over the change of emission time.
+    /// Over a millisecond the neglected acceleration (J2 and the third
+    /// bodies, < 1e-3 m/s²) moves it by less than 1e-9 m, so the distance
+    /// (returned, m), psat and Relativity agree with a fresh interpolation
+    /// to round-off; no file is touched.
+    long double MovedSatPosition(const LightTimeState& s, long double shift_s, const xyz& prec,
+                                 xyzt& psat);
+
     /// As above but in one pass, with the flight time taken as P.obs/c from
     /// the pseudorange P (m); no relativity term, no test of PSisOK.
     /// Returns the geometric distance (m).
@@ -178,6 +203,10 @@ private:
     long double OMEGAz;
     xyzt p0, v0;
     xyz ps;
+    // Light time, emission state and velocity of the last light-time
+    // solution, for LastState.
+    long double lastTau = 0.0L;
+    xyzt lastPos, lastVel;
     mjd ephr;
     // Epoch lines ('*') found in the file, so that the header's count is
     // checked before anything is allocated.

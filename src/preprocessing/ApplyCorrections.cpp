@@ -41,6 +41,7 @@ void SizeArrays(gCPosC& gc)
     const long n = gc.rnxd.GetNObs();
     const long ne = gc.rnxd.GetNEpoch();
     gc.ELV.Resize(n, 1, 0.0L);
+    gc.savedSat.assign(static_cast<std::size_t>(n), gCPosC::SavedSatellite());
     gc.AZM.Resize(n, 1, 0.0L);
     gc.WGHT.Resize(n, 1, 1.0L);
     gc.SETIDE.Resize(n, 1, 0.0L);
@@ -400,7 +401,11 @@ void CalculateAE(gCPosC& gc)
             }
         }
         mjd calcEph = d.epoch(i);
-        if (gc.isClkErr) calcEph += -gc.clkerr.GetClkErr(i);
+        long double recClk_m = 0.0L;
+        if (gc.isClkErr) {
+            calcEph += -gc.clkerr.GetClkErr(i);
+            recClk_m = gc.clkerr.GetClkErr(i) * GNSSpEphns::C_mps;
+        }
         // The clock test must look at the nodes around this epoch, not at
         // those the index last stood on.
         if (gc.isPclk) {
@@ -439,9 +444,12 @@ void CalculateAE(gCPosC& gc)
             // usable while its record is healthy; otherwise the precise
             // products decide.
             bool healthy = false;
-            const bool ok = BroadcastSatellite(gc, prn, calcEph, posSat, dist, relativity, healthy)
-                                ? healthy
-                                : PreciseSatellite(gc, prn, calcEph, posSat, dist, refused);
+            const bool broadcast = BroadcastSatellite(gc, prn, calcEph, posSat, dist, relativity, healthy);
+            const bool ok = broadcast ? healthy : PreciseSatellite(gc, prn, calcEph, posSat, dist, refused);
+            // The adjustment starts from this light-time solution.
+            if (ok && !broadcast && k < static_cast<long>(gc.savedSat.size()))
+                gc.savedSat[static_cast<std::size_t>(k)] = {gc.pephM.LastState(), recClk_m, true,
+                                                            gc.pephM.DTisOK};
             gc.OKSAT(k) = ok;
             gc.SAT_DIST(k) = 0.0L;
             if (!ok) {

@@ -328,3 +328,32 @@ TEST(GNSSpEph, VelocityLinesAndForeignSystemsLeaveTheRecordsAsRead)
         EXPECT_TRUE(Dist(a, b) == 0.0L && a.dt == b.dt && f->PSisOK && f->DTisOK) << k;
     }
 }
+
+// A saved light-time solution carried over a receiver clock change and a
+// receiver move must give what a fresh solution gives. 1e-9 m: the light
+// time converges to 1e-5 m, i.e. 3e-14 s of emission time, and the motion
+// left out over 10 µs is below 1e-10 m; the orbit clock keeps its value and
+// may drift by 3e-10 s/s, 3e-15 s over 10 µs.
+TEST(GNSSpEph, MovedLightTimeSolutionEqualsAFreshOne)
+{
+    constexpr long double MoveTol_m = 1e-9L, ClockDrift_s = 1e-14L;
+    const struct { long double shift_s, north_m; } moves[] = {{0.0L, 0.0L}, {1e-9L, 0.0L}, {-1e-5L, 0.0L}, {1e-5L, 30.0L}, {0.0L, -100.0L}};
+    for (int sat : {3, 113, 211})
+        for (long k : {5L, 60L}) {
+            xyz rec = kMarker; xyzt p0, v0;
+            mjd t0 = Plus(Grg().GetMJD(k), 77.0L);
+            Grg().CalcSatPosition(static_cast<unsigned short>(sat), t0, rec, p0, v0);
+            ASSERT_TRUE(Grg().PSisOK) << sat;
+            const GNSSpEph::LightTimeState saved = Grg().LastState();
+            for (const auto& m : moves) {
+                xyz moved = kMarker; moved.z += m.north_m;  // near north at 55 deg latitude
+                mjd t = Plus(t0, m.shift_s); xyzt pf, vf, pm;
+                const long double fresh = Grg().CalcSatPosition(static_cast<unsigned short>(sat), t, moved, pf, vf), relF = Grg().Relativity;
+                const long double carried = Grg().MovedSatPosition(saved, m.shift_s, moved, pm);
+                EXPECT_NEAR_LD(carried, fresh, MoveTol_m) << sat << " " << m.shift_s << " " << m.north_m;
+                EXPECT_NEAR_LD(Dist(pm, pf), 0.0L, MoveTol_m) << sat;
+                EXPECT_NEAR_LD(Grg().Relativity, relF, ClockDrift_s) << sat;
+                EXPECT_NEAR_LD(pm.dt, pf.dt, ClockDrift_s) << sat;
+            }
+        }
+}
