@@ -7,6 +7,7 @@
 #include <cstring>
 #include <iostream>
 #include <string>
+#include <vector>
 #include <sys/stat.h>
 
 #include "TestSupport.h"
@@ -143,4 +144,20 @@ TEST(Files, GzipInputInflatesWhatGzipWroteAndRefusesDamagedStreams) {
         EXPECT_EXIT(ReadInputFile(path, "Orvo"), ::testing::ExitedWithCode(1), b.message) << b.name;
     }
     EXPECT_EXIT(ReadInputFile(TempDir() + "/none.gz", "Orvo"), ::testing::ExitedWithCode(1), "CAN NOT BE OPENED");
+}
+
+TEST(Files, TextStreamReadsLinesInPlaceAndEndsAsAFileDoes) {
+    const std::string text = "line one\nline two\n\nlast without newline";
+    TextStream in(text);
+    std::string line;
+    std::vector<std::string> got;
+    while (std::getline(in, line)) got.push_back(line);
+    EXPECT_EQ(got, (std::vector<std::string>{"line one", "line two", "", "last without newline"}));
+    EXPECT_TRUE(in.eof());
+    TextStream numbers("  12.5 x");
+    long double v = 0.0L;
+    std::string word;
+    EXPECT_TRUE(numbers >> v >> word);
+    EXPECT_EQ(word, "x");
+    EXPECT_NEAR(static_cast<double>(v), 12.5, 0.0);
 }
