@@ -15,7 +15,7 @@ EX_OBS = SIMU1770.20o
 ORVO_EXAMPLE = -csGRE -r$(EX_OBS) -epSIMU1770.sp3 -ecSIMU1770.clk -gf$(EX_OBS).glnfc \
 	-lPc3,L3 -tmSAAST,NIELL -ti01:00:00 -tg -me5 -st -xSTA -gpsSIMU1770.gps -otSIMU1770.trp
 
-.PHONY: all release run test bench sanitize fuzz clean
+.PHONY: all release run plots test bench sanitize fuzz clean
 
 all: release
 
@@ -30,6 +30,24 @@ run: release
 	  rc=$$?; cat SIMU1770.report; exit $$rc; }
 	@echo
 	./build/release/orvo-simulate --compare $(EXAMPLE)/SIMU1770.truth $(EXAMPLE)/SIMU1770.gps $(EXAMPLE)/SIMU1770.trp
+
+# Pictures of the example (tools/orvo-plot, needs gnuplot): the run of
+# `make run` once more with the kinematic pass, the receiver clock and the
+# sky plot files, then one PNG per kind in $(EXAMPLE)/plots/.
+PLOT_FILES = -xSTA,KIN -gpkSIMU1770.kin -cfSIMU1770.rclk -spSIMU1770.sky
+PLOT_TITLE = Simulated station SIMU, 2020-06-25
+
+plots: release
+	@command -v gnuplot >/dev/null 2>&1 || { if [ "$$(id -u)" = 0 ]; then apt-get install -y gnuplot-nox; \
+	  else sudo apt-get install -y gnuplot-nox; fi; }
+	@test -f $(EXAMPLE)/$(EX_OBS) || { mkdir -p $(EXAMPLE) && ./build/release/orvo-simulate -o$(EXAMPLE) $(SIM_ARGS); }
+	cd $(EXAMPLE) && $(CURDIR)/build/release/orvo $(ORVO_EXAMPLE) $(PLOT_FILES) $(RUN_ARGS) > SIMU1770.plots.report
+	mkdir -p $(EXAMPLE)/plots
+	tools/orvo-plot ztd $(EXAMPLE)/SIMU1770.trp $(EXAMPLE)/plots/ztd.png "$(PLOT_TITLE): zenith total delay"
+	tools/orvo-plot clock $(EXAMPLE)/SIMU1770.rclk $(EXAMPLE)/plots/clock.png "$(PLOT_TITLE): receiver clock"
+	tools/orvo-plot kin $(EXAMPLE)/SIMU1770.kin $(EXAMPLE)/plots/kin.png "$(PLOT_TITLE): kinematic position"
+	tools/orvo-plot sky $(EXAMPLE)/SIMU1770.sky $(EXAMPLE)/plots/sky.png "$(PLOT_TITLE): sky plot"
+	@echo "Pictures in $(EXAMPLE)/plots/"
 
 test:
 	cmake -S . -B build/test -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null

@@ -341,7 +341,7 @@ void CheckOutputs(const gCPosC& gc)
                    {gc.isOutTropFile, gc.esttropfile}, {gc.isOutTropEphFile, gc.esttropephfile},
                    {gc.isSkyPlot, gc.skyplotfile},     {gc.isPRCorr, gc.prcorrfile},
                    {gc.isresfile, gc.resfile},         {gc.isGNUPlotKin, gc.gnuplotKin},
-                   {gc.isGNUPlotStat, gc.gnuplotStat}};
+                   {gc.isGNUPlotStat, gc.gnuplotStat}, {gc.isSinexFile, gc.sinexfile}};
     const char* const inputs[] = {gc.rnxfile, gc.clkFName, gc.gnavfile, gc.rnavfile, gc.enavfile, gc.sp3file,
                                   gc.scrxfile, gc.pclkfile, gc.vmf1file, gc.gpt2file, gc.ionxfile, gc.ionkfile,
                                   gc.myionfile, gc.dcbp1p2file, gc.dcbp1c1file, gc.dcbp2c2file, gc.mydbcfile,

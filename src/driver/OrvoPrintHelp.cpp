@@ -124,6 +124,8 @@ void OrvoPrintHelp()
     Option("-tx", "Ni v uporabi: program ga zavrne kot neznan parameter.");
     Option("-cf", "Izhodna datoteka z ocenjenimi popravki ure sprejemnika.",
            "(-cfGSR12300.01CLK)");
+    Option("-os", "Izhodna datoteka SINEX 2.02 s statičnimi koordinatami in njihovo",
+           "kovariančno matriko; agencija ORV. (-osESBC1770.SNX)");
     Option("-gp", "Datoteka za GNUPlot: -gpk kinematične, -gps statične koordinate.",
            "(-gpkKIN.dat)");
     Option("-p", "Uteževanje opazovanj z modelom COS(Z); vključeno tudi brez",

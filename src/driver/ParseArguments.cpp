@@ -290,6 +290,8 @@ void ApplyOption(gCPosC& gc, const char* a)
         File(a, gc.clkfile, gc.isClkFile, v, 3, "Clock correction output file: ");
     } else if (Pair(a, "od")) {
         File(a, gc.estdcbfile, gc.isOutDCBFile, v, 3, "Estimated DCB values output file: ");
+    } else if (Pair(a, "os")) {
+        File(a, gc.sinexfile, gc.isSinexFile, v, 3, "SINEX solution output file: ");
     } else if (Either(a, 1, 'o') && At(a, 2) == 't') {
         File(a, gc.esttropfile, gc.isOutTropFile, v, 3,
              "Estimated troposphere delays output file: ");

@@ -64,6 +64,8 @@ void PrintOutputFiles(const gCPosC& gc)
     FileLine("  Estimated epoch tropo. delays file  : ", gc.isOutTropEphFile,
              gc.esttropephfile);
     FileLine("  Pseudo-range correction values file : ", gc.isPRCorr, gc.prcorrfile);
+    // Only when asked for: the report of a run without it keeps its layout.
+    if (gc.isSinexFile) FileLine("  SINEX solution file                 : ", true, gc.sinexfile);
     FileLine("  File with redirected COUT content   : ", gc.isCoutFile, gc.CoutFile);
     FileLine("  File with redirected CERR content   : ", gc.isCerrFile, gc.CerrFile);
     std::cout << "\n\n";

@@ -109,6 +109,9 @@ public:
     bool isCoutFile, isCerrFile;
     char gnuplotKin[gCPosCns::FileNameSize], gnuplotStat[gCPosCns::FileNameSize];
     std::fstream gplotKin, gplotStat;
+    // The SINEX result file of the static solution (-os).
+    char sinexfile[gCPosCns::FileNameSize] = {};
+    bool isSinexFile = false;
 
     // Group 4: presence (is...) and switch flags.
     bool verbose, iCout;

@@ -17,6 +17,7 @@
 #include "reporting/PrintStaticVariances.h"
 #include "reporting/StaticRefEpoch.h"
 #include "reporting/WriteStaticClock.h"
+#include "reporting/WriteSinex.h"
 #include "reporting/WriteStaticPlot.h"
 
 void PrintStatic(gCPosC& gc)
@@ -46,6 +47,7 @@ void PrintStatic(gCPosC& gc)
     PrintStaticAmbiguities(gc);
     WriteStaticPlot(gc, RefEpoch);
     WriteStaticClock(gc);
+    WriteSinex(gc, RefEpoch);
 
     mjdns::PrintFormat = mjdFormat;
 }
