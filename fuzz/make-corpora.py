@@ -9,6 +9,7 @@ example of, and the committed regression inputs of fuzz/regressions/.
 DATA_DIR defaults to ../shared/data beside the repository, OUT_DIR to
 build/fuzz/corpus; each target gets OUT_DIR/<target>/, made afresh."""
 
+import gzip
 import os
 import re
 import shutil
@@ -64,6 +65,19 @@ for name, path in (("esbc", os.path.join(ESBC, "esbc1770.20o")), ("zimm", os.pat
     add("rinex_obs", name + "-first3", header_and_records(path, EPOCH.match, 3))
     add("rinex_obs", name + "-noon2", header_and_records(path, EPOCH.match, 2, skip=1440))
 
+
+# Compact RINEX: the head of the real CRINEX 3 day (header, the 43-satellite
+# initialisation epoch and a few differenced epochs), and a short CRINEX 1.0
+# stream with an event and a 13-satellite epoch.
+with gzip.open(os.path.join(ESBC, "ESBC00DNK_R_20201770000_01D_30S_MO.crx.gz"), "rt", encoding="latin-1",
+               newline="") as f:
+    add("compact_rinex", "esbc-head", "".join(line for _, line in zip(range(300), f)))
+add("compact_rinex", "crx1", "1.0                 COMPACT RINEX FORMAT                    CRINEX VERS   / TYPE\n"
+    "EXAMPLE 1.0                             01-Mar-21 12:00     CRINEX PROG / DATE\n"
+    "     4    C1    L1    P2    L2                              # / TYPES OF OBSERV\n" + " " * 60 + "END OF HEADER\n"
+    "&21  3  1  0  0  0.0000000  0 13G01G02G03G04G05G06G07G08G09G10G11G12G 3\n3&-1500\n" + "\n" * 12
+    + "3&21345678123 3&112170123456 3&21345681012 3&87405281789  7 7 5 5\n                3\n1\n" + "\n" * 12
+    + "223333 1173667 223338 914569\n&21  3  1  0  0 45.0000000  5  0\n")
 
 def sp3_piece(path, nep, nsat):
     """Header and the first nep epochs of the first nsat satellites of the
