@@ -15,7 +15,7 @@ EX_OBS = SIMU1770.20o
 ORVO_EXAMPLE = -csGRE -r$(EX_OBS) -epSIMU1770.sp3 -ecSIMU1770.clk -gf$(EX_OBS).glnfc \
 	-lPc3,L3 -tmSAAST,NIELL -ti01:00:00 -tg -me5 -st -xSTA -gpsSIMU1770.gps -otSIMU1770.trp
 
-.PHONY: all release run plots test bench sanitize fuzz clean
+.PHONY: all release run plots campaign test bench sanitize fuzz clean
 
 all: release
 
@@ -48,6 +48,23 @@ plots: release
 	tools/orvo-plot kin $(EXAMPLE)/SIMU1770.kin $(EXAMPLE)/plots/kin.png "$(PLOT_TITLE): kinematic position"
 	tools/orvo-plot sky $(EXAMPLE)/SIMU1770.sky $(EXAMPLE)/plots/sky.png "$(PLOT_TITLE): sky plot"
 	@echo "Pictures in $(EXAMPLE)/plots/"
+
+# The example campaign (campaign/README.md): simulated station-days and the
+# real ESBC day through Snakemake on CAMPAIGN_CORES cores, results in
+# CAMPAIGN_WORK; prints the time series, the failed days and the simulated
+# days against their truth. Snakemake redoes only what is missing or stale.
+CAMPAIGN_WORK ?= build/campaign
+CAMPAIGN_CORES ?= 2
+CAMPAIGN_CONFIG = table=$(CURDIR)/campaign/example/campaign.tsv \
+	catalogue=$(CURDIR)/campaign/example/catalogue.tsv orvo=$(CURDIR)/build/release/orvo \
+	simulate=$(CURDIR)/build/release/orvo-simulate prepare=$(CURDIR)/campaign/example/prepare.smk
+
+campaign: release
+	mkdir -p $(CAMPAIGN_WORK)
+	snakemake -s campaign/Snakefile -d $(CAMPAIGN_WORK) --cores $(CAMPAIGN_CORES) --keep-going \
+	  --config $(CAMPAIGN_CONFIG)
+	@echo; column -t -s '	' $(CAMPAIGN_WORK)/timeseries.tsv; echo; cat $(CAMPAIGN_WORK)/timeseries.log
+	@echo; python3 campaign/campaign.py truth $(CAMPAIGN_WORK)/timeseries.tsv campaign/example/sim/*/*.truth
 
 test:
 	cmake -S . -B build/test -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
