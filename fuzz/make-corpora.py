@@ -130,6 +130,28 @@ add("glnnav", "esbc-3", nav_piece(os.path.join(ESBC, "esbc1770.20g"), 4, 3))
 add("glnnav", "esbc-noon", nav_piece(os.path.join(ESBC, "esbc1770.20g"), 4, 2, skip=250))
 add("klobuchar", "esbc", nav_piece(os.path.join(ESBC, "esbc1770.20n"), 8, 1))
 
+# RINEX 3.05 mixed navigation: the header and the first records of each of
+# GPS, GLONASS and Galileo (an F/NAV and I/NAV pair), and the same as RINEX
+# 4.00 with record lines.
+with gzip.open(os.path.join(ESBC, "ESBC00DNK_R_20201770000_01D_MN.rnx.gz"), "rt", encoding="latin-1", newline="") as f:
+    mixed = f.readlines()
+end = next(i for i, l in enumerate(mixed) if "END OF HEADER" in l) + 1
+starts = {}
+for i in range(end, len(mixed)):
+    starts.setdefault(mixed[i][0], []).append(i)
+pieces = [mixed[s:s + (5 if c == "R" else 8)] for c in "GRE" for s in starts[c][:2]]
+add("rinex3_navigation", "esbc-3.05", "".join(mixed[:end] + [l for p in pieces for l in p]))
+
+
+def message(p):
+    if p[0][0] != "E":
+        return {"G": "LNAV", "R": "FDMA"}[p[0][0]]
+    return "FNAV" if float(p[5][23:42]) == 258 else "INAV"
+
+
+add("rinex3_navigation", "esbc-4.00", "".join(["     4.00" + mixed[0][9:]] + [l for l in mixed[1:end] if " CORR " not in l]
+                                             + ["> EPH %s %s\n%s" % (p[0][:3], message(p), "".join(p)) for p in pieces]))
+
 # ANTEX: the header, the first five satellite blocks (G05 among them) and
 # the receiver block, which ends each file.
 for name, path in (("ngs14", os.path.join(ESBC, "ngs14_esbc_trimmed.atx")),

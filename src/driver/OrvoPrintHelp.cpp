@@ -97,9 +97,9 @@ void OrvoPrintHelp()
            "iz glave datoteke RINEX). (-acAPRCRD.txt)");
     Option("-ep", "Precizne efemeride satelitov (SP3); imajo prednost pred",
            "navigacijskimi datotekami. (-epIGS15660.SP3)");
-    Option("-eg", "Navigacijska datoteka GPS. (-egbrdc1200.12n)");
-    Option("-er", "Navigacijska datoteka GLONASS. (-erbrdc1200.12g)");
-    Option("-ee", "Navigacijska datoteka Galileo. (-eebrdc1200.12g)");
+    Option("-eg", "Navigacijska datoteka GPS, RINEX 2, 3 ali 4, tudi gzip. (-egbrdc1200.12n)");
+    Option("-er", "Navigacijska datoteka GLONASS, RINEX 2, 3 ali 4, tudi gzip. (-erbrdc1200.12g)");
+    Option("-ee", "Navigacijska datoteka Galileo, RINEX 3 ali 4 (I/NAV), tudi gzip. (-eeBRDC00IGS_R_20201770000_01D_MN.rnx.gz)");
     Option("-ec", "Precizni popravki ur satelitov (RINEX CLK). (-ecIGS15660.CLK)");
     Option("-eo", "Parametri rotacije Zemlje (ERP) za plimovanje pola.",
            "(-eoIGS15667.ERP)");

@@ -1,13 +1,17 @@
 #include "driver/ReadFiles.h"
 
+#include <algorithm>
 #include <fstream>
 #include <iostream>
+#include <sstream>
 #include <string>
 
 #include "driver/CheckArguments.h"
 #include "geodesy/TimeConverse.h"
 #include "geodesy/ymdhms.h"
+#include "numerics/InputFile.h"
 #include "numerics/ProgramError.h"
+#include "orbits/Rinex3Navigation.h"
 
 namespace {
 
@@ -44,6 +48,7 @@ void ReadAll(gCPosC& gc)
                     + " records");
     }
     if (gc.isGALnav) {
+        gc.galnav.SetSystem('E');
         gc.galnav.ReadFile();
         Echo(v, "reading GALILEO NAVIGATION file - " + std::to_string(gc.galnav.GetNSat()) + " records");
     }
@@ -90,9 +95,17 @@ void ReadAll(gCPosC& gc)
     }
     if (gc.isKlob) {
         Echo(v, "reading KLOBUCHAR ionosphere file");
-        std::ifstream in(gc.ionkfile);
-        if (!in) ProgramError(Prog, "KLOBUCHAR IONOSPHERE FILE CAN NOT BE OPENED!");
-        in >> gc.ionk;
+        if (!std::ifstream(gc.ionkfile)) ProgramError(Prog, "KLOBUCHAR IONOSPHERE FILE CAN NOT BE OPENED!");
+        const std::string text = ReadInputFile(gc.ionkfile, Prog);
+        // RINEX 3 writes the coefficients as IONOSPHERIC CORR GPSA/GPSB
+        // among labels that the RINEX 2 header reader does not know.
+        if (IsRinex3Navigation(text)) {
+            const Rinex3NavHeader h = ReadRinex3NavHeader(text, gc.ionkfile, Prog);
+            std::copy(h.alfa, h.alfa + 4, gc.ionk.alfa), std::copy(h.beta, h.beta + 4, gc.ionk.beta);
+        } else {
+            std::istringstream in(text);
+            in >> gc.ionk;
+        }
         Echo(v, "reading KLOBUCHAR ionosphere file");
     }
     if (gc.isIonx) {

@@ -6,13 +6,15 @@
 #include <cstring>
 #include <fstream>
 #include <iostream>
+#include <sstream>
 
 #include "geodesy/LeapSecond.h"
 #include "geodesy/TimeConverse.h"
 #include "numerics/FieldText.h"
+#include "numerics/InputFile.h"
 #include "numerics/ProgramError.h"
 #include "numerics/cfilef.h"
-#include "orbits/GPSbEph.h"
+#include "orbits/Rinex3Navigation.h"
 
 using fieldtext::CopyTrimmedField;
 using fieldtext::FortranNumber;
@@ -90,9 +92,9 @@ void GLNbEph::SetFile(const char* file)
     std::strcpy(navig, file);
 }
 
-long GLNbEph::CountNav()
+long GLNbEph::CountNav(const std::string& content)
 {
-    std::ifstream in(navig);
+    std::istringstream in(content);
     GLNbEphHeader h;
     in >> h;
     long n = 0;
@@ -109,16 +111,65 @@ long GLNbEph::CountNav()
 void GLNbEph::ReadFile()
 {
     if (!FileExists(navig)) GLNbEphError("GLONASS NAVIGATION FILE CAN NOT BE OPENED!");
-    const std::string v3 = Rinex3NavigationVersion(navig);
-    if (!v3.empty())
-        GLNbEphError(std::string(navig) + ": RINEX " + v3
-                     + " NAVIGATION FILE - ONLY RINEX 2 NAVIGATION FILES CAN BE READ!");
-    nsatall = CountNav();
-    rdata.SetNRecords(nsatall);
-    std::ifstream in(navig);
-    in >> rhead;
-    ReadRecords(in);
+    const std::string content = ReadInputFile(navig, "GLNbEph");
+    if (IsRinex3Navigation(content)) {
+        ReadRinex3(content);
+    } else {
+        nsatall = CountNav(content);
+        rdata.SetNRecords(nsatall);
+        std::istringstream in(content);
+        in >> rhead;
+        ReadRecords(in);
+    }
     rdata.satList = UniqList(rdata.sat);
+}
+
+void GLNbEph::ReadRinex3(const std::string& content)
+{
+    const Rinex3NavHeader h = ReadRinex3NavHeader(content, navig, "GLNbEph");
+    const std::vector<Rinex3NavRecord> recs = ReadRinex3NavRecords(content, navig, 'R', "GLNbEph");
+    rhead.version = std::strtof(h.version.c_str(), nullptr);
+    CopyTrimmedField(h.type, 0, 20, rhead.type, sizeof rhead.type);
+    CopyTrimmedField(h.pgm, 0, 20, rhead.pgm, sizeof rhead.pgm);
+    CopyTrimmedField(h.runby, 0, 20, rhead.runby, sizeof rhead.runby);
+    CopyTrimmedField(h.date, 0, 20, rhead.date, sizeof rhead.date);
+    rhead.leaps = h.leaps;
+    nsatall = static_cast<long>(recs.size());
+    rdata.SetNRecords(nsatall);
+    for (long r = 0; r < nsatall; ++r) {
+        const Rinex3NavRecord& x = recs[static_cast<std::size_t>(r)];
+        StoreRecord(r, x.sat - 100, x.toc, x.values.data(), std::string(navig) + ": LINE " + std::to_string(x.line));
+    }
+}
+
+void GLNbEph::StoreRecord(long r, int slot, const ymdhms& utc, const long double* values, const std::string& where)
+{
+    using D = GLNbEphData;
+    // Field, its bound and its name for the range check of each record.
+    static const struct { int j; long double max; const char* name; } ranges[] = {
+        {D::TAUN, GLNbEphns::MaxTauN_s, "CLOCK OFFSET"}, {D::GAMMAN, GLNbEphns::MaxGammaN, "FREQUENCY OFFSET"},
+        {D::X0, GLNbEphns::MaxCoordinate_km, "X"}, {D::Y0, GLNbEphns::MaxCoordinate_km, "Y"},
+        {D::Z0, GLNbEphns::MaxCoordinate_km, "Z"}, {D::XD0, GLNbEphns::MaxVelocity_kmps, "X VELOCITY"},
+        {D::YD0, GLNbEphns::MaxVelocity_kmps, "Y VELOCITY"}, {D::ZD0, GLNbEphns::MaxVelocity_kmps, "Z VELOCITY"},
+        {D::XDDS, GLNbEphns::MaxAcceleration_kmps2, "X ACCELERATION"},
+        {D::YDDS, GLNbEphns::MaxAcceleration_kmps2, "Y ACCELERATION"},
+        {D::ZDDS, GLNbEphns::MaxAcceleration_kmps2, "Z ACCELERATION"}};
+    rdata.sat(r) = static_cast<short>(slot);
+    if (std::fabs(utc.GetSecond()) > GLNbEphns::FullMinuteTol_s) {
+        char w[120];
+        std::snprintf(w, sizeof w,
+                      "GLONASS EPHEMERIS DATA: SATELLITE R%02d EPOCH SECONDS %5.1lf [NOT "
+                      "FULL MINUTES]",
+                      slot, static_cast<double>(utc.GetSecond()));
+        ProgramWarning("Orvo", w);
+    }
+    mjd m = ymdhms2mjd(utc);
+    m += LeapSecond(m);
+    rdata.mjdo(r) = m;
+    for (int j = 0; j < 15; ++j) rdata.data(r, j) = values[j];
+    for (const auto& f : ranges)
+        if (!(std::fabs(rdata.data(r, f.j)) <= f.max))
+            GLNbEphError(where + ": " + f.name + " OUTSIDE THE RANGE OF THE GLONASS ICD!");
 }
 
 bool GLNbEph::ReadParameter(std::istream& in, long double& value)
@@ -139,16 +190,6 @@ bool GLNbEph::ReadParameter(std::istream& in, long double& value)
 void GLNbEph::ReadRecords(std::istream& in)
 {
     if (!rdata.isSet) GLNbEphError("NUMBER OF RECORDS not set!");
-    using D = GLNbEphData;
-    // Field, its bound and its name for the range check of each record.
-    static const struct { int j; long double max; const char* name; } ranges[] = {
-        {D::TAUN, GLNbEphns::MaxTauN_s, "CLOCK OFFSET"}, {D::GAMMAN, GLNbEphns::MaxGammaN, "FREQUENCY OFFSET"},
-        {D::X0, GLNbEphns::MaxCoordinate_km, "X"}, {D::Y0, GLNbEphns::MaxCoordinate_km, "Y"},
-        {D::Z0, GLNbEphns::MaxCoordinate_km, "Z"}, {D::XD0, GLNbEphns::MaxVelocity_kmps, "X VELOCITY"},
-        {D::YD0, GLNbEphns::MaxVelocity_kmps, "Y VELOCITY"}, {D::ZD0, GLNbEphns::MaxVelocity_kmps, "Z VELOCITY"},
-        {D::XDDS, GLNbEphns::MaxAcceleration_kmps2, "X ACCELERATION"},
-        {D::YDDS, GLNbEphns::MaxAcceleration_kmps2, "Y ACCELERATION"},
-        {D::ZDDS, GLNbEphns::MaxAcceleration_kmps2, "Z ACCELERATION"}};
     std::string rest;
     for (long r = 0; r < nsatall; ++r) {
         const std::string where = std::string(navig) + ": RECORD " + std::to_string(r + 1);
@@ -159,31 +200,15 @@ void GLNbEph::ReadRecords(std::istream& in)
         // Slots run 1..99 in the shared numbering (100 + slot).
         if (s < 1 || s > 99)
             GLNbEphError("RECORD " + std::to_string(r + 1) + ": SLOT NUMBER NOT IN 1..99!");
-        rdata.sat(r) = static_cast<short>(s);
         ymdhms t;
         if (!(in >> t))
             GLNbEphError("RECORD " + std::to_string(r + 1) + ": EPOCH CAN NOT BE READ!");
-        if (std::fabs(t.GetSecond()) > GLNbEphns::FullMinuteTol_s) {
-            char w[120];
-            std::snprintf(w, sizeof w,
-                          "GLONASS EPHEMERIS DATA: SATELLITE R%02d EPOCH SECONDS %5.1lf [NOT "
-                          "FULL MINUTES]",
-                          s, static_cast<double>(t.GetSecond()));
-            ProgramWarning("Orvo", w);
-        }
-        mjd m = ymdhms2mjd(t);
-        m += LeapSecond(m);
-        rdata.mjdo(r) = m;
-        for (int j = 0; j < 15; ++j) {
-            long double v = 0.0L;
-            if (!ReadParameter(in, v))
+        long double v[15] = {};
+        for (long double& x : v)
+            if (!ReadParameter(in, x))
                 GLNbEphError("RECORD " + std::to_string(r + 1)
                              + ": FILE ENDS INSIDE THE RECORD!");
-            rdata.data(r, j) = v;
-        }
-        for (const auto& f : ranges)
-            if (!(std::fabs(rdata.data(r, f.j)) <= f.max))
-                GLNbEphError(where + ": " + f.name + " OUTSIDE THE RANGE OF THE GLONASS ICD!");
+        StoreRecord(r, s, t, v, where);
         std::getline(in, rest);
     }
 }

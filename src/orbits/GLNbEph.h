@@ -87,12 +87,20 @@ public:
     /// Stores the file name; a null name or one of 256 characters or more
     /// ends the run with GLNbEphError.
     void SetFile(const char* file);
-    /// Reads header and records in two passes (count, then fill). Record
-    /// epochs (UTC in the file) are moved to GPS time by LeapSecond. A file
-    /// that does not open, has no END OF HEADER, ends inside a record or is
-    /// a RINEX 3 file ends the run with GLNbEphError; a record epoch off
-    /// whole minutes is warned of and kept.
+    /// Reads the file, plain or gzip: a RINEX 2 GLONASS file in two passes
+    /// (count, then fill), the FDMA records of a RINEX 3.02-3.05 or 4.00
+    /// file by ReadRinex3NavRecords (its errors there). Record epochs (UTC
+    /// in the file) are moved to GPS time by LeapSecond. A file that does
+    /// not open, has no END OF HEADER or ends inside a record ends the run
+    /// with GLNbEphError, as does a record outside the ranges of the ICD; a
+    /// record epoch off whole minutes is warned of and kept.
     void ReadFile();
+    /// Stores record r of slot (1..99) at the UTC epoch utc with its 15
+    /// values in the order of GLNbEphData's columns, the one home of the
+    /// record checks of both formats: the epoch off whole minutes is warned
+    /// of; a value beyond the ranges of the GLONASS ICD ends the run with
+    /// GLNbEphError naming where.
+    void StoreRecord(long r, int slot, const ymdhms& utc, const long double* values, const std::string& where);
     /// Records read.
     long GetNSat() const { return nsatall; }
     /// Epoch (GPS time) of record i.
@@ -139,8 +147,9 @@ public:
 
 private:
     long ixLast = -1;
-    long CountNav();
+    long CountNav(const std::string& content);
     void ReadRecords(std::istream& in);
+    void ReadRinex3(const std::string& content);
     bool ReadParameter(std::istream& in, long double& value);
     void DiffEqTwoBody(const matrix<long double>& x, long double ax, long double ay,
                        long double az, matrix<long double>& y) const;

@@ -12,7 +12,9 @@
 #include "geodesy/TimeConverse.h"
 #include "numerics/FieldText.h"
 #include "numerics/ProgramError.h"
+#include "numerics/InputFile.h"
 #include "numerics/cfilef.h"
+#include "orbits/Rinex3Navigation.h"
 
 using fieldtext::CopyTrimmedField;
 using fieldtext::FortranNumber;
@@ -30,6 +32,13 @@ bool NextLine(std::istream& in, std::string& line)
         if (line.find_first_not_of(" \t") != std::string::npos) return true;
     }
     return false;
+}
+
+// Text into a fixed buffer of n characters, cut and terminated.
+void CopyText(const std::string& text, char* out, std::size_t n)
+{
+    std::strncpy(out, text.c_str(), n - 1);
+    out[n - 1] = '\0';
 }
 
 // "G05" or "E11" as reports write a satellite of the shared numbering.
@@ -134,9 +143,9 @@ void GPSbEph::SetFile(const char* file)
     std::strcpy(navig, file);
 }
 
-long GPSbEph::CountNav()
+long GPSbEph::CountNav(const std::string& content)
 {
-    std::ifstream in(navig);
+    std::istringstream in(content);
     GPSbEphHeader h;
     in >> h;
     // A partial last record counts as one, so that the reading pass meets
@@ -147,28 +156,40 @@ long GPSbEph::CountNav()
     return (lines + GPSbEphns::NLinesRecord - 1) / GPSbEphns::NLinesRecord;
 }
 
-std::string Rinex3NavigationVersion(const char* path)
-{
-    std::ifstream in(path);
-    std::string line;
-    if (!fieldtext::NextLine(in, line) || !HoldsLabel(line, "RINEX VERSION / TYPE")) return "";
-    return FortranNumber(line, 0, 9) >= 3.0L ? fieldtext::TrimmedField(line, 0, 9) : "";
-}
-
 void GPSbEph::ReadFile()
 {
     if (!FileExists(navig)) GPSbEphError("GPS NAVIGATION FILE CAN NOT BE OPENED!");
-    const std::string v3 = Rinex3NavigationVersion(navig);
-    if (!v3.empty())
-        GPSbEphError(std::string(navig) + ": RINEX " + v3
-                     + " NAVIGATION FILE - ONLY RINEX 2 NAVIGATION FILES CAN BE READ!");
-    nsatall = CountNav();
-    gdata.SetNRecords(static_cast<unsigned long>(nsatall));
-    std::ifstream in(navig);
-    in >> ghead;
-    ReadRecords(in);
+    const std::string content = ReadInputFile(navig, "GPSbEph");
+    if (IsRinex3Navigation(content)) {
+        ReadRinex3(content);
+    } else {
+        nsatall = CountNav(content);
+        gdata.SetNRecords(static_cast<unsigned long>(nsatall));
+        std::istringstream in(content);
+        in >> ghead;
+        ReadRecords(in);
+    }
     gdata.satList = UniqList(gdata.sat);
     CheckTimeOrder();
+}
+
+void GPSbEph::ReadRinex3(const std::string& content)
+{
+    const Rinex3NavHeader h = ReadRinex3NavHeader(content, navig, "GPSbEph");
+    const std::vector<Rinex3NavRecord> recs = ReadRinex3NavRecords(content, navig, system, "GPSbEph");
+    ghead.version = std::strtof(h.version.c_str(), nullptr);
+    CopyText(h.type, ghead.type, sizeof ghead.type), CopyText(h.pgm, ghead.pgm, sizeof ghead.pgm);
+    CopyText(h.runby, ghead.runby, sizeof ghead.runby), CopyText(h.date, ghead.date, sizeof ghead.date);
+    ghead.a0 = h.a0, ghead.a1 = h.a1, ghead.T = h.T, ghead.W = h.W, ghead.leaps = h.leaps;
+    for (int k = 0; k < 4; ++k) ghead.alfa[k] = h.alfa[k], ghead.beta[k] = h.beta[k];
+    nsatall = static_cast<long>(recs.size());
+    gdata.SetNRecords(recs.size());
+    for (std::size_t r = 0; r < recs.size(); ++r) {
+        const long i = static_cast<long>(r);
+        gdata.sat(i) = recs[r].sat;
+        gdata.mjdo(i) = ymdhms2mjd(recs[r].toc);
+        for (int j = 0; j < GPSbEphns::NParameters; ++j) gdata.data(i, j) = recs[r].values[static_cast<std::size_t>(j)];
+    }
 }
 
 void GPSbEph::ReadRecords(std::istream& in)

@@ -93,11 +93,15 @@ public:
     /// Stores the file name; a null name or one of 256 characters or more
     /// ends the run with GPSbEphError.
     void SetFile(const char* file);
-    /// Reads header and records in two passes (count, then fill). A file
-    /// that does not open, has no END OF HEADER, ends inside a record or
-    /// holds a satellite field of no known system ends the run with the
-    /// framed error, as does a RINEX 3 file (named, with its version);
-    /// records of a satellite out of time order are warned of.
+    /// System whose records a RINEX 3 or 4 file gives: 'G' (GPS LNAV, the
+    /// default) or 'E' (Galileo); a RINEX 2 file gives every record it holds.
+    void SetSystem(char letter) { system = letter; }
+    /// Reads the file, plain or gzip: a RINEX 2 file in two passes (count,
+    /// then fill), a RINEX 3.02-3.05 or 4.00 file by ReadRinex3NavRecords
+    /// (its errors there). A file that does not open, has no END OF HEADER,
+    /// ends inside a record or holds a satellite field of no known system
+    /// ends the run with the framed error; records of a satellite out of
+    /// time order are warned of.
     void ReadFile();
     /// Records read.
     long GetNSat() const { return nsatall; }
@@ -153,8 +157,10 @@ public:
 
 private:
     long ixLast = -1;
-    long CountNav();
+    long CountNav(const std::string& content);
     void ReadRecords(std::istream& in);
+    void ReadRinex3(const std::string& content);
+    char system = 'G';
     void CheckTimeOrder() const;
     // Receiver at prec turned by the Earth's rotation angle of a travel of
     // tau s, into the frame of the transmission epoch; distance to psat.
@@ -174,11 +180,6 @@ private:
 /// Framed error of the reader on the output stream; ends the run with 1.
 [[noreturn]] void GPSbEphError(const std::string& text);
 
-/// The version text (columns 1-9) of a navigation file whose first line is
-/// its "RINEX VERSION / TYPE" record with a version of 3 or later, whose
-/// records (system letters, four-digit years, 4X continuation lines) the
-/// RINEX 2 readers would take for none or for wrong ones; empty otherwise.
-std::string Rinex3NavigationVersion(const char* path);
 /// Framed warning of the reader on the output stream.
 void GPSbEphWarning(const std::string& text);
 /// Framed error and warning of the record table.
