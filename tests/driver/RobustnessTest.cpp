@@ -234,7 +234,8 @@ TEST(Robustness, OrbitFile) {
         // The orbits of another day: no observation epoch lies in the file.
         {kSp3F, orvotest::Data("zimm-2015-235/igs18590.sp3"), O::Fails, {"PRECISE ORBIT FILE .*igs18590.sp3 SPANS 2015-08-23 "
          "00:00:00.0 TO 2015-08-23 23:45:00.0, THE OBSERVATIONS 2020-06-25 00:00:00.0 TO 2020-06-25 00:06:00.0 - NO OBSERVATION EPOCH"}},
-        {kSp3F, "-eg" + Scratch("mn.rnx"), O::Fails, {"mn.rnx: RINEX 3.05 NAVIGATION FILE - ONLY RINEX 2 NAVIGATION FILES CAN BE READ!"}},
+        {kSp3F, "-eg" + Scratch(Edited("mn301.rnx", "mn.rnx", "     3.05 ", "     3.01 ")), O::Fails,
+         {"mn301.rnx.*RINEX 3.01 NAVIGATION FILE - ONLY VERSIONS 3.02-3.05 AND 4.00 CAN BE READ!"}},
         // A blank coordinate is no zero; a node far outside every orbit
         // shell is refused as missing, and G02 goes for the window.
         {kSp3F, Edited("blank.sp3", "orb.sp3", "PG02  21815.313784", "PG02              "), O::Fails,
