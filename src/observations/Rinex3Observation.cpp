@@ -348,7 +348,8 @@ sv RecordLine(Cursor& c, const Epoch& e, const std::string& path)
 // field that is none stops the run.
 int RecordSystem(sv r, long no, const std::string& path, const Header& h)
 {
-    const bool ok = r.size() >= 3 && (Digit(r[1]) || r[1] == ' ') && Digit(r[2]);
+    const bool ok = r.size() >= 3 && (Digit(r[1]) || r[1] == ' ') && Digit(r[2])
+                    && !((r[1] == '0' || r[1] == ' ') && r[2] == '0');  // no satellite number 0
     const int s = ok ? SysIndex(r[0]) : -1;
     if (!ok || (s < 0 && !IsOtherSystem(r[0])))
         Fail(path, no, "SATELLITE \"" + std::string(Cut(r, 0, 3)) + "\" NOT VALID");
