@@ -79,6 +79,41 @@ add("compact_rinex", "crx1", "1.0                 COMPACT RINEX FORMAT          
     + "3&21345678123 3&112170123456 3&21345681012 3&87405281789  7 7 5 5\n                3\n1\n" + "\n" * 12
     + "223333 1173667 223338 914569\n&21  3  1  0  0 45.0000000  5  0\n")
 
+# RINEX 3/4 observation texts written by hand: G, R, E and C records, codes
+# on two lines, more than 12 satellites, an event with header records, a
+# cycle-slip record, a clock offset and GLONASS channels.
+def rnx3_line(data, label):
+    return data.ljust(60) + label + "\n"
+
+
+def rnx3_text(version):
+    head = (rnx3_line("     %s           OBSERVATION DATA    M (MIXED)" % version, "RINEX VERSION / TYPE")
+            + rnx3_line("SEED", "MARKER NAME")
+            + rnx3_line("G   14 L1C C1C S1C C1W D1C L5Q C2W S2W L2W C5Q C1L L2L S1W", "SYS / # / OBS TYPES")
+            + rnx3_line("       C5X", "SYS / # / OBS TYPES")
+            + rnx3_line("R    4 C1C L1C C2P L2P", "SYS / # / OBS TYPES")
+            + rnx3_line("E    4 C1C L1C C7Q L7Q", "SYS / # / OBS TYPES")
+            + rnx3_line("C    2 C2I L2I", "SYS / # / OBS TYPES")
+            + rnx3_line("  2 R01  1 R02 -4", "GLONASS SLOT / FRQ #")
+            + rnx3_line("  2020     6    25     0     0    0.0000000     GPS", "TIME OF FIRST OBS")
+            + rnx3_line("", "END OF HEADER"))
+    gps = "".join("G%02d 1100000%02d.000 5  2100000%02d.500 7\n" % (n, n, n) for n in range(2, 12))
+    return (head + "> 2020 06 25 00 00  0.0000000  0 15\n"
+            + "G01 105000000.30017  20000000.100 7        45.500    20000001.200       -1000.400    78000000.123 8"
+            + "  20000002.600          40.800    82000000.700 6  20000003.900    20000004.000    82000000.999 6\n"
+            + "C05  30000000.000 6 156000000.000 6\n" + gps
+            + "R01  19000000.111 6 101000000.222 6  19000001.333 6  78000000.444 6\n"
+            + "E01  23000000.555 7 121000000.666 7  23000001.777 7  93000000.888 7\n"
+            + "E02                                  24000000.999 5\n"
+            + ">                              4  1\n" + rnx3_line("SPARE ANTENNA", "COMMENT")
+            + "> 2020 06 25 00 00 30.0000000  6  1\nG01 105000100.30011\n"
+            + "> 2020 06 25 00 00 30.0000000  0  2       0.000123456789\n"
+            + "G 2 110000099.000\nE01  23000099.000\n")
+
+
+add("rinex3_observation", "rnx304", rnx3_text("3.04"))
+add("rinex3_observation", "rnx400", rnx3_text("4.00"))
+
 def sp3_piece(path, nep, nsat):
     """Header and the first nep epochs of the first nsat satellites of the
     list, the epoch count of line 1 and the list made to fit."""

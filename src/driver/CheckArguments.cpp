@@ -10,6 +10,7 @@
 #include "observations/GALILEOc.h"
 #include "observations/GLONASSc.h"
 #include "observations/GPSc.h"
+#include "observations/Rinex3Observation.h"
 
 namespace {
 
@@ -52,11 +53,13 @@ void DropSystemWithoutEphemeris(bool& isSys, bool isNav, bool isPEph,
 }
 
 // The channel fixes every GLONASS carrier: without one, GLONASS code would
-// be combined on wrong frequencies and its phase not at all. Only the
-// channel file and the GLONASS navigation file carry channels.
+// be combined on wrong frequencies and its phase not at all. The channel
+// file, the GLONASS navigation file and a RINEX 3 header carry channels.
 void DropGlonassWithoutChannels(gCPosC& gc)
 {
     if (!gc.isGLN || gc.isGLNfrch || gc.isGLNnav) return;
+    // A RINEX 3 header lists the channel of every slot (GLONASS SLOT / FRQ #).
+    if (gc.isRnx && ObservationHeaderHasGlonassChannels(gc.rnxfile)) return;
     if (!gc.isGPS && !gc.isGAL)
         ProgramError(Prog, "GLONASS IS THE ONLY SYSTEM SET BUT NO FREQUENCY CHANNEL FILE [-gf] NOR GLONASS "
                            "NAVIGATION FILE [-er] GIVES ITS CHANNELS!");

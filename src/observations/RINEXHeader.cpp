@@ -1,6 +1,7 @@
 #include "observations/RINEXHeader.h"
 #include "numerics/ProgramError.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
@@ -175,6 +176,30 @@ void ReadObsTypes(std::istream& in, RINEXHeader& h, const std::string& first)
     }
 }
 
+// GLONASS SLOT / FRQ #: up to eight entries a line, slot at columns 5-7
+// + 7j, channel at 9-10 + 7j; every line carries its label, so the count
+// of the first one is not needed. A label met in comment text gives none.
+void ReadGlonassChannels(const Fields& f, RINEXHeader& h)
+{
+    if (!f.strict) return;
+    for (std::size_t j = 0; j < 8; j++) {
+        std::string sat = RINEXField(f.line, 4 + 7 * j, 3);
+        if (fieldtext::TrimmedField(sat, 0, 3).empty()) continue;
+        if (sat.size() == 3 && sat[1] == ' ') sat[1] = '0';
+        long slot = 0;
+        if (sat.size() != 3 || sat[0] != 'R' || !fieldtext::ToLong(sat.substr(1), slot) || slot < 1
+            || slot >= RINEXns::GlonassSlots)
+            RINEXHeader::RINEXHeaderError(In(h) + "GLONASS SLOT \"" + sat + "\" NOT VALID", h.nlines);
+        const std::string k = fieldtext::TrimmedField(f.line, 8 + 7 * j, 2);
+        const int channel = f.Whole(8 + 7 * j, 2);
+        if (k.empty() || channel < RINEXns::MinGlonassChannel || channel > RINEXns::MaxGlonassChannel)
+            RINEXHeader::RINEXHeaderError(In(h) + "GLONASS CHANNEL \"" + k + "\" OF " + sat + " NOT VALID (-7 TO 6)",
+                                          h.nlines);
+        if (h.glonassChannel[slot] == RINEXns::NoGlonassChannel) h.nGlonassChannels++;
+        h.glonassChannel[slot] = static_cast<short>(channel);
+    }
+}
+
 void Warn(const char* label, long line)
 {
     RINEXHeader::RINEXHeaderWarning(std::string("ADDITIONAL \"") + label + "\" HEADER LINE", line);
@@ -222,6 +247,8 @@ void RINEXHeader::Reset()
     obslastts.clear();
     for (unsigned short t = 0; t < RINEXObs::Unknown; t++) *PresenceFlag(t) = false;
     iPC1 = iPC3 = iPP3 = iL3 = iL4 = iMW = iPC4 = iPP4 = iCL1 = iCLI = false;
+    std::fill(glonassChannel, glonassChannel + RINEXns::GlonassSlots, RINEXns::NoGlonassChannel);
+    nGlonassChannels = 0;
     nlines = 0;
 }
 
@@ -343,6 +370,8 @@ std::istream& operator>>(std::istream& in, RINEXHeader& h)
         } else if (Has(line, "WAVELENGTH FACT L1/2")) {
             h.wavelengthDefL1 = CharAt(line, 5);
             h.wavelengthDefL2 = CharAt(line, 11);
+        } else if (Has(line, "GLONASS SLOT / FRQ #")) {
+            ReadGlonassChannels(Fields(h, line, "GLONASS SLOT / FRQ #"), h);
         }
     }
     return in;

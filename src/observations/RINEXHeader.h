@@ -49,6 +49,13 @@ inline constexpr long double MaxAntennaHeight_m = 100.0L;
 /// Largest |DELTA E|, |DELTA N| (m): an eccentric mark is tied to the
 /// antenna by a short traverse of a few metres.
 inline constexpr long double MaxAntennaOffset_m = 10.0L;
+/// Slots a GLONASS SLOT / FRQ # record can name (R01 to R99): the table of
+/// channels has one entry per two-digit satellite number.
+inline constexpr int GlonassSlots = 100;
+/// Entry of a slot that the header gives no channel for.
+inline constexpr short NoGlonassChannel = 99;
+/// Range of the FDMA frequency channel k (GLONASS ICD, edition 5.1).
+inline constexpr int MinGlonassChannel = -7, MaxGlonassChannel = 6;
 }  // namespace RINEXns
 
 /// Outcome of reading one line of a RINEX file.
@@ -89,6 +96,12 @@ public:
     bool iD6, iS6, iC7, iL7, iD7, iS7, iC8, iL8, iD8, iS8;
     bool iPC1, iPC3, iPP3, iL3, iL4, iMW, iPC4, iPP4, iCL1, iCLI;
 
+    // GLONASS channel k of each slot from GLONASS SLOT / FRQ # (written by
+    // RINEX 3 and carried over by Rinex3ToRinex2), RINEXns::NoGlonassChannel
+    // where none is given; nGlonassChannels slots have one.
+    short glonassChannel[RINEXns::GlonassSlots];
+    int nGlonassChannels;
+
     long nlines;        // header lines read, so data errors can give file lines
     std::string source; // name of the file read, for messages; Reset keeps it
 
@@ -107,6 +120,11 @@ public:
     void SetMarkerNumber(const std::string& t) { mnumber = t; }
     xyz GetX0() const { return X0; }
     neu GetECC() const { return Dp; }
+    /// True when GLONASS SLOT / FRQ # gave slot (1-99) its channel.
+    bool HasGlonassChannel(int slot) const
+    {
+        return slot > 0 && slot < RINEXns::GlonassSlots && glonassChannel[slot] != RINEXns::NoGlonassChannel;
+    }
 
     bool HasL1() const { return iL1; }
     bool HasL2() const { return iL2; }
@@ -154,7 +172,9 @@ public:
 /// reads 0), an APPROX POSITION XYZ given but outside the receiver shell
 /// (RINEXns::MinReceiverRadius_m to MaxReceiverRadius_m) or an ANTENNA:
 /// DELTA H/E/N beyond MaxAntennaHeight_m or MaxAntennaOffset_m stop the run
-/// with RINEXHeaderError naming the file (source) and the line.
+/// with RINEXHeaderError naming the file (source) and the line; so does a
+/// GLONASS SLOT / FRQ # entry that is no slot R01-R99 with a channel of -7
+/// to 6.
 std::istream& operator>>(std::istream& in, RINEXHeader& h);
 /// Writes the header as RINEX 2 lines, labels at column 60, ending in
 /// "END OF HEADER"; the program line names Orvo and the present local time.

@@ -282,10 +282,14 @@ void ApplyDCB(gCPosC& gc)
 
 void SetGlonassFrequency(gCPosC& gc)
 {
-    if (!((gc.isGLNfrch || gc.isGLNnav) && gc.isGLN)) return;
+    // The header's GLONASS SLOT / FRQ # (RINEX 3) is the last source.
+    const bool fromHeader = !gc.isGLNfrch && !gc.isGLNnav && gc.rnxh.nGlonassChannels > 0;
+    if (!((gc.isGLNfrch || gc.isGLNnav || fromHeader) && gc.isGLN)) return;
     ProgramSubSubTitle("SETTING GLONASS FREQUENCY CHANNEL:", 0);
     const char* const source = gc.isGLNfrch ? "GLONASS FREQUENCY CHANNEL FILE"
-                                            : "GLONASS BROADCAST EPHEMERIS FILE";
+                               : gc.isGLNnav ? "GLONASS BROADCAST EPHEMERIS FILE"
+                                             : "OBSERVATION FILE HEADER (GLONASS SLOT / FRQ #)";
+    std::cout << "    Channels from the " << source << "\n";
     for (long i = 0; i < gc.rnxd.GetNSat(); ++i) {
         const short prn = gc.rnxd.GetSat(i);
         if (prn <= 100 || prn > 199) continue;
@@ -310,6 +314,9 @@ void SetGlonassFrequency(gCPosC& gc)
                 k = gc.glnfc.GetFreqNum(prn, first);
                 found = gc.glnfc.GetIsGLNSat();
             }
+        } else if (fromHeader) {
+            found = gc.rnxh.HasGlonassChannel(slot);
+            if (found) k = gc.rnxh.glonassChannel[slot];
         } else {
             const GLNbEphData& nav = gc.glnnav.GetData();
             for (long r = 0; r < nav.nsatall && !found; ++r) {

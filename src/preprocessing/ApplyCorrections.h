@@ -20,10 +20,12 @@ constexpr long double MinCodeBias_m = 0.01L;
 
 /// Fills the GLONASS frequency tables (GLONASSc) for every GLONASS
 /// satellite of the observation file when GLONASS is processed and a
-/// channel or navigation file was named. The channel file (isGLNfrch) wins:
+/// channel or navigation file was named or the header lists channels. The channel file (isGLNfrch) wins:
 /// a satellite takes the channel that it gives at the first observation
 /// epoch. Otherwise the first record of the slot in the GLONASS navigation
-/// file gives it (column FRQNUM). An unlisted satellite gets channel 0 with
+/// file gives it (column FRQNUM); without either, the GLONASS SLOT / FRQ #
+/// records of the observation header (RINEX 3). The source is named on the
+/// output stream. An unlisted satellite gets channel 0 with
 /// a warning on the error stream naming the source it is missing from;
 /// slots above 32 have no row in the tables and are skipped with a warning.
 /// Each satellite and its channel are listed on the output stream.

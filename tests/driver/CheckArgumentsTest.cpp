@@ -122,6 +122,9 @@ TEST(CheckArguments, SettingsThatCannotBeUsedAreDefaultedOrDroppedWithAWarning) 
          [](const gCPosC& g) { return g.isGPS && !g.isGLN && g.isGAL; }},
         {[](gCPosC& g) { g.isGPS = false, Name(g, GC(glnfreqch), GC(isGLNfrch), kChannels); }, {"NO SATELLITE SYSTEM SET [-cs[G|R|E]] - SETTING ALL!"},
          [](const gCPosC& g) { return g.isGPS && g.isGLN && g.isGAL; }},
+        // A RINEX 3 header (GLONASS SLOT / FRQ #) gives them too.
+        {[](gCPosC& g) { g.isGPS = false, g.isGLN = true, SetName(g.rnxfile, orvotest::Data("esbc-2020-177/ESBC00DNK_R_20201770000_01D_30S_MO.crx.gz")); },
+         {}, [](const gCPosC& g) { return !g.isGPS && g.isGLN; }},
         // Precise orbits overrule navigation files; the systems stay, GLONASS
         // on its channel file. Without it GLONASS goes, its code biases too.
         {[](gCPosC& g) { Name(g, GC(gnavfile), GC(isGPSnav), kNavG), Name(g, GC(rnavfile), GC(isGLNnav), kNavR), g.isGLN = true,

@@ -114,6 +114,42 @@ TEST(SetGlonassFrequency, WavelengthsFollowTheChannelOfEverySlotOrChannelZero)
     }
 }
 
+// Without -gf and -er the GLONASS SLOT / FRQ # records of the header (a
+// RINEX 3 file's, carried into its translation) give the channels.
+TEST(SetGlonassFrequency, ChannelsOfTheObservationHeaderServeWithoutFileOrNavigation)
+{
+    const std::map<int, int> list = ChannelList();
+    std::string records, data = std::to_string(list.size());
+    data.insert(0, 3 - data.size(), ' ');
+    for (const auto& [slot, k] : list) {  // eight entries a line, as RINEX 3 writes them
+        if (data.size() == 59) records += data + " GLONASS SLOT / FRQ #\n", data = "   ";
+        char e[8];
+        std::snprintf(e, sizeof e, " R%02d %2d", slot, k);
+        data += e;
+    }
+    records += data + std::string(60 - data.size(), ' ') + "GLONASS SLOT / FRQ #";
+    for (long s = 0; s < GLONASSc::NSlots; ++s)  // a row left untouched shows
+        for (long j = 0; j < 2; ++j) GLONASSc::freq(s, j) = GLONASSc::lamb(s, j) = 0.0L;
+    Context c;
+    Options o;
+    o.obs = CutObs("header.20o", 0, 1, KeepAll, "GLONASS slot/frequency numbers in .glofrq side file         COMMENT", records);
+    std::tie(o.gal, o.gln, o.upTo) = std::make_tuple(false, true, 0);
+    Stage(c, o);
+    Capture co(std::cout);
+    SetGlonassFrequency(c.gc);
+    EXPECT_TRUE(Has(co.Text(), "Channels from the OBSERVATION FILE HEADER (GLONASS SLOT / FRQ #)")) << co.Text();
+    int nGlonass = 0;
+    for (long i = 0; i < c.rnxd.GetNSat(); ++i) {
+        const short prn = c.rnxd.GetSat(i);
+        if (!IsGlonass(prn)) continue;
+        ++nGlonass;
+        const long double k = list.at(prn - 100);
+        EXPECT_NEAR_LD(GLONASSc::lamb(prn - 101, 0), C / (1602.0e6L + 0.5625e6L * k), WaveTol_m) << prn;
+        EXPECT_NEAR_LD(GLONASSc::lamb(prn - 101, 1), C / (1246.0e6L + 0.4375e6L * k), WaveTol_m) << prn;
+    }
+    EXPECT_EQ(nGlonass, 10);
+}
+
 TEST(SetGlonassFrequency, NothingWithoutGlonassOrWithoutASource)
 {
     for (const bool gln : {false, true}) {
