@@ -1,5 +1,7 @@
-// Reading the real 24-hour, 30 s ESBC observation file (G+R+E, 22 types,
-// 83 558 satellite records): both passes, allocation and decoding.
+// Reading the real 24-hour, 30 s ESBC observation day (G+R+E, 22 types,
+// 83 558 satellite records): both passes, allocation and decoding, from the
+// RINEX 2 file and from the station's gzipped Compact RINEX 3 file it was
+// made from (inflating, Hatanaka decoding and translation included).
 #include <benchmark/benchmark.h>
 
 #include <fstream>
@@ -9,10 +11,12 @@
 namespace {
 
 // Relative to the repository root, where the benchmarks run.
-const char* const kEsbcObs = "../shared/data/esbc-2020-177/esbc1770.20o";
+const char* const kEsbcFiles[] = {"../shared/data/esbc-2020-177/esbc1770.20o",
+                                   "../shared/data/esbc-2020-177/ESBC00DNK_R_20201770000_01D_30S_MO.crx.gz"};
 
 void BM_ReadRinexObservationFile(benchmark::State& state)
 {
+    const char* const kEsbcObs = kEsbcFiles[state.range(0)];
     if (!std::ifstream(kEsbcObs).good()) {
         state.SkipWithError("ESBC observation file not found (run from the repository root)");
         return;
@@ -38,4 +42,5 @@ void BM_ReadRinexObservationFile(benchmark::State& state)
 
 }  // namespace
 
-BENCHMARK(BM_ReadRinexObservationFile)->Unit(benchmark::kMillisecond)->UseRealTime();
+// 0: RINEX 2 text, 1: gzipped Compact RINEX 3.
+BENCHMARK(BM_ReadRinexObservationFile)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond)->UseRealTime();

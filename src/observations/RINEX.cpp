@@ -1,11 +1,15 @@
 #include "observations/RINEX.h"
 #include "numerics/FieldText.h"
+#include "numerics/InputFile.h"
 #include "numerics/ProgramError.h"
+#include "observations/CompactRinex.h"
+#include "observations/Rinex3Observation.h"
 
 #include <cmath>
 #include <cstdlib>
 #include <fstream>
 #include <iostream>
+#include <memory>
 
 namespace {
 
@@ -42,10 +46,41 @@ void RINEX::SetFile(const std::string& file)
     if (!test.is_open()) RINEXError("RINEX FILE CAN NOT BE OPENED!");
 }
 
+void RINEX::LoadContent()
+{
+    content.clear();
+    content.shrink_to_fit();
+    inMemory = false;
+    std::string first;
+    {
+        std::ifstream test(rinexfile, std::ios::binary);
+        if (!test.is_open()) RINEXError("RINEX FILE CAN NOT BE OPENED!");
+        std::getline(test, first);
+    }
+    // A plain RINEX 2 file is read from the disk, twice; anything else is
+    // first made RINEX 2 text in memory, whatever the file is called.
+    const bool gzip = first.size() >= 2 && static_cast<unsigned char>(first[0]) == 0x1f
+                      && static_cast<unsigned char>(first[1]) == 0x8b;
+    if (!gzip && !IsCompactRinex(first) && !IsRinex3Observation(first, rinexfile)) return;
+    std::string text = ReadInputFile(rinexfile, "RINEX");
+    if (IsCompactRinex(text)) text = DecodeCompactRinex(text, rinexfile);
+    if (IsRinex3Observation(text, rinexfile)) text = Rinex3ToRinex2(text, rinexfile);
+    content = std::move(text);
+    inMemory = true;
+}
+
+std::unique_ptr<std::istream> RINEX::OpenContent() const
+{
+    if (inMemory) return std::make_unique<TextStream>(content);
+    auto file = std::make_unique<std::ifstream>(rinexfile);
+    if (!file->is_open()) RINEXError("RINEX FILE CAN NOT BE OPENED!");
+    return file;
+}
+
 void RINEX::CountRec()
 {
-    std::ifstream in(rinexfile);
-    if (!in.is_open()) RINEXError("RINEX FILE CAN NOT BE OPENED!");
+    const std::unique_ptr<std::istream> stream = OpenContent();
+    std::istream& in = *stream;
     std::string line;
     long lineNo = 0;
     long longLine = 0;
@@ -119,14 +154,19 @@ void RINEX::ReadFile()
     rdata.Reset();
     rhead.Reset();
     rhead.source = rinexfile;
+    LoadContent();
     CountRec();
     rdata.SetNRecords(static_cast<long>(nepoch), static_cast<long>(nobsall));
     rdata.SetTimeCorr(IsTimeCorr);
 
-    std::ifstream in(rinexfile);
-    if (!in.is_open()) RINEXError("RINEX FILE CAN NOT BE OPENED!");
-    in >> rhead;
-    in >> rdata;
+    {
+        const std::unique_ptr<std::istream> stream = OpenContent();
+        *stream >> rhead;
+        *stream >> rdata;
+    }
+    // The translated text has served: the record store holds it all.
+    content.clear();
+    content.shrink_to_fit();
 
     rhead.obsfirst = rdata.epoch(0);
     rhead.obslast = rdata.obslast;

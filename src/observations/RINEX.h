@@ -1,6 +1,10 @@
 #pragma once
-// A RINEX 2 observation file: its name, header and data, read in two
-// passes so that all storage is allocated once at its exact size.
+// A RINEX observation file: its name, header and data, read in two passes
+// so that all storage is allocated once at its exact size. RINEX 2 is read
+// as it stands; a gzip-compressed, Compact RINEX or RINEX 3/4 file is first
+// translated into RINEX 2 text in memory.
+#include <istream>
+#include <memory>
 #include <string>
 
 #include "observations/RINEXData.h"
@@ -14,6 +18,8 @@ public:
     unsigned long nepoch;    // epochs counted by the first pass
     unsigned long nobsall;   // satellite records counted by the first pass
     bool IsTimeCorr;         // the first epoch line carries a clock offset
+    std::string content;     // RINEX 2 text made from another format
+    bool inMemory = false;   // content, not the file, is read
 
     /// Joins header h and data d, which must outlive this object.
     RINEX(RINEXHeader& h, RINEXData& d);
@@ -27,6 +33,12 @@ public:
     /// becomes "GPS", and an interval within 0.005 s of a whole second is
     /// rounded to it.
     void ReadFile();
+    /// Decides from the content, not the name, how the file is read: plain
+    /// RINEX 2 from the disk; gzip, Compact RINEX 1.0/3.0 and RINEX 3/4
+    /// (in any nesting of these) inflated, decoded and translated into RINEX
+    /// 2 text kept in memory until ReadFile has read it. Their readers' framed
+    /// errors name the file and the line.
+    void LoadContent();
     /// First pass: counts epochs (nepoch) and satellite records (nobsall)
     /// and sets IsTimeCorr from the first epoch line. An epoch cut by the
     /// end of the file or a satellite count outside 0..341 stops the run
@@ -47,6 +59,8 @@ public:
     /// When P1 is observed but C1 is not, C1 becomes a copy of P1.
     void copyP1toC1();
 
+    /// The content to read: the translated text or the file itself.
+    std::unique_ptr<std::istream> OpenContent() const;
     /// Prints "#### RINEX: Error -> text ####" framed on the output stream
     /// and exits with status 1.
     [[noreturn]] static void RINEXError(const std::string& text);
