@@ -23,6 +23,8 @@
 #include "observations/ExcludeProblemSat.h"
 #include "observations/GLC.h"
 #include "observations/LinearCombinations.h"
+#include "numerics/InputFile.h"
+#include "observations/CompactRinex.h"
 #include "observations/RINEX.h"
 
 // A statement that must end the run with status 1 and text matching re.

@@ -227,3 +227,44 @@ TEST(RinexBrokenFiles, EachBrokenVariantStopsWithItsFramedErrorButNinetyNineChar
     EXPECT_TRUE(edge.d.GetNEpoch() == 2 && edge.d.GetNObs() == 60);
     EXPECT_STOP(ReadRinex(TempDir() + "/no-such-file.o"), "#### RINEX: Error -> RINEX FILE CAN NOT BE OPENED! ####");
 }
+
+// ---- The same day in the formats stations publish --------------------------
+
+// The RINEX 2 file of ESBC was made from the station's gzipped Compact RINEX 3
+// file: read through inflating, Hatanaka decoding and translation it must give
+// the RINEX 2 file's record store exactly, every value with its LLI and signal
+// strength, in every type of the RINEX 2 header. So must a plain RINEX 3 copy
+// (decoded here) and a gzipped copy of the RINEX 2 file (gzip(1) here).
+TEST(RinexFormats, CompressedAndRinex3CopiesOfTheDayGiveTheRinex2RecordsExactly)
+{
+    const Loaded& ref = Load(kEsbc);
+    const std::string crx = Data("esbc-2020-177/ESBC00DNK_R_20201770000_01D_30S_MO.crx.gz");
+    const std::string rnx3 = WriteTemp("ESBC.rnx", DecodeCompactRinex(ReadInputFile(crx, "test"), crx));
+    const std::string gz = TempDir() + "/esbc1770.20o.gz";
+    ASSERT_EQ(std::system(("gzip -c " + Data(kEsbc) + " > " + gz).c_str()), 0);
+    for (const std::string& path : {crx, rnx3, gz}) {
+        SCOPED_TRACE(path);
+        Loaded other(path);
+        ASSERT_EQ(other.d.GetNEpoch(), ref.d.GetNEpoch());
+        ASSERT_EQ(other.d.GetNObs(), ref.d.GetNObs());
+        long differ = 0, compared = 0;
+        for (long i = 0; i < ref.d.GetNEpoch(); ++i)
+            differ += other.d.nsat(i) != ref.d.nsat(i) || other.d.epoch(i) - ref.d.epoch(i) != 0.0L;
+        for (long k = 0; k < ref.d.GetNObs(); ++k) differ += other.d.sat(k) != ref.d.sat(k);
+        for (long t = 0; t < ref.h.GetNObs(); ++t) {
+            const unsigned short type = ref.h.obs(t);
+            if (const matrix<gnssobs>* a = ref.d.ObsMatrix(type)) {
+                const matrix<gnssobs>* b = other.d.ObsMatrix(type);
+                ASSERT_TRUE(b != nullptr && b->Length() == a->Length()) << "type " << type;
+                for (long k = 0; k < a->Length(); ++k, ++compared)
+                    differ += (*a)(k).obs != (*b)(k).obs || (*a)(k).lli != (*b)(k).lli || (*a)(k).ss != (*b)(k).ss;
+            } else if (const matrix<gnssobsshort>* a = ref.d.ShortMatrix(type)) {
+                const matrix<gnssobsshort>* b = other.d.ShortMatrix(type);
+                ASSERT_TRUE(b != nullptr && b->Length() == a->Length()) << "type " << type;
+                for (long k = 0; k < a->Length(); ++k, ++compared) differ += (*a)(k).obs != (*b)(k).obs;
+            }
+        }
+        EXPECT_EQ(differ, 0);
+        EXPECT_EQ(compared, ref.d.GetNObs() * ref.h.GetNObs());
+    }
+}
