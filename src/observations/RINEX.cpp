@@ -61,9 +61,14 @@ void RINEX::LoadContent()
     // first made RINEX 2 text in memory, whatever the file is called.
     const bool gzip = first.size() >= 2 && static_cast<unsigned char>(first[0]) == 0x1f
                       && static_cast<unsigned char>(first[1]) == 0x8b;
-    if (!gzip && !IsCompactRinex(first) && !IsRinex3Observation(first, rinexfile)) return;
+    // The label alone tells Compact RINEX: a version the decoder does not
+    // know is its framed error, not a RINEX 2 file without epochs.
+    auto compact = [](const std::string& text) {
+        return text.substr(0, text.find('\n')).find("CRINEX VERS   / TYPE") != std::string::npos;
+    };
+    if (!gzip && !compact(first) && !IsRinex3Observation(first, rinexfile)) return;
     std::string text = ReadInputFile(rinexfile, "RINEX");
-    if (IsCompactRinex(text)) text = DecodeCompactRinex(text, rinexfile);
+    if (compact(text)) text = DecodeCompactRinex(text, rinexfile);
     if (IsRinex3Observation(text, rinexfile)) text = Rinex3ToRinex2(text, rinexfile);
     content = std::move(text);
     inMemory = true;

@@ -75,6 +75,14 @@ static void WriteInputs() {
         // Inside the end date: read as an open end it would silently stretch
         // the period to 2099.
         orvotest::WriteTemp("crx_cut.crx", kProblemHeader + kProblemLine.substr(0, 62));
+        // The station's Compact RINEX 3 day: its header alone (57 lines) and
+        // its first 1500 lines, cut inside an epoch; gzip streams cut in the
+        // middle.
+        EXPECT_EQ(std::system(("gzip -dc " + Esbc("ESBC00DNK_R_20201770000_01D_30S_MO.crx.gz") + " | head -n 57 > "
+                               + Scratch("head.crx") + " && gzip -dc " + Esbc("ESBC00DNK_R_20201770000_01D_30S_MO.crx.gz") + " | head -n 1500 > "
+                               + Scratch("head_cut.crx") + " && gzip -c " + Scratch("obs.20o") + " > " + Scratch("obs.20o.gz")).c_str()), 0);
+        orvotest::WriteTemp("obs_cut.20o.gz", Cut(Scratch("obs.20o.gz"), 20000));
+        orvotest::WriteTemp("obs_cut.crx.gz", Cut(Esbc("ESBC00DNK_R_20201770000_01D_30S_MO.crx.gz"), 300000));
         return true;
     }();
 }
@@ -221,6 +229,16 @@ TEST(Robustness, ObservationFile) {
         {kObsF, "obs_cutvalue.15o", O::Fails, {"RINEX FILE ENDS INSIDE AN OBSERVATION VALUE"}},
         {kObsF, kSp3, O::Fails, {"NUMBER OF EPOCH IN RINEX FILE NOT DETERMINED"}},
         {kObsF, "absent.20o", O::Fails, {"RINEX \\(OBSERVATION\\) FILE CAN NOT BE OPENED!"}},
+        // Files as stations publish them: gzip, Compact RINEX, RINEX 3.
+        {kObsF, "obs.20o.gz", O::Completes, {}},
+        {kObsF, "obs_cut.20o.gz", O::Fails, {"obs_cut.20o.gz: GZIP STREAM CUT BEFORE ITS END AT BYTE 20000!"}},
+        {kObsF, "obs_cut.crx.gz", O::Fails, {"obs_cut.crx.gz: GZIP STREAM CUT BEFORE ITS END"}},
+        {kObsF, "head_cut.crx", O::Fails, {"COMPACT RINEX FILE .*head_cut.crx: line 1501: file ends inside an epoch block"}},
+        {kObsF, Edited("v2.crx", "head.crx", "3.0                 COMPACT", "2.0                 COMPACT"), O::Fails,
+         {"v2.crx: line 1: unknown Compact RINEX version"}},
+        {kObsF, Edited("v301.crx", "head.crx", "     3.05           OBSERVATION", "     3.01           OBSERVATION"), O::Fails,
+         {"v301.crx: UNKNOWN RINEX VERSION 3.01"}},
+        {kObsF, Edited("q1c.crx", "head.crx", "E   20 C1C", "E   20 Q1C"), O::Fails, {"OBSERVATION CODE \"Q1C\" OF SYSTEM E NOT VALID"}},
         {kObsF, "", O::Fails, {"NO RINEX \\(OBSERVATION\\) FILE SET!"}},
     });
 }
