@@ -15,6 +15,10 @@ EX_OBS = SIMU1770.20o
 ORVO_EXAMPLE = -csGRE -r$(EX_OBS) -epSIMU1770.sp3 -ecSIMU1770.clk -gf$(EX_OBS).glnfc \
 	-lPc3,L3 -tmSAAST,NIELL -ti01:00:00 -tg -me5 -st -xSTA -gpsSIMU1770.gps -otSIMU1770.trp
 
+# System packages that a target needs: root installs directly, anyone else
+# through sudo.
+APT_INSTALL = $(shell [ "$$(id -u)" = 0 ] || echo sudo) apt-get install -y
+
 .PHONY: all release run plots campaign test bench sanitize fuzz clean
 
 all: release
@@ -38,8 +42,7 @@ PLOT_FILES = -xSTA,KIN -gpkSIMU1770.kin -cfSIMU1770.rclk -spSIMU1770.sky
 PLOT_TITLE = Simulated station SIMU, 2020-06-25
 
 plots: release
-	@command -v gnuplot >/dev/null 2>&1 || { if [ "$$(id -u)" = 0 ]; then apt-get install -y gnuplot-nox; \
-	  else sudo apt-get install -y gnuplot-nox; fi; }
+	@command -v gnuplot >/dev/null 2>&1 || { $(APT_INSTALL) gnuplot-nox; }
 	@test -f $(EXAMPLE)/$(EX_OBS) || { mkdir -p $(EXAMPLE) && ./build/release/orvo-simulate -o$(EXAMPLE) $(SIM_ARGS); }
 	cd $(EXAMPLE) && $(CURDIR)/build/release/orvo $(ORVO_EXAMPLE) $(PLOT_FILES) $(RUN_ARGS) > SIMU1770.plots.report
 	mkdir -p $(EXAMPLE)/plots
@@ -59,7 +62,10 @@ CAMPAIGN_CONFIG = table=$(CURDIR)/campaign/example/campaign.tsv \
 	catalogue=$(CURDIR)/campaign/example/catalogue.tsv orvo=$(CURDIR)/build/release/orvo \
 	simulate=$(CURDIR)/build/release/orvo-simulate prepare=$(CURDIR)/campaign/example/prepare.smk
 
+
 campaign: release
+	@command -v snakemake >/dev/null 2>&1 || { $(APT_INSTALL) snakemake; }
+	@command -v gnuplot >/dev/null 2>&1 || { $(APT_INSTALL) gnuplot-nox; }
 	mkdir -p $(CAMPAIGN_WORK)
 	snakemake -s campaign/Snakefile -d $(CAMPAIGN_WORK) --cores $(CAMPAIGN_CORES) --keep-going \
 	  --config $(CAMPAIGN_CONFIG)
