@@ -2,12 +2,13 @@
 // The normal equations of the static adjustment: one equation at a time
 // into the global part and the epoch clock rows, the epoch clock's
 // reduction term, and the lookups of a design row's columns.
+#include "numerics/MathConstants.h"
 #include "geodesy/mjd.h"
 #include "numerics/matrix.h"
 
 namespace ProcStaticns {
 /// Speed of light (m/s).
-constexpr long double C_mps = 299792458.0L;
+constexpr long double C_mps = SpeedOfLight_mps;
 /// Squared ratio f1/f2 of GPS L1/L2 (1575.42/1227.60 MHz): scales the L1
 /// ionosphere delay to L2.
 constexpr long double AlphaGPS = 1.64694444444444476616L;

@@ -1,5 +1,6 @@
 #pragma once
-// Mathematical constants shared by every subsystem, in long double.
+// Mathematical and physical constants shared by every subsystem, in long
+// double.
 
 /// π to more digits than long double holds.
 inline constexpr long double Pi = 3.14159265358979323846264338327950288L;
@@ -10,3 +11,6 @@ inline constexpr long double Deg2Rad = Pi / 180.0L;
 /// Radians to degrees: the factor of an angle handed to a model or a file
 /// that works in degrees.
 inline constexpr long double Rad2Deg = 180.0L / Pi;
+
+/// Speed of light in vacuum (m/s), exact by the definition of the metre.
+inline constexpr long double SpeedOfLight_mps = 299792458.0L;

@@ -1,10 +1,11 @@
 #pragma once
+#include "numerics/MathConstants.h"
 // Signal constants of Galileo. The second frequency of every combination
 // is E5b (the RINEX band "7"), stored as freq2.
 
 namespace GALILEOc {
 
-inline constexpr long double c = 299792458.0L;        // speed of light, m/s
+inline constexpr long double c = SpeedOfLight_mps;
 inline constexpr long double freq0 = 10230000.0L;     // fundamental clock, Hz
 inline constexpr long double freq1 = 1575420000.0L;   // E1, Hz
 inline constexpr long double freq2 = 1207140000.0L;   // E5b, Hz

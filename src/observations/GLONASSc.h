@@ -3,11 +3,12 @@
 // channel frequencies keep the ratio 9/7 for every channel, so the
 // combination factors below hold for all slots; only the wavelengths
 // depend on the channel and live in the tables.
+#include "numerics/MathConstants.h"
 #include "numerics/matrix.h"
 
 namespace GLONASSc {
 
-inline constexpr long double c = 299792458.0L;         // speed of light, m/s
+inline constexpr long double c = SpeedOfLight_mps;
 inline constexpr long double freq0 = 178000000.0L;     // fundamental clock, Hz
 inline constexpr long double freq10 = 1602000000.0L;   // G1 at channel 0, Hz
 inline constexpr long double freq20 = 1246000000.0L;   // G2 at channel 0, Hz

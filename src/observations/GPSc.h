@@ -1,11 +1,12 @@
 #pragma once
+#include "numerics/MathConstants.h"
 // Signal constants of GPS. Wavelengths and combination factors are stored
 // to the digits the processing has always used, so that results do not
 // move with the compiler's evaluation of c/f.
 
 namespace GPSc {
 
-inline constexpr long double c = 299792458.0L;        // speed of light, m/s
+inline constexpr long double c = SpeedOfLight_mps;
 inline constexpr long double freq0 = 10230000.0L;     // fundamental clock, Hz
 inline constexpr long double freq1 = 1575420000.0L;   // L1, Hz
 inline constexpr long double freq2 = 1227600000.0L;   // L2, Hz

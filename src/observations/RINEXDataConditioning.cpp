@@ -1,6 +1,7 @@
 // The methods of RINEXData that condition observations already in memory:
 // millisecond clock steps, time-tag repairs, the linear combinations and the
 // presence tests of a system's data.
+#include "numerics/MathConstants.h"
 #include <algorithm>
 #include <cmath>
 
@@ -16,7 +17,7 @@ namespace {
 /// One millisecond of receiver clock as range, m.
 constexpr long double MSm = 299792.458L;
 /// Speed of light, m/s.
-constexpr long double SpeedOfLight = 299792458.0L;
+constexpr long double SpeedOfLight = SpeedOfLight_mps;
 /// A GLONASS row below this wavelength (m) was never filled by
 /// SetFrequency: the satellite has no channel and no usable phase.
 constexpr long double MinWavelength = 0.01L;

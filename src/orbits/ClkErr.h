@@ -10,7 +10,7 @@
 #include "numerics/matrix.h"
 
 namespace ClkErrns {
-/// Microseconds per metre of clock: 1e6 / 299792458.
+/// Microseconds per metre of clock: 1e6 / c.
 constexpr long double MicrosecondsPerMetre = 0.00333564095198152049574L;
 /// Largest receiver clock error read (µs): receivers hold their clock
 /// within 1 ms, and a free-running quartz (1e-6 s/s) gathers 86 ms a day;

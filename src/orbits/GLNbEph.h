@@ -3,6 +3,7 @@
 // Earth-fixed state vector of each record (PZ-90), carried to the wanted
 // epoch by a fourth-order Runge-Kutta integration of the satellite's motion
 // in the rotating frame (GLONASS ICD, edition 5.1, appendix J).
+#include "numerics/MathConstants.h"
 #include <istream>
 #include <string>
 
@@ -14,7 +15,7 @@
 
 namespace GLNbEphns {
 /// Speed of light (m/s).
-constexpr long double C_mps = 299792458.0L;
+constexpr long double C_mps = SpeedOfLight_mps;
 /// Record epochs this far (s) from the wanted epoch are warned of: a record
 /// serves 15 min either side of its epoch.
 constexpr long double StaleLimit_s = 960.0L;

@@ -3,6 +3,7 @@
 // satellite and epoch by a 14-node Lagrange polynomial for position and
 // velocity and a 4-node one for the clock, with the signal's light time
 // solved when a receiver position is given.
+#include "numerics/MathConstants.h"
 #include <map>
 #include <string>
 
@@ -51,7 +52,7 @@ constexpr long double EarthGM_m3ps2 = 3.986004418e14L;
 /// could carry the epoch out of the calendar.
 constexpr long double MaxFlightTime_s = 1.0L;
 /// Speed of light (m/s).
-constexpr long double C_mps = 299792458.0L;
+constexpr long double C_mps = SpeedOfLight_mps;
 }  // namespace GNSSpEphns
 
 class GNSSpEph {

@@ -16,6 +16,7 @@
 // blanks) and RINEX 3 (4 blanks) alike. A blank field reads 0, as a field
 // the program's other readers can't convert does; RINEX leaves the spare
 // and unknown fields blank.
+#include "numerics/MathConstants.h"
 #include <istream>
 #include <string>
 
@@ -26,7 +27,7 @@
 
 namespace GPSbEphns {
 /// Speed of light (m/s).
-constexpr long double C_mps = 299792458.0L;
+constexpr long double C_mps = SpeedOfLight_mps;
 /// A record is fitted for 4 h around its epoch; beyond this distance (s)
 /// the result is warned of on every call.
 constexpr long double ValidInterval_s = 8000.0L;

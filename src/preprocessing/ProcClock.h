@@ -1,11 +1,12 @@
 #pragma once
 // The a-priori receiver clock: one value per epoch from the codes alone, the
 // starting point of the clock estimation in the adjustment.
+#include "numerics/MathConstants.h"
 #include "driver/gCPosC.h"
 
 namespace ProcClockns {
 /// Speed of light in vacuum (m/s).
-constexpr long double C = 299792458.0L;
+constexpr long double C = SpeedOfLight_mps;
 }  // namespace ProcClockns
 
 /// Sets gc.dtAll (gc.rnxd.GetNEpoch() rows, metres) to the receiver clock

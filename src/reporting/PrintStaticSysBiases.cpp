@@ -1,3 +1,4 @@
+#include "numerics/MathConstants.h"
 #include "reporting/PrintStaticSysBiases.h"
 
 #include <iostream>
@@ -8,8 +9,8 @@
 
 namespace {
 
-// Microseconds of clock per metre: 1e6 / c, c = 299792458 m/s.
-constexpr long double MicrosecondsPerMetre = 1.0e6L / 299792458.0L;
+// Microseconds of clock per metre of range.
+constexpr long double MicrosecondsPerMetre = 1.0e6L / SpeedOfLight_mps;
 
 void BiasLine(const char* label, long double bias, long double prec)
 {

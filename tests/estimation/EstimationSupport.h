@@ -24,7 +24,6 @@ using orvotest::Capture;
 
 constexpr long double C = 299792458.0L;
 constexpr long double OmegaE = 7.2921151467e-5L;  // Earth rotation rate, rad/s (IS-GPS-200)
-constexpr long double Pi = 3.14159265358979323846264338327950288L;
 
 /// ESBC00DNK marker, IGb14 at 2020-06-25 (data README / set.env).
 inline xyz TrueStation() { return xyz(3582104.7655L, 532590.1789L, 5232755.1393L); }

@@ -36,7 +36,6 @@ using V3 = std::array<long double, 3>;
 
 constexpr long double C = 299792458.0L;            // m/s
 constexpr long double OmegaE = 7.2921151467e-5L;   // rad/s, IERS
-constexpr long double Pi = 3.14159265358979323846264338327950288L;
 constexpr long double NodeStep_s = 900.0L;         // SP3 node spacing
 
 const std::string kSet = "esbc-2020-177/";

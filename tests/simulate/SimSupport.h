@@ -1,4 +1,5 @@
 #pragma once
+#include "numerics/MathConstants.h"
 // Simulated data sets shared by the simulator's tests, each simulated and
 // written once per test process into the scratch folder, and their files
 // read back through the program's own readers.
@@ -28,7 +29,6 @@
 namespace simtest {
 
 constexpr long double C = 299792458.0L;
-constexpr long double Pi = 3.14159265358979323846264338327950288L;
 
 /// An observation file through the program's RINEX reader.
 struct Loaded {
