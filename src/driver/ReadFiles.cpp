@@ -106,6 +106,15 @@ void ReadAll(gCPosC& gc)
             std::istringstream in(text);
             in >> gc.ionk;
         }
+        // Broadcast coefficients are never all zero (the vertical delay
+        // term alpha0 alone is some nanoseconds): all zero means the file
+        // has none (a RINEX 4 file keeps them in ION records), and a model
+        // of zeros would leave the ionosphere out without a word.
+        const bool none = std::all_of(gc.ionk.alfa, gc.ionk.alfa + 4, [](long double a) { return a == 0.0L; })
+                          && std::all_of(gc.ionk.beta, gc.ionk.beta + 4, [](long double b) { return b == 0.0L; });
+        if (none)
+            ProgramError(Prog, std::string("KLOBUCHAR IONOSPHERE FILE ") + gc.ionkfile
+                                   + ": NO ION ALPHA/BETA OR IONOSPHERIC CORR GPSA/GPSB COEFFICIENTS IN ITS HEADER!");
         Echo(v, "reading KLOBUCHAR ionosphere file");
     }
     if (gc.isIonx) {

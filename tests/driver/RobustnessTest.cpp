@@ -81,6 +81,7 @@ static void WriteInputs() {
         EXPECT_EQ(std::system(("gzip -dc " + Esbc("ESBC00DNK_R_20201770000_01D_30S_MO.crx.gz") + " | head -n 57 > "
                                + Scratch("head.crx") + " && gzip -dc " + Esbc("ESBC00DNK_R_20201770000_01D_30S_MO.crx.gz") + " | head -n 1500 > "
                                + Scratch("head_cut.crx") + " && gzip -c " + Scratch("obs.20o") + " > " + Scratch("obs.20o.gz")).c_str()), 0);
+        EXPECT_EQ(std::system(("grep -v 'ION ALPHA\\|ION BETA' " + kNavG + " > " + Scratch("noion.20n")).c_str()), 0);
         orvotest::WriteTemp("obs_cut.20o.gz", Cut(Scratch("obs.20o.gz"), 20000));
         orvotest::WriteTemp("obs_cut.crx.gz", Cut(Esbc("ESBC00DNK_R_20201770000_01D_30S_MO.crx.gz"), 300000));
         return true;
@@ -346,6 +347,10 @@ TEST(Robustness, Options) {
         {kExtraF, "-ti00:00:01", O::Fails, {"TROPOSPHERE INTERVAL \\[-ti\\] OF 1.0 s GIVES MORE ZENITH DELAY INTERVALS THAN THE 13 EPOCHS"}},
         {kExtraF, "-ti02:00:00d0:0:1e30", O::Fails, {"TROPOSPHERE EPOCH SHIFT \\[-ti...d\\] MUST BE SMALLER THAN THE INTERVAL!"}},
         {kExtraF, "-tgi100000000", O::Fails, {"NUMBER OF TROPOSPHERE GRADIENT INTERVALS \\[-tgi\\] 100000000 EXCEEDS THE 1 ZENITH DELAY INTERVALS!"}},
+        // A Klobuchar file without coefficients would leave the ionosphere
+        // out without a word.
+        {kExtraF, "-ik" + Scratch("noion.20n"), O::Fails, {"noion.20n: NO ION ALPHA/BETA OR IONOSPHERIC CORR GPSA/GPSB COEFFICIENTS"}},
+        {kExtraF, "-os" + Scratch("obs.20o"), O::Fails, {"RESULT FILE -.*obs.20o- WOULD OVERWRITE THE INPUT FILE"}},
         // An unknown option is only a warning and changes nothing.
         {kExtraF, "-zz", O::Same, {"UNKNOWN PARAMETHER: -zz"}},
     });
