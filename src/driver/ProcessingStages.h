@@ -15,6 +15,12 @@ void RunPreprocessing(gCPosC& gpos);
 /// final a-priori ambiguities.
 void PrepareObservations(gCPosC& gpos);
 
+/// Frees what only the preprocessing reads (the raw observation types but the
+/// codes C1, P1 and P2 (Doppler and signal strength go before it), the screening combinations PC1, L4, MW, PC4, PP4,
+/// CL1, CLI, and the satellite positions and distances at emission), so that
+/// the adjustment's peak of memory does not carry them.
+void ReleasePreprocessingStore(gCPosC& gpos);
+
 /// Final processing: the static adjustment, the outlier check and, when it
 /// rejected anything, one more adjustment without the rejected observations.
 void RunEstimation(gCPosC& gpos);

@@ -164,7 +164,7 @@ public:
 
     // Group 6: estimation state.
     matrix<long double> mB;
-    matrix<long int> mIB;
+    matrix<int> mIB;  // unknown of each slot, -1 for none (unknowns stay far below 2^31)
     // Light-time solution of each record's satellite (precise orbits) with
     // the receiver clock (m) it was made for: the later iterations and the
     // second adjustment move it instead of interpolating again.

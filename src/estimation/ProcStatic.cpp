@@ -107,7 +107,8 @@ void ProcStatic(gCPosC& gc)
     if (nEp <= 0 || d.epoch.NRow() < nEp || d.nsat.NRow() < nEp || d.sat.NRow() < nRec)
         ProgramError("Orvo", "STATIC SOLUTION: NO OBSERVATION EPOCHS!");
     const long perRec[] = {gc.ELV.NRow(), gc.WGHT.NRow(), gc.TROP.NRow(), gc.MFTROP.NRow(),
-                           gc.ION.NRow(), gc.SETIDE.NRow(), gc.PTIDE.NRow(), gc.OTIDE.NRow(),
+                           gc.ION.NRow(), gc.SETIDE.NRow(), gc.isPTide ? gc.PTIDE.NRow() : nRec,
+                           gc.isOTide ? gc.OTIDE.NRow() : nRec,
                            gc.REL2.NRow(), gc.MFGRAD.NRow()};
     for (long r : perRec)
         if (r < nRec) ProgramError("Orvo", "STATIC SOLUTION: OBSERVATION CORRECTIONS ARE NOT SET!");
@@ -125,7 +126,7 @@ void ProcStatic(gCPosC& gc)
     const bool storeRows = gc.ifEstKin || gc.isThresBlunder;
     if (storeRows && (gc.mB.NRow() != nRec || gc.mIB.NRow() != nRec)) {
         gc.mB.Resize(nRec, NSlots, 0.0L);
-        gc.mIB.Resize(nRec, NSlots, -1L);
+        gc.mIB.Resize(nRec, NSlots, -1);
     }
 
     const long double minElevation = Pi * static_cast<long double>(gc.MinElevation) / 180.0L;
@@ -190,6 +191,11 @@ void ProcStatic(gCPosC& gc)
     const long double p0Pp3[3] = {gc.p0Pp3G, gc.p0Pp3R, gc.p0Pp3E};
     const long double p0L3[3] = {gc.p0L3G, gc.p0L3R, gc.p0L3E};
 
+    // Made here, not with the other record arrays, so that the
+    // preprocessing's peak of memory does not carry it; kept for the
+    // second adjustment.
+    if (gc.savedSat.size() != static_cast<std::size_t>(nRec))
+        gc.savedSat.assign(static_cast<std::size_t>(nRec), gCPosC::SavedSatellite());
     int niter = 1;
     long double dcorr = 0.0L;
     for (;;) {
@@ -316,7 +322,10 @@ void ProcStatic(gCPosC& gc)
                 B_OBS_I[1] = gc.ixY;
                 B_OBS_I[2] = gc.ixZ;
 
-                const long double RO = dist + gc.SETIDE(k) + gc.PTIDE(k) + gc.OTIDE(k) + gc.REL2(k) -
+                // The tides not modelled have no array: zero, exactly.
+                const long double poleTide = gc.isPTide ? gc.PTIDE(k) : 0.0L;
+                const long double oceanTide = gc.isOTide ? gc.OTIDE(k) : 0.0L;
+                const long double RO = dist + gc.SETIDE(k) + poleTide + oceanTide + gc.REL2(k) -
                                        PosSat.dt * C_mps + RecClkErr;
                 long double TROP = gc.TROP(k) + gc.MFTROP(k) * tropoValf;
                 if (tropoValfN != 0.0L || tropoValfE != 0.0L)
@@ -329,7 +338,7 @@ void ProcStatic(gCPosC& gc)
                     gc.prcdTr(k) = RecClkErr;
                     gc.prcTrop(k) = TROP;
                     gc.prcIon(k) = gc.ION(k);
-                    gc.prcTid(k) = gc.SETIDE(k) + gc.PTIDE(k) + gc.OTIDE(k);
+                    gc.prcTid(k) = gc.SETIDE(k) + poleTide + oceanTide;
                 }
 
                 if (B_OBS_I[6] >= 0) {
@@ -346,7 +355,7 @@ void ProcStatic(gCPosC& gc)
                 if (storeRows) {
                     for (int s = 0; s < NSlots; ++s) {
                         gc.mB(k, s) = B_OBS[s];
-                        gc.mIB(k, s) = (s == 4 || s == 5) ? -1 : B_OBS_I[s];
+                        gc.mIB(k, s) = (s == 4 || s == 5) ? -1 : static_cast<int>(B_OBS_I[s]);
                     }
                 }
 

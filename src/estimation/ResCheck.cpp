@@ -13,7 +13,7 @@
 #include "observations/SatelliteSystem.h"
 #include "preprocessing/SetAmbiguities.h"
 
-long double GetQVV(matrix<long double>& B, matrix<long int>& iB, matrix<long double>& Qxx,
+long double GetQVV(matrix<long double>& B, matrix<int>& iB, matrix<long double>& Qxx,
                    long int k, long double p)
 {
     using ProcStaticns::NSlots;
@@ -84,7 +84,7 @@ void ResCheck(gCPosC& gc)
                 if (ct.dcb) {
                     long ixdcb = -1, ixsat = -1;
                     GetIndexSatDCB(prn, SatList, ct.ixdcb, nSatList, ixdcb, ixsat);
-                    gc.mIB(k, 4) = ixdcb;
+                    gc.mIB(k, 4) = static_cast<int>(ixdcb);
                 }
                 const long double p = gc.WGHT(k) * ct.p0[sys];
                 const long double qv = GetQVV(gc.mB, gc.mIB, gc.QxxAll, k, p);
@@ -104,7 +104,7 @@ void ResCheck(gCPosC& gc)
                 continue;
             }
             gc.mIB(k, 4) = -1;
-            gc.mIB(k, 5) = gc.ixAmb(ixamb);
+            gc.mIB(k, 5) = static_cast<int>(gc.ixAmb(ixamb));
             const long double p = gc.WGHT(k) * l3.p0[sys];
             const long double qv = GetQVV(gc.mB, gc.mIB, gc.QxxAll, k, p);
             long double rThres = std::sqrt(s0 * qv) * gc.ThresBlunder;

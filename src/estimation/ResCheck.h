@@ -8,7 +8,7 @@
 /// columns iB(k, s), -1 for an empty slot) with Qxx. The epoch clock is no
 /// part of Qxx, so its share is not taken out. Negative when the row's
 /// share exceeds 1/p (a badly determined unknown); the caller decides.
-long double GetQVV(matrix<long double>& B, matrix<long int>& iB, matrix<long double>& Qxx,
+long double GetQVV(matrix<long double>& B, matrix<int>& iB, matrix<long double>& Qxx,
                    long int k, long double p);
 
 /// With gc.isThresBlunder, tests each used code observation (C1, P1, P2,

@@ -411,6 +411,6 @@ void SetUnknowns(gCPosC& gc)
     }
     if (gc.ifEstKin || gc.isThresBlunder) {
         gc.mB.Resize(n, 12, 0.0L);
-        gc.mIB.Resize(n, 12, -1L);
+        gc.mIB.Resize(n, 12, -1);
     }
 }

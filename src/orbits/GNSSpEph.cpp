@@ -71,7 +71,7 @@ namespace {
 
 // Periodic relativity term 2 r·v/c² (s), divided by c one factor at a time,
 // so that no product of two large numbers is formed.
-long double RelativityTerm(const xyzt& p, const xyzt& v)
+long double RelativityTerm(const xyzt& p, const xyz& v)
 {
     using GNSSpEphns::C_mps;
     return 2.0L * ((v.x / C_mps * p.x) / C_mps + (v.y / C_mps * p.y) / C_mps

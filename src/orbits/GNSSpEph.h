@@ -127,7 +127,8 @@ public:
     /// the relativity term) at emission, velocity (m/s).
     struct LightTimeState {
         long double tau = 0.0L;
-        xyzt pos, vel;
+        xyzt pos;
+        xyz vel;
     };
     /// The state of the last successful CalcSatPosition with a receiver.
     LightTimeState LastState() const { return {lastTau, lastPos, lastVel}; }
@@ -207,7 +208,8 @@ private:
     // Light time, emission state and velocity of the last light-time
     // solution, for LastState.
     long double lastTau = 0.0L;
-    xyzt lastPos, lastVel;
+    xyzt lastPos;
+    xyz lastVel;
     mjd ephr;
     // Epoch lines ('*') found in the file, so that the header's count is
     // checked before anything is allocated.

@@ -41,12 +41,15 @@ void SizeArrays(gCPosC& gc)
     const long n = gc.rnxd.GetNObs();
     const long ne = gc.rnxd.GetNEpoch();
     gc.ELV.Resize(n, 1, 0.0L);
-    gc.savedSat.assign(static_cast<std::size_t>(n), gCPosC::SavedSatellite());
+    // The adjustment saves its light-time solutions afresh for these records.
+    std::vector<gCPosC::SavedSatellite>().swap(gc.savedSat);
     gc.AZM.Resize(n, 1, 0.0L);
     gc.WGHT.Resize(n, 1, 1.0L);
     gc.SETIDE.Resize(n, 1, 0.0L);
-    gc.PTIDE.Resize(n, 1, 0.0L);
-    gc.OTIDE.Resize(n, 1, 0.0L);
+    // Pole and ocean tide only when they are modelled: a day of either is
+    // 1.3 MB that would hold zeros.
+    gc.PTIDE.Resize(gc.isPTide ? n : 0, 1, 0.0L);
+    gc.OTIDE.Resize(gc.isOTide ? n : 0, 1, 0.0L);
     gc.TROP.Resize(n, 1, 0.0L);
     gc.MFTROP.Resize(n, 1, 0.0L);
     gc.MFGRAD.Resize(n, 2, 0.0L);
@@ -408,11 +411,7 @@ void CalculateAE(gCPosC& gc)
             }
         }
         mjd calcEph = d.epoch(i);
-        long double recClk_m = 0.0L;
-        if (gc.isClkErr) {
-            calcEph += -gc.clkerr.GetClkErr(i);
-            recClk_m = gc.clkerr.GetClkErr(i) * GNSSpEphns::C_mps;
-        }
+        if (gc.isClkErr) calcEph += -gc.clkerr.GetClkErr(i);
         // The clock test must look at the nodes around this epoch, not at
         // those the index last stood on.
         if (gc.isPclk) {
@@ -451,12 +450,9 @@ void CalculateAE(gCPosC& gc)
             // usable while its record is healthy; otherwise the precise
             // products decide.
             bool healthy = false;
-            const bool broadcast = BroadcastSatellite(gc, prn, calcEph, posSat, dist, relativity, healthy);
-            const bool ok = broadcast ? healthy : PreciseSatellite(gc, prn, calcEph, posSat, dist, refused);
-            // The adjustment starts from this light-time solution.
-            if (ok && !broadcast && k < static_cast<long>(gc.savedSat.size()))
-                gc.savedSat[static_cast<std::size_t>(k)] = {gc.pephM.LastState(), recClk_m, true,
-                                                            gc.pephM.DTisOK};
+            const bool ok = BroadcastSatellite(gc, prn, calcEph, posSat, dist, relativity, healthy)
+                                ? healthy
+                                : PreciseSatellite(gc, prn, calcEph, posSat, dist, refused);
             gc.OKSAT(k) = ok;
             gc.SAT_DIST(k) = 0.0L;
             if (!ok) {

@@ -14,7 +14,7 @@ namespace {
 TEST(ResCheck, ResidualCofactorIsInverseWeightLessFullQuadraticForm)
 {
     matrix<long double> B(1, 12, 0.0L), Q(5, 5, 0.0L);
-    matrix<long int> iB(1, 12, -1L);
+    matrix<int> iB(1, 12, -1);
     const long double b[] = {0.3L, -0.5L, 0.8L, -1.0L, 2.5L};
     const long cols[] = {0, 1, 2, 3, 5};  // slot 4 empty: no code bias
     for (int s = 0, u = 0; s < 6; ++s) {

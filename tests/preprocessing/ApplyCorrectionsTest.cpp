@@ -57,7 +57,8 @@ TEST(Corrections, GeometryAgreesWithIndependentComputationAtOrbitNodesAndIsPlott
         const gCPosC& g = c.gc;
         const long n = c.rnxd.GetNObs();
         for (long rows : {g.ELV.NRow(), g.AZM.NRow(), g.WGHT.NRow(), g.TROP.NRow(), g.MFTROP.NRow(), g.REL2.NRow(),
-                          g.SAT_DIST.NRow(), g.SETIDE.NRow(), g.PTIDE.NRow(), g.OTIDE.NRow(), g.ION.NRow(),
+                          g.SAT_DIST.NRow(), g.SETIDE.NRow(), g.isPTide ? g.PTIDE.NRow() : n,
+                          g.isOTide ? g.OTIDE.NRow() : n, g.ION.NRow(),
                           g.SAT_POS.NRow(), g.OKSAT.NRow(), g.MFGRAD.NRow(), g.MFGRAD.NCol() * n / 2})
             EXPECT_EQ(rows, n);
         EXPECT_EQ(g.posSunUnit.NRow() + g.SunMag.NRow(), 2 * kEpochs);
