@@ -149,7 +149,18 @@ flht xyzt2flht(const xyzt& ecef, const elipsoid& elps)
 
 neu g2lg(const xyz& vec, const flh& tcg)
 {
-    const LocalRotation r(tcg);
+    // A station's records all turn about the same point: its rotation is
+    // made once (sine and cosine are a tenth of a day's run) and reused for
+    // the identical latitude and longitude, bit for bit what a fresh one is.
+    static thread_local long double lastF = std::nanl(""), lastL = std::nanl("");
+    static thread_local LocalRotation last{flh()};
+    if (!(tcg.f == lastF && tcg.l == lastL && std::signbit(tcg.f) == std::signbit(lastF)
+          && std::signbit(tcg.l) == std::signbit(lastL))) {
+        last = LocalRotation(tcg);
+        lastF = tcg.f;
+        lastL = tcg.l;
+    }
+    const LocalRotation& r = last;
     return neu(r.R[0][0] * vec.x + r.R[0][1] * vec.y + r.R[0][2] * vec.z,
                r.R[1][0] * vec.x + r.R[1][1] * vec.y + r.R[1][2] * vec.z,
                r.R[2][0] * vec.x + r.R[2][1] * vec.y + r.R[2][2] * vec.z);
