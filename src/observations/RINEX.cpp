@@ -59,8 +59,7 @@ void RINEX::LoadContent()
     }
     // A plain RINEX 2 file is read from the disk, twice; anything else is
     // first made RINEX 2 text in memory, whatever the file is called.
-    const bool gzip = first.size() >= 2 && static_cast<unsigned char>(first[0]) == 0x1f
-                      && static_cast<unsigned char>(first[1]) == 0x8b;
+    const bool gzip = IsGzipFile(rinexfile);
     // The label alone tells Compact RINEX: a version the decoder does not
     // know is its framed error, not a RINEX 2 file without epochs.
     auto compact = [](const std::string& text) {
