@@ -1,5 +1,6 @@
 #include "driver/ProcessingStages.h"
 
+#include <initializer_list>
 #include <iostream>
 
 #include "driver/Console.h"
@@ -29,6 +30,17 @@
 #include "reporting/PrintResStatic.h"
 #include "reporting/PrintStatic.h"
 
+namespace {
+
+// Gives the storage of each array back: a stage that no longer reads it.
+template <class T>
+void Release(std::initializer_list<matrix<T>*> arrays)
+{
+    for (matrix<T>* m : arrays) m->Resize(0, 0);
+}
+
+}  // namespace
+
 void RunPreprocessing(gCPosC& gpos)
 {
     // Sizes that the options multiply fail here, before any stage works or
@@ -37,9 +49,7 @@ void RunPreprocessing(gCPosC& gpos)
     // Doppler and signal strength are read and checked with the file, and no
     // stage uses them: 13 MB of a day that the preprocessing need not carry.
     RINEXData& d = gpos.rnxd;
-    for (matrix<gnssobsshort>* m : {&d.D1, &d.D2, &d.D3R, &d.D5, &d.D6, &d.D7, &d.D8, &d.S1, &d.S2, &d.S3R, &d.S5,
-                                    &d.S6, &d.S7, &d.S8})
-        m->Resize(0, 0);
+    Release({&d.D1, &d.D2, &d.D3R, &d.D5, &d.D6, &d.D7, &d.D8, &d.S1, &d.S2, &d.S3R, &d.S5, &d.S6, &d.S7, &d.S8});
     PrepareObservations(gpos);
     PhaseWindUp(gpos);
     GetEclipsing(gpos);
@@ -53,15 +63,13 @@ void ReleasePreprocessingStore(gCPosC& gpos)
     // Arc screening, ambiguity setting and the antenna and eclipse stages
     // are done with these; the adjustment and the reports read none of them,
     // and a day of them is some 60 MB that the adjustment's peak need not
-    // carry.
-    // The raw types went into the combinations; of them the adjustment
-    // reads the codes C1, P1 and P2 alone.
+    // carry. Of the raw types, which went into the combinations, the
+    // adjustment reads the codes C1, P1 and P2 alone.
     RINEXData& d = gpos.rnxd;
-    for (matrix<gnssobs>* m : {&d.PC1, &d.L4, &d.MW, &d.PC4, &d.PP4, &d.CL1, &d.CLI, &d.C2, &d.C3R, &d.C5, &d.C6,
-                               &d.C7, &d.C8, &d.L1, &d.L2, &d.L3R, &d.L5, &d.L6, &d.L7, &d.L8})
-        m->Resize(0, 0);
-    gpos.SAT_POS.Resize(0, 0);
-    gpos.SAT_DIST.Resize(0, 0);
+    Release({&d.PC1, &d.L4, &d.MW, &d.PC4, &d.PP4, &d.CL1, &d.CLI, &d.C2, &d.C3R, &d.C5, &d.C6, &d.C7, &d.C8, &d.L1,
+             &d.L2, &d.L3R, &d.L5, &d.L6, &d.L7, &d.L8});
+    Release({&gpos.SAT_POS});
+    Release({&gpos.SAT_DIST});
 }
 
 void PrepareObservations(gCPosC& gpos)

@@ -15,10 +15,11 @@ void RunPreprocessing(gCPosC& gpos);
 /// final a-priori ambiguities.
 void PrepareObservations(gCPosC& gpos);
 
-/// Frees what only the preprocessing reads (the raw observation types but the
-/// codes C1, P1 and P2 (Doppler and signal strength go before it), the screening combinations PC1, L4, MW, PC4, PP4,
-/// CL1, CLI, and the satellite positions and distances at emission), so that
-/// the adjustment's peak of memory does not carry them.
+/// Frees what only the preprocessing reads, so that the adjustment's peak of
+/// memory does not carry it: the raw observation types but the codes C1,
+/// P1 and P2 (Doppler and signal strength go before the preprocessing), the
+/// screening combinations PC1, L4, MW, PC4, PP4, CL1, CLI, and the satellite
+/// positions and distances at emission.
 void ReleasePreprocessingStore(gCPosC& gpos);
 
 /// Final processing: the static adjustment, the outlier check and, when it

@@ -101,7 +101,8 @@ void ReadAll(gCPosC& gc)
         // among labels that the RINEX 2 header reader does not know.
         if (IsRinex3Navigation(text)) {
             const Rinex3NavHeader h = ReadRinex3NavHeader(text, gc.ionkfile, Prog);
-            std::copy(h.alfa, h.alfa + 4, gc.ionk.alfa), std::copy(h.beta, h.beta + 4, gc.ionk.beta);
+            std::copy(h.alfa, h.alfa + 4, gc.ionk.alfa);
+            std::copy(h.beta, h.beta + 4, gc.ionk.beta);
         } else {
             std::istringstream in(text);
             in >> gc.ionk;

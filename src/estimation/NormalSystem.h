@@ -2,8 +2,8 @@
 // The normal equations of the static adjustment: one equation at a time
 // into the global part and the epoch clock rows, the epoch clock's
 // reduction term, and the lookups of a design row's columns.
-#include "numerics/MathConstants.h"
 #include "geodesy/mjd.h"
+#include "numerics/MathConstants.h"
 #include "numerics/matrix.h"
 
 namespace ProcStaticns {

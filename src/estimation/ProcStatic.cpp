@@ -285,19 +285,18 @@ void ProcStatic(gCPosC& gc)
                 if (BroadcastSatellite(gc, satprn, CalcEph, PosSat, dist, Relativity, healthy)) {
                     SATisOK = healthy && dist > 0.0L;
                 } else if (gc.isPEph) {
-                    gCPosC::SavedSatellite* saved =
-                        k < static_cast<long>(gc.savedSat.size()) ? &gc.savedSat[static_cast<std::size_t>(k)]
-                                                                  : nullptr;
-                    const long double shift = saved ? (saved->recClk - RecClkErr) / C_mps : 0.0L;
-                    if (saved && saved->saved && std::fabs(shift) < MaxStateShift_s) {
-                        dist = gc.pephM.MovedSatPosition(saved->state, shift, gc.RecPosFC, PosSat);
+                    // Sized to the record store above: k is always a row of it.
+                    gCPosC::SavedSatellite& saved = gc.savedSat[static_cast<std::size_t>(k)];
+                    const long double shift = (saved.recClk - RecClkErr) / C_mps;
+                    if (saved.saved && std::fabs(shift) < MaxStateShift_s) {
+                        dist = gc.pephM.MovedSatPosition(saved.state, shift, gc.RecPosFC, PosSat);
                         gc.pephM.PSisOK = true;
-                        gc.pephM.DTisOK = saved->clockOK;
+                        gc.pephM.DTisOK = saved.clockOK;
                     } else {
                         dist = gc.pephM.CalcSatPosition(static_cast<unsigned short>(satprn), CalcEph,
                                                         gc.RecPosFC, PosSat, VelSat);
-                        if (saved && gc.pephM.PSisOK && dist > 0.0L)
-                            *saved = {gc.pephM.LastState(), RecClkErr, true, gc.pephM.DTisOK};
+                        if (gc.pephM.PSisOK && dist > 0.0L)
+                            saved = {gc.pephM.LastState(), RecClkErr, true, gc.pephM.DTisOK};
                     }
                     Relativity = gc.pephM.Relativity;
                     if (gc.isPclk) {

@@ -24,18 +24,6 @@ void CheckEllipsoid(const elipsoid& elps)
         ProgramError("Orvo", "Reference ellipsoid not set");
 }
 
-// Rows n, e, u of the rotation from Earth-centred to local axes at (f, l).
-struct LocalRotation {
-    long double R[3][3];
-    explicit LocalRotation(const flh& p)
-    {
-        const long double sf = std::sin(p.f), cf = std::cos(p.f);
-        const long double sl = std::sin(p.l), cl = std::cos(p.l);
-        R[0][0] = -sf * cl; R[0][1] = -sf * sl; R[0][2] = cf;
-        R[1][0] = -sl;      R[1][1] = cl;       R[1][2] = 0.0L;
-        R[2][0] = cf * cl;  R[2][1] = cf * sl;  R[2][2] = sf;
-    }
-};
 
 // Geodetic position of (x, y, z); heightStop adds the height change to the
 // stopping rule (the xyzt form). Sets f, l, h.
@@ -147,24 +135,23 @@ flht xyzt2flht(const xyzt& ecef, const elipsoid& elps)
     return flht(f, l, h, ecef.dt);
 }
 
-neu g2lg(const xyz& vec, const flh& tcg)
+LocalFrame::LocalFrame(const flh& p)
 {
-    // A station's records all turn about the same point: its rotation is
-    // made once (sine and cosine are a tenth of a day's run) and reused for
-    // the identical latitude and longitude, bit for bit what a fresh one is.
-    static thread_local long double lastF = std::nanl(""), lastL = std::nanl("");
-    static thread_local LocalRotation last{flh()};
-    if (!(tcg.f == lastF && tcg.l == lastL && std::signbit(tcg.f) == std::signbit(lastF)
-          && std::signbit(tcg.l) == std::signbit(lastL))) {
-        last = LocalRotation(tcg);
-        lastF = tcg.f;
-        lastL = tcg.l;
-    }
-    const LocalRotation& r = last;
+    const long double sf = std::sin(p.f), cf = std::cos(p.f);
+    const long double sl = std::sin(p.l), cl = std::cos(p.l);
+    R[0][0] = -sf * cl; R[0][1] = -sf * sl; R[0][2] = cf;
+    R[1][0] = -sl;      R[1][1] = cl;       R[1][2] = 0.0L;
+    R[2][0] = cf * cl;  R[2][1] = cf * sl;  R[2][2] = sf;
+}
+
+neu g2lg(const xyz& vec, const LocalFrame& r)
+{
     return neu(r.R[0][0] * vec.x + r.R[0][1] * vec.y + r.R[0][2] * vec.z,
                r.R[1][0] * vec.x + r.R[1][1] * vec.y + r.R[1][2] * vec.z,
                r.R[2][0] * vec.x + r.R[2][1] * vec.y + r.R[2][2] * vec.z);
 }
+
+neu g2lg(const xyz& vec, const flh& tcg) { return g2lg(vec, LocalFrame(tcg)); }
 
 neu g2lg(const xyz& vec, const xyz& tc, const elipsoid& elps)
 {
@@ -173,7 +160,7 @@ neu g2lg(const xyz& vec, const xyz& tc, const elipsoid& elps)
 
 xyz lg2g(const neu& vec, const flh& tcg)
 {
-    const LocalRotation r(tcg);
+    const LocalFrame r(tcg);
     return xyz(r.R[0][0] * vec.n + r.R[1][0] * vec.e + r.R[2][0] * vec.u,
                r.R[0][1] * vec.n + r.R[1][1] * vec.e + r.R[2][1] * vec.u,
                r.R[0][2] * vec.n + r.R[1][2] * vec.e + r.R[2][2] * vec.u);
@@ -206,12 +193,12 @@ xyzt lgt2gt(const neut& vec, const xyz& tc, const elipsoid& elps)
 
 void g2lg(const matrix<long double>& S, const flh& tcg, matrix<long double>& Syy)
 {
-    Rotate(LocalRotation(tcg).R, false, S, Syy);
+    Rotate(LocalFrame(tcg).R, false, S, Syy);
 }
 
 void lg2g(const matrix<long double>& S, const flh& tcg, matrix<long double>& Syy)
 {
-    Rotate(LocalRotation(tcg).R, true, S, Syy);
+    Rotate(LocalFrame(tcg).R, true, S, Syy);
 }
 
 long double Azimuth(long double x1, long double y1, long double x2, long double y2)
@@ -235,14 +222,14 @@ long double Azimuth(long double x1, long double y1, long double x2, long double 
 namespace {
 
 // Elevation and azimuth of the line of sight; false when it has no length.
-bool LineOfSight(const xyz& stPoint, const flh& stGeod, const xyzt& satPos,
+bool LineOfSight(const xyz& stPoint, const LocalFrame& frame, const xyzt& satPos,
                  long double& E, long double& A)
 {
     xyz vec = satPos - stPoint;
     const long double len = vec.GetLength();
     if (!(len > 0.0L)) return false;
     vec /= len;
-    const neu veclg = g2lg(vec, stGeod);
+    const neu veclg = g2lg(vec, frame);
     // Round-off can carry |u| / length a few ulp past 1, outside asin.
     const long double s = std::clamp(veclg.u / veclg.GetLength(), -1.0L, 1.0L);
     E = std::asin(s);
@@ -255,14 +242,14 @@ bool LineOfSight(const xyz& stPoint, const flh& stGeod, const xyzt& satPos,
 void SatelliteAzimuthElevation(const xyz& stPoint, const xyzt& satPos, const elipsoid& elps,
                                long double* E, long double* A)
 {
-    SatelliteAzimuthElevation(stPoint, xyz2flh(stPoint, elps), satPos, E, A);
+    SatelliteAzimuthElevation(stPoint, LocalFrame(xyz2flh(stPoint, elps)), satPos, E, A);
 }
 
-void SatelliteAzimuthElevation(const xyz& stPoint, const flh& stGeod, const xyzt& satPos,
+void SatelliteAzimuthElevation(const xyz& stPoint, const LocalFrame& frame, const xyzt& satPos,
                                long double* E, long double* A)
 {
     long double el = 0.0L, az = 0.0L;
-    if (!LineOfSight(stPoint, stGeod, satPos, el, az)) el = az = 0.0L;
+    if (!LineOfSight(stPoint, frame, satPos, el, az)) el = az = 0.0L;
     if (E) *E = el;
     if (A) *A = az;
 }
@@ -271,7 +258,7 @@ void SatelliteAzimuthZenith(const xyz& stPoint, const xyzt& satPos, const elipso
                             long double* Z, long double* A)
 {
     long double el = 0.0L, az = 0.0L;
-    if (!LineOfSight(stPoint, xyz2flh(stPoint, elps), satPos, el, az)) el = az = 0.0L;
+    if (!LineOfSight(stPoint, LocalFrame(xyz2flh(stPoint, elps)), satPos, el, az)) el = az = 0.0L;
     if (Z) *Z = Pi / 2.0L - el;
     if (A) *A = az;
 }

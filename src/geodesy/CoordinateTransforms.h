@@ -42,9 +42,19 @@ flh xyz2flh(const xyz& ecef, const elipsoid& elps);
 /// to 1e-14; dt copied.
 flht xyzt2flht(const xyzt& ecef, const elipsoid& elps);
 
+/// The rotation from Earth-centred to local north, east, up axes at a
+/// geodetic point (rows n, e, u): made once for a station whose records all
+/// turn about the same point.
+struct LocalFrame {
+    long double R[3][3];
+    explicit LocalFrame(const flh& p);
+};
+
 /// The vector vec (Earth-centred axes) in the local north, east, up axes of
 /// the geodetic point tcg (a flht converts by dropping its dt).
 neu g2lg(const xyz& vec, const flh& tcg);
+/// g2lg in a frame made beforehand.
+neu g2lg(const xyz& vec, const LocalFrame& frame);
 /// g2lg at the Cartesian point tc, converted on the ellipsoid elps.
 neu g2lg(const xyz& vec, const xyz& tc, const elipsoid& elps);
 /// The local vector vec at the geodetic point tcg in Earth-centred axes:
@@ -83,9 +93,9 @@ long double Azimuth(long double x1, long double y1, long double x2, long double 
 /// station has no direction and gets E = A = 0, below any elevation mask.
 void SatelliteAzimuthElevation(const xyz& stPoint, const xyzt& satPos, const elipsoid& elps,
                                long double* E, long double* A);
-/// The same with the station's geodetic position stGeod (its xyz2flh on the
+/// The same with the station's local frame (LocalFrame of its xyz2flh on the
 /// ellipsoid) given, for loops over many satellites seen from one station.
-void SatelliteAzimuthElevation(const xyz& stPoint, const flh& stGeod, const xyzt& satPos,
+void SatelliteAzimuthElevation(const xyz& stPoint, const LocalFrame& frame, const xyzt& satPos,
                                long double* E, long double* A);
 /// As SatelliteAzimuthElevation with the zenith distance *Z = pi/2 - E
 /// (rad) in place of the elevation.

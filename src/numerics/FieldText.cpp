@@ -44,6 +44,22 @@ bool ToLongDouble(const std::string& text, long double& value)
     return errno == 0 && end != text.c_str() && *end == '\0' && std::isfinite(value);
 }
 
+bool IsNumberOrBlank(const char* f, std::size_t n)
+{
+    std::size_t i = 0;
+    while (i < n && f[i] == ' ') i++;
+    if (i == n) return true;
+    std::size_t j = i + (f[i] == '-' || f[i] == '+' ? 1 : 0), digits = 0;
+    for (bool point = false; j < n && ((f[j] >= '0' && f[j] <= '9') || (f[j] == '.' && !point)); j++) {
+        if (f[j] == '.') point = true;
+        else digits++;
+    }
+    while (j < n && f[j] == ' ') j++;
+    if (j == n && digits > 0) return true;
+    long double v;
+    return ToLongDouble(TrimmedField(std::string(f, n), 0, n), v);
+}
+
 void CopyTrimmedField(const std::string& line, std::size_t pos, std::size_t len, char* out, std::size_t n)
 {
     const std::string f = TrimmedField(line, pos, len);

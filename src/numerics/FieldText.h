@@ -24,6 +24,13 @@ bool ToLong(const std::string& text, long& value);
 /// or NaN text.
 bool ToLongDouble(const std::string& text, long double& value);
 
+/// True when the n characters at f hold blanks alone or one finite number
+/// between blanks (what ToLongDouble takes); text, "nan" and "inf" are none.
+/// The plain layout of an observation field (a sign, digits and one full
+/// stop) is checked without a conversion, since nearly every field of a
+/// file has it.
+bool IsNumberOrBlank(const char* f, std::size_t n);
+
 /// Copies TrimmedField(line, pos, len) into out, a buffer of n characters,
 /// cut to n - 1 and terminated.
 void CopyTrimmedField(const std::string& line, std::size_t pos, std::size_t len, char* out, std::size_t n);

@@ -14,6 +14,13 @@ namespace {
 // or hostile stream, and refusing it beats an unframed bad_alloc.
 constexpr unsigned long long MaxInflatedBytes = 2ULL << 30;
 
+// The two magic bytes that open every gzip member (RFC 1952).
+bool HasGzipMagic(const void* bytes, std::size_t n)
+{
+    const auto* b = static_cast<const unsigned char*>(bytes);
+    return n >= 2 && b[0] == 0x1f && b[1] == 0x8b;
+}
+
 std::string InflateGzip(const std::string& raw, const std::string& path,
                         const std::string& prog)
 {
@@ -50,7 +57,7 @@ std::string InflateGzip(const std::string& raw, const std::string& path,
             // Another member may follow (concatenated .gz files); anything
             // else after the end, as the zero padding some archives leave,
             // ends the content as gunzip does.
-            if (zs.avail_in >= 2 && zs.next_in[0] == 0x1f && zs.next_in[1] == 0x8b) {
+            if (HasGzipMagic(zs.next_in, zs.avail_in)) {
                 inflateReset(&zs);
                 continue;
             }
@@ -74,9 +81,8 @@ std::string InflateGzip(const std::string& raw, const std::string& path,
 bool IsGzipFile(const std::string& path)
 {
     std::ifstream in(path, std::ios::binary);
-    unsigned char magic[2] = {0, 0};
-    if (!in.read(reinterpret_cast<char*>(magic), 2)) return false;
-    return magic[0] == 0x1f && magic[1] == 0x8b;
+    char magic[2] = {0, 0};
+    return in.read(magic, 2) && HasGzipMagic(magic, 2);
 }
 
 std::string ReadInputFile(const std::string& path, const std::string& prog)
@@ -99,8 +105,6 @@ std::string ReadInputFile(const std::string& path, const std::string& prog)
         in.seekg(0);
         raw.assign(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
     }
-    if (raw.size() >= 2 && static_cast<unsigned char>(raw[0]) == 0x1f
-        && static_cast<unsigned char>(raw[1]) == 0x8b)
-        return InflateGzip(raw, path, prog);
+    if (HasGzipMagic(raw.data(), raw.size())) return InflateGzip(raw, path, prog);
     return raw;
 }

@@ -442,12 +442,25 @@ std::string Decoder::Run()
 
 }  // namespace
 
-bool IsCompactRinex(const std::string& text)
+namespace {
+// The first line of a text, without its line end.
+string_view FirstLine(const std::string& text)
 {
     const size_t nl = text.find('\n');
-    string_view first(text.data(), nl == std::string::npos ? text.size() : nl);
-    if (first.size() < 71 || first.substr(60, 11) != "CRINEX VERS") return false;
-    string_view v = first.substr(0, 20);
+    return string_view(text.data(), nl == std::string::npos ? text.size() : nl);
+}
+}  // namespace
+
+bool HasCompactRinexLabel(const std::string& text)
+{
+    const string_view first = FirstLine(text);
+    return first.size() >= 71 && first.substr(60, 11) == "CRINEX VERS";
+}
+
+bool IsCompactRinex(const std::string& text)
+{
+    if (!HasCompactRinexLabel(text)) return false;
+    string_view v = FirstLine(text).substr(0, 20);
     while (!v.empty() && v.back() == ' ') v.remove_suffix(1);
     while (!v.empty() && v.front() == ' ') v.remove_prefix(1);
     return v == "1.0" || v == "3.0";

@@ -7,6 +7,10 @@
 /// True when text is a Compact RINEX file: its first line carries the label
 /// "CRINEX VERS   / TYPE" (columns 61-80) and the version 1.0 or 3.0.
 bool IsCompactRinex(const std::string& text);
+/// True when the first line of text carries the label "CRINEX VERS" in
+/// columns 61-71, whatever its version: a file that DecodeCompactRinex must
+/// read, or refuse with its framed error.
+bool HasCompactRinexLabel(const std::string& text);
 
 /// The plain RINEX text that the Compact RINEX text was made from: RINEX 2
 /// for CRINEX 1.0, RINEX 3/4 for CRINEX 3.0. Values are rebuilt with exact

@@ -62,12 +62,9 @@ void RINEX::LoadContent()
     const bool gzip = IsGzipFile(rinexfile);
     // The label alone tells Compact RINEX: a version the decoder does not
     // know is its framed error, not a RINEX 2 file without epochs.
-    auto compact = [](const std::string& text) {
-        return text.substr(0, text.find('\n')).find("CRINEX VERS   / TYPE") != std::string::npos;
-    };
-    if (!gzip && !compact(first) && !IsRinex3Observation(first, rinexfile)) return;
+    if (!gzip && !HasCompactRinexLabel(first) && !IsRinex3Observation(first, rinexfile)) return;
     std::string text = ReadInputFile(rinexfile, "RINEX");
-    if (compact(text)) text = DecodeCompactRinex(text, rinexfile);
+    if (HasCompactRinexLabel(text)) text = DecodeCompactRinex(text, rinexfile);
     if (IsRinex3Observation(text, rinexfile)) text = Rinex3ToRinex2(text, rinexfile);
     content = std::move(text);
     inMemory = true;

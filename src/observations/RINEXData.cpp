@@ -77,26 +77,6 @@ bool IsCode(unsigned short t)
     }
 }
 
-// The 14 value columns of a field hold blanks, the F14.3 layout (a sign,
-// digits and one full stop between blanks) or another form of a finite
-// number; text, "nan" and "inf" are none. The plain layout, nearly every
-// field of a file, is checked here without a conversion.
-bool NumberText(const char* f)
-{
-    const int width = static_cast<int>(ValueWidth);
-    int i = 0;
-    while (i < width && f[i] == ' ') i++;
-    if (i == width) return true;
-    int j = i + (f[i] == '-' || f[i] == '+' ? 1 : 0), digits = 0;
-    for (bool point = false; j < width && (Digit(f[j]) || (f[j] == '.' && !point)); j++) {
-        if (f[j] == '.') point = true;
-        else digits++;
-    }
-    while (j < width && f[j] == ' ') j++;
-    if (j == width && digits > 0) return true;
-    long double v;
-    return fieldtext::ToLongDouble(fieldtext::TrimmedField(std::string(f, ValueWidth), 0, ValueWidth), v);
-}
 
 // Loss-of-lock and signal-strength columns: a blank or one digit.
 bool FlagText(char c) { return c == ' ' || Digit(c); }
@@ -428,7 +408,7 @@ std::istream& operator>>(std::istream& in, RINEXData& d)
             for (int k = 0; k < ntypes; k++) {
                 const char* f = fields + FieldWidth * k;
                 if (!colObs[k] && !colShort[k]) continue;
-                if (!NumberText(f) || !FlagText(f[ValueWidth]) || !FlagText(f[ValueWidth + 1]))
+                if (!fieldtext::IsNumberOrBlank(f, ValueWidth) || !FlagText(f[ValueWidth]) || !FlagText(f[ValueWidth + 1]))
                     RINEXData::RINEXDataError(In(h) + RINEXHeader::GetObsString(h.obs(k)) + " OF " + SatName(sn)
                                               + " IS NOT A NUMBER: \"" + std::string(f, FieldWidth) + "\""
                                               + AtLine(recordLine + k / FieldsPerLine));

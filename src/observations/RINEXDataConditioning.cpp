@@ -1,10 +1,10 @@
 // The methods of RINEXData that condition observations already in memory:
 // millisecond clock steps, time-tag repairs, the linear combinations and the
 // presence tests of a system's data.
-#include "numerics/MathConstants.h"
 #include <algorithm>
 #include <cmath>
 
+#include "numerics/MathConstants.h"
 #include "observations/GLC.h"
 #include "observations/GLONASSc.h"
 #include "observations/GPSc.h"

@@ -139,25 +139,6 @@ std::string Label(sv l, const std::string& path, long no)
     return Trim(Cut(l, LabelCol, 20));
 }
 
-// An F14.3 field of a record: blank, or a finite number. The plain layout
-// (sign, digits, one full stop between blanks) is checked without a
-// conversion; anything else goes through the strict converter.
-bool NumberText(sv f)
-{
-    std::size_t i = 0;
-    const std::size_t n = f.size();
-    while (i < n && f[i] == ' ') i++;
-    if (i == n) return true;
-    std::size_t j = i + (f[i] == '-' || f[i] == '+' ? 1 : 0), digits = 0;
-    for (bool point = false; j < n && (Digit(f[j]) || (f[j] == '.' && !point)); j++) {
-        if (f[j] == '.') point = true;
-        else digits++;
-    }
-    while (j < n && f[j] == ' ') j++;
-    if (j == n && digits > 0) return true;
-    long double v;
-    return fieldtext::ToLongDouble(Trim(f), v);
-}
 
 // A value other than zero somewhere in the field: "0.000" and blanks are
 // missing observations.
@@ -520,7 +501,7 @@ void AppendRecord(std::string& out, sv r, int s, const Choice& ch, const Header&
             const sv f = Cut(r, FirstField + FieldWidth * static_cast<std::size_t>(col), FieldWidth);
             const char lli = f.size() > ValueWidth ? f[ValueWidth] : ' ';
             const char ssi = f.size() > ValueWidth + 1 ? f[ValueWidth + 1] : ' ';
-            if (!NumberText(f.substr(0, std::min(f.size(), ValueWidth))) || !(lli == ' ' || Digit(lli))
+            if (!fieldtext::IsNumberOrBlank(f.data(), std::min(f.size(), ValueWidth)) || !(lli == ' ' || Digit(lli))
                 || !(ssi == ' ' || Digit(ssi)))
                 Fail(path, no, h.codes[s][col] + " OF " + std::string(r.substr(0, 3)) + " IS NOT A NUMBER: \""
                                    + std::string(f) + "\"");

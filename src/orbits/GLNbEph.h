@@ -3,13 +3,13 @@
 // Earth-fixed state vector of each record (PZ-90), carried to the wanted
 // epoch by a fourth-order Runge-Kutta integration of the satellite's motion
 // in the rotating frame (GLONASS ICD, edition 5.1, appendix J).
-#include "numerics/MathConstants.h"
 #include <istream>
 #include <string>
 
 #include "geodesy/mjd.h"
 #include "geodesy/xyz.h"
 #include "geodesy/ymdhms.h"
+#include "numerics/MathConstants.h"
 #include "numerics/matrix.h"
 #include "observations/gnssobs.h"
 

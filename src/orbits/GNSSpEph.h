@@ -3,12 +3,12 @@
 // satellite and epoch by a 14-node Lagrange polynomial for position and
 // velocity and a 4-node one for the clock, with the signal's light time
 // solved when a receiver position is given.
-#include "numerics/MathConstants.h"
 #include <map>
 #include <string>
 
 #include "geodesy/mjd.h"
 #include "geodesy/xyz.h"
+#include "numerics/MathConstants.h"
 #include "numerics/matrix.h"
 #include "observations/gnssobs.h"
 

@@ -1,5 +1,6 @@
 #include "orbits/GPSbEph.h"
 
+#include <algorithm>
 #include <cctype>
 #include <cmath>
 #include <cstdio>
@@ -32,13 +33,6 @@ bool NextLine(std::istream& in, std::string& line)
         if (line.find_first_not_of(" \t") != std::string::npos) return true;
     }
     return false;
-}
-
-// Text into a fixed buffer of n characters, cut and terminated.
-void CopyText(const std::string& text, char* out, std::size_t n)
-{
-    std::strncpy(out, text.c_str(), n - 1);
-    out[n - 1] = '\0';
 }
 
 // "G05" or "E11" as reports write a satellite of the shared numbering.
@@ -178,10 +172,18 @@ void GPSbEph::ReadRinex3(const std::string& content)
     const Rinex3NavHeader h = ReadRinex3NavHeader(content, navig, "GPSbEph");
     const std::vector<Rinex3NavRecord> recs = ReadRinex3NavRecords(content, navig, system, "GPSbEph");
     ghead.version = std::strtof(h.version.c_str(), nullptr);
-    CopyText(h.type, ghead.type, sizeof ghead.type), CopyText(h.pgm, ghead.pgm, sizeof ghead.pgm);
-    CopyText(h.runby, ghead.runby, sizeof ghead.runby), CopyText(h.date, ghead.date, sizeof ghead.date);
-    ghead.a0 = h.a0, ghead.a1 = h.a1, ghead.T = h.T, ghead.W = h.W, ghead.leaps = h.leaps;
-    for (int k = 0; k < 4; ++k) ghead.alfa[k] = h.alfa[k], ghead.beta[k] = h.beta[k];
+    // The header's texts come trimmed; the fields of a RINEX 2 header hold 20.
+    CopyTrimmedField(h.type, 0, 20, ghead.type, sizeof ghead.type);
+    CopyTrimmedField(h.pgm, 0, 20, ghead.pgm, sizeof ghead.pgm);
+    CopyTrimmedField(h.runby, 0, 20, ghead.runby, sizeof ghead.runby);
+    CopyTrimmedField(h.date, 0, 20, ghead.date, sizeof ghead.date);
+    ghead.a0 = h.a0;
+    ghead.a1 = h.a1;
+    ghead.T = h.T;
+    ghead.W = h.W;
+    ghead.leaps = h.leaps;
+    std::copy(h.alfa, h.alfa + 4, ghead.alfa);
+    std::copy(h.beta, h.beta + 4, ghead.beta);
     nsatall = static_cast<long>(recs.size());
     gdata.SetNRecords(recs.size());
     for (std::size_t r = 0; r < recs.size(); ++r) {

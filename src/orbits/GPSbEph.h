@@ -16,12 +16,12 @@
 // blanks) and RINEX 3 (4 blanks) alike. A blank field reads 0, as a field
 // the program's other readers can't convert does; RINEX leaves the spare
 // and unknown fields blank.
-#include "numerics/MathConstants.h"
 #include <istream>
 #include <string>
 
 #include "geodesy/mjd.h"
 #include "geodesy/xyz.h"
+#include "numerics/MathConstants.h"
 #include "numerics/matrix.h"
 #include "observations/gnssobs.h"
 

@@ -59,8 +59,6 @@ struct Where {
 
 const char* const NoRecordLine = "LINE NEITHER STARTS NOR CONTINUES A RECORD!";
 
-bool LeapYear(long y) { return (y % 4 == 0 && y % 100 != 0) || y % 400 == 0; }
-
 // Satellite (cols 1-3) and epoch (cols 5-23, I4 and five I2.2) of a
 // record's first line; sys the wanted system letter. The fields are checked
 // here, where the line is known, before ymdhms would stop on them unnamed.
@@ -74,7 +72,7 @@ void SatelliteAndEpoch(const std::string& line, long n, char sys, const Where& w
               && prn >= 1 && prn <= 99;
     for (int i = 0; ok && i < 6; ++i)
         ok = fieldtext::ToLong(TrimmedField(line, F[i].pos, F[i].len), v[i]) && v[i] >= F[i].lo && v[i] <= F[i].hi;
-    ok = ok && v[2] <= Days[v[1] - 1] && (v[1] != 2 || v[2] <= 28 || LeapYear(v[0]));
+    ok = ok && v[2] <= Days[v[1] - 1] && (v[1] != 2 || v[2] <= 28 || ymdhms::LeapYear(v[0]));
     if (!ok) w.Stop(n, "SATELLITE OR EPOCH \"" + line.substr(0, 23) + "\" NOT VALID!");
     r.sat = static_cast<short>((sys == 'R' ? 100 : sys == 'E' ? 200 : 0) + prn);
     r.toc.Set(static_cast<unsigned short>(v[0]), static_cast<unsigned short>(v[1]),
@@ -158,14 +156,10 @@ Rinex3NavHeader ReadRinex3NavHeader(const std::string& content, const std::strin
     const Where w{path, prog};
     const std::vector<std::string> lines = Lines(content);
     Rinex3NavHeader h;
-    bool gpsa = false, gpsb = false;
     for (std::size_t i = 0; i < lines.size(); ++i) {
         const std::string& l = lines[i];
         const long n = static_cast<long>(i) + 1;
-        if (Label(l, "END OF HEADER")) {
-            h.hasKlobuchar = gpsa && gpsb;
-            return h;
-        }
+        if (Label(l, "END OF HEADER")) return h;
         if (Label(l, "RINEX VERSION / TYPE")) {
             h.version = TrimmedField(l, 0, 9), h.type = TrimmedField(l, 20, 20);
             static const char* const Known[] = {"3.02", "3.03", "3.04", "3.05", "4.00"};
@@ -181,7 +175,6 @@ Rinex3NavHeader ReadRinex3NavHeader(const std::string& content, const std::strin
             h.pgm = TrimmedField(l, 0, 20), h.runby = TrimmedField(l, 20, 20), h.date = TrimmedField(l, 40, 20);
         } else if (Label(l, "IONOSPHERIC CORR") && (l.compare(0, 4, "GPSA") == 0 || l.compare(0, 4, "GPSB") == 0)) {
             const bool a = l[3] == 'A';
-            (a ? gpsa : gpsb) = true;
             for (std::size_t k = 0; k < 4; ++k) (a ? h.alfa : h.beta)[k] = w.Number(l, n, 5 + 12 * k, 12);
         } else if (Label(l, "TIME SYSTEM CORR") && l.compare(0, 4, "GPUT") == 0) {
             h.a0 = w.Number(l, n, 5, 17), h.a1 = w.Number(l, n, 22, 16);

@@ -37,7 +37,6 @@ constexpr long double FnavGap_s = 3600.0L;
 struct Rinex3NavHeader {
     std::string version, type, pgm, runby, date;  // as written, trimmed
     long double alfa[4] = {}, beta[4] = {};  // Klobuchar GPSA, GPSB (s, s/semicircle^n)
-    bool hasKlobuchar = false;               // both GPSA and GPSB present
     long double a0 = 0.0L, a1 = 0.0L;        // GPUT: GPS - UTC polynomial (s, s/s)
     long T = 0, W = 0;                       // its reference second and week
     short leaps = 0;                         // LEAP SECONDS, first field

@@ -392,11 +392,10 @@ void CalculateAE(gCPosC& gc)
     }
 
     const long double recDist = gc.RecPosFC.GetLength();
-    // The receiver stands still during the loop: its geodetic position on
-    // each system's ellipsoid is converted once, not per observation.
-    const flh recGeodGPS = xyz2flh(gc.RecPosFC, gc.eGPS);
-    const flh recGeodGLN = xyz2flh(gc.RecPosFC, gc.eGLN);
-    const flh recGeodGAL = xyz2flh(gc.RecPosFC, gc.eGAL);
+    // The receiver stands still during the loop: its local axes on each
+    // system's ellipsoid are made once, not per observation.
+    const LocalFrame frameGPS(xyz2flh(gc.RecPosFC, gc.eGPS)), frameGLN(xyz2flh(gc.RecPosFC, gc.eGLN)),
+        frameGAL(xyz2flh(gc.RecPosFC, gc.eGAL));
     const RINEXData& d = gc.rnxd;
     const long nEpoch = d.GetNEpoch();
     PreciseRefusals refused;
@@ -459,8 +458,8 @@ void CalculateAE(gCPosC& gc)
                 gc.ELV(k) = gc.AZM(k) = 0.0L;
                 continue;
             }
-            const flh& recGeod = ell == &gc.eGLN ? recGeodGLN : ell == &gc.eGAL ? recGeodGAL : recGeodGPS;
-            SatelliteAzimuthElevation(gc.RecPosFC, recGeod, posSat, &gc.ELV(k), &gc.AZM(k));
+            const LocalFrame& frame = ell == &gc.eGLN ? frameGLN : ell == &gc.eGAL ? frameGAL : frameGPS;
+            SatelliteAzimuthElevation(gc.RecPosFC, frame, posSat, &gc.ELV(k), &gc.AZM(k));
             const long double satDist = posSat.GetLength();
             gc.SAT_DIST(k) = satDist;
             gc.SAT_POS(k) = posSat;

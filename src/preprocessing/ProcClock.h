@@ -1,8 +1,8 @@
 #pragma once
 // The a-priori receiver clock: one value per epoch from the codes alone, the
 // starting point of the clock estimation in the adjustment.
-#include "numerics/MathConstants.h"
 #include "driver/gCPosC.h"
+#include "numerics/MathConstants.h"
 
 namespace ProcClockns {
 /// Speed of light in vacuum (m/s).

@@ -1,9 +1,9 @@
-#include "numerics/MathConstants.h"
 #include "reporting/PrintStaticSysBiases.h"
 
 #include <iostream>
 
 #include "driver/Console.h"
+#include "numerics/MathConstants.h"
 #include "reporting/FixedColumn.h"
 #include "reporting/StaticPrecision.h"
 

@@ -9,6 +9,7 @@
 #include <sstream>
 
 #include "geodesy/TimeConverse.h"
+#include "numerics/FieldText.h"
 #include "numerics/MathConstants.h"
 #include "numerics/ProgramError.h"
 #include "reporting/StaticPrecision.h"
@@ -44,11 +45,7 @@ std::string Field(const std::string& text, size_t width)
     return t;
 }
 
-std::string Trimmed(const std::string& s)
-{
-    const size_t a = s.find_first_not_of(' '), b = s.find_last_not_of(' ');
-    return a == std::string::npos ? "" : s.substr(a, b - a + 1);
-}
+std::string Trimmed(const std::string& s) { return fieldtext::TrimmedField(s, 0, s.size()); }
 
 // Degrees, minutes and seconds (0.1") of an angle in degrees, as
 // I3,1X,I2,1X,F4.1. Rounding is done once on the tenths, so that 59.96"
