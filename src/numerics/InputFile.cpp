@@ -1,10 +1,12 @@
 #include "numerics/InputFile.h"
 
+#include <algorithm>
 #include <fstream>
 #include <iterator>
 
 #include <zlib.h>
 
+#include "numerics/LargeMemory.h"
 #include "numerics/ProgramError.h"
 
 namespace {
@@ -27,31 +29,37 @@ std::string InflateGzip(const std::string& raw, const std::string& path,
     // The whole stream goes to zlib at once: its length counter is 32 bits.
     if (raw.size() > MaxInflatedBytes / 2)
         ProgramError(prog, "FILE " + path + ": GZIP FILE LARGER THAN 1 GiB!");
-    std::string out;
-    // The trailer's length (modulo 4 GiB) of the last member sizes the text
-    // at once for the common single-member file.
+    // The text is inflated in place; the trailer's length (modulo 4 GiB) of
+    // the last member sizes it at once for the common single-member file.
+    std::size_t room = std::size_t(1) << 20;
     if (raw.size() >= 18) {
         const auto* t = reinterpret_cast<const unsigned char*>(raw.data() + raw.size() - 4);
         const unsigned long long isize = t[0] | (t[1] << 8) | (t[2] << 16) | (static_cast<unsigned long long>(t[3]) << 24);
-        if (isize <= MaxInflatedBytes) out.reserve(static_cast<std::size_t>(isize) + 1);
+        if (isize <= MaxInflatedBytes) room = std::max(room, static_cast<std::size_t>(isize) + 1);
     }
+    std::string out;
+    out.reserve(room);
+    AdviseHugePages(&out[0], room);
+    out.resize(room);
+    std::size_t n = 0;
     z_stream zs{};
     // 16 + MAX_WBITS: the gzip wrapper, with its CRC-32 and length check.
     if (inflateInit2(&zs, 16 + MAX_WBITS) != Z_OK)
         ProgramError(prog, "FILE " + path + ": GZIP DECOMPRESSION CAN NOT BE STARTED!");
     zs.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(raw.data()));
     zs.avail_in = static_cast<uInt>(raw.size());
-    char buf[1 << 18];
     int rc = Z_OK;
     for (;;) {
-        zs.next_out = reinterpret_cast<Bytef*>(buf);
-        zs.avail_out = sizeof buf;
+        if (n == out.size()) out.resize(std::min<std::size_t>(2 * out.size(), MaxInflatedBytes + 1));
+        const std::size_t step = std::min<std::size_t>(out.size() - n, 1u << 30);
+        zs.next_out = reinterpret_cast<Bytef*>(&out[n]);
+        zs.avail_out = static_cast<uInt>(step);
         rc = inflate(&zs, Z_NO_FLUSH);
-        out.append(buf, sizeof buf - zs.avail_out);
-        const std::string where = " AT BYTE " + std::to_string(raw.size() - zs.avail_in) + "!";
-        if (out.size() > MaxInflatedBytes) {
+        n += step - zs.avail_out;
+        const auto where = [&] { return " AT BYTE " + std::to_string(raw.size() - zs.avail_in) + "!"; };
+        if (n > MaxInflatedBytes) {
             inflateEnd(&zs);
-            ProgramError(prog, "FILE " + path + ": GZIP CONTENT LARGER THAN 2 GiB" + where);
+            ProgramError(prog, "FILE " + path + ": GZIP CONTENT LARGER THAN 2 GiB" + where());
         }
         if (rc == Z_STREAM_END) {
             // Another member may follow (concatenated .gz files); anything
@@ -63,15 +71,17 @@ std::string InflateGzip(const std::string& raw, const std::string& path,
             }
             break;
         }
+        // Room for output but no input left: the stream was cut.
         if (rc == Z_BUF_ERROR && zs.avail_in == 0) {
             inflateEnd(&zs);
-            ProgramError(prog, "FILE " + path + ": GZIP STREAM CUT BEFORE ITS END" + where);
+            ProgramError(prog, "FILE " + path + ": GZIP STREAM CUT BEFORE ITS END" + where());
         }
         if (rc != Z_OK) {
             inflateEnd(&zs);
-            ProgramError(prog, "FILE " + path + ": CORRUPT GZIP STREAM" + where);
+            ProgramError(prog, "FILE " + path + ": CORRUPT GZIP STREAM" + where());
         }
     }
+    out.resize(n);
     inflateEnd(&zs);
     return out;
 }

@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <new>
 
+#include "numerics/LargeMemory.h"
 #include "numerics/MError.h"
 
 /// Direction of `sort` and `UniqList`: 0 ascending, anything else descending.
@@ -56,7 +57,7 @@ public:
         m.v = nullptr;
     }
 
-    ~matrix() { delete[] v; }
+    ~matrix() { FreeObjects(v, static_cast<std::size_t>(r * c)); }
 
     /// Deep copy; the storage is reused when the shapes agree, otherwise it
     /// is reallocated to the shape of `rhs`.
@@ -167,7 +168,7 @@ private:
         const long n = row * col;
         T* p = nullptr;
         if (n > 0) {
-            p = new (std::nothrow) T[static_cast<std::size_t>(n)];
+            p = AllocateObjects<T>(static_cast<std::size_t>(n));
             if (p == nullptr) MError::AllocationError(row, col);
         }
         r = row;
@@ -177,7 +178,7 @@ private:
 
     void Release()
     {
-        delete[] v;
+        FreeObjects(v, static_cast<std::size_t>(r * c));
         v = nullptr;
         r = 0;
         c = 0;
@@ -230,14 +231,14 @@ public:
 
     ~umatrix()
     {
+        FreeObjects(v, static_cast<std::size_t>(Cells(n)));
         n = 0;
-        delete[] v;
     }
 
     /// Sets the dimension to nn with new, uninitialised cells.
     void Resize(long nn)
     {
-        delete[] v;
+        FreeObjects(v, static_cast<std::size_t>(Cells(n)));
         v = nullptr;
         n = 0;
         Allocate(nn);
@@ -289,7 +290,7 @@ private:
             MError::AllocationError(nn, nn);
         T* p = nullptr;
         if (nn > 0) {
-            p = new (std::nothrow) T[static_cast<std::size_t>(Cells(nn))];
+            p = AllocateObjects<T>(static_cast<std::size_t>(Cells(nn)));
             if (p == nullptr) MError::AllocationError(nn, nn);
         }
         n = nn;

@@ -6,10 +6,8 @@
 #include <string_view>
 #include <utility>
 #include <vector>
-#if defined(__linux__)
-#include <sys/mman.h>
-#endif
 
+#include "numerics/LargeMemory.h"
 #include "numerics/ProgramError.h"
 
 namespace crxns {
@@ -55,6 +53,24 @@ void TrimRight(std::string& s)
     s.resize(n);
 }
 
+// The common field of a data line, a difference: an optional minus and at
+// most MaxDigits digits up to a blank or the line end, read in one pass;
+// c then stands behind it. False for anything else (an arc start "n&v", a
+// stray character, a number too long), which the full reader takes.
+bool QuickDifference(const char*& c, const char* end, int64_t& v)
+{
+    const char* p = c;
+    const bool neg = p < end && *p == '-';
+    p += neg;
+    const char* const digits = p;
+    int64_t x = 0;
+    while (p < end && Digit(*p)) x = 10 * x + (*p++ - '0');
+    if (p == digits || p - digits > crxns::MaxDigits || (p < end && *p != ' ')) return false;
+    v = neg ? -x : x;
+    c = p;
+    return true;
+}
+
 // Writes v / 10^decimals right-justified into the width characters at w,
 // the leading zero kept below 1 as Fortran F writes it ("-0.123"). The
 // caller's range check makes the text fit the width.
@@ -75,15 +91,9 @@ class TextOut {
 public:
     void Reserve(size_t n)
     {
+        // A day file decodes to some 30 MB, faulted in page by page.
         buf_.reserve(n);
-#if defined(__linux__) && defined(MADV_HUGEPAGE)
-        // A day file decodes to some 30 MB; faulting that in 4 kB pages
-        // costs more than the decoding itself. 2 MB pages where the kernel
-        // has them; a refused hint changes nothing but the speed.
-        const uintptr_t huge = uintptr_t(1) << 21, a = reinterpret_cast<uintptr_t>(buf_.data());
-        const uintptr_t lo = (a + huge - 1) & ~(huge - 1), hi = (a + n) & ~(huge - 1);
-        if (hi > lo) madvise(reinterpret_cast<void*>(lo), hi - lo, MADV_HUGEPAGE);
-#endif
+        AdviseHugePages(buf_.data(), n);
         buf_.resize(n);
     }
     // Room for k more characters; valid until the next call.
@@ -114,10 +124,77 @@ private:
     size_t n_ = 0;
 };
 
+// The plain RINEX text, written as the decoder hands it on.
+class TextSink : public CompactRinexSink {
+public:
+    explicit TextSink(size_t compactSize) { out_.Reserve(4 * compactSize + 4096); }
+    std::string Take() { return out_.Take(); }
+
+    void Start(bool v1) override { v1_ = v1; }
+    void HeaderLine(string_view text, long) override { out_.Put(text.data(), text.size()), out_.Put("\n", 1); }
+    void EventLine(string_view text, bool first, long) override
+    {
+        const size_t from = out_.Size();
+        out_.Put(text.data(), text.size()), out_.Put("\n", 1);
+        // The '&' that marks a RINEX 2 event line in the compact text is a blank in RINEX.
+        if (v1_ && first) out_.At(from) = ' ';
+    }
+    void EpochLine(const std::string& ref, int count, bool hasClock, int64_t clock, long) override
+    {
+        const size_t head = v1_ ? 32 : 41;
+        size_t from = out_.Size();
+        out_.Put(ref.data(), std::min(head, ref.size()));
+        if (!v1_) {
+            out_.Blanks(from + head - out_.Size());
+            if (hasClock) out_.Fixed(clock, 15, 12);
+            out_.EndLine(from);
+            return;
+        }
+        // RINEX 2: twelve satellites a line, the clock in columns 69-80 of the first.
+        for (int g = 0; g == 0 || g < count; g += 12) {
+            if (g > 0) from = out_.Size(), out_.Blanks(32);
+            const size_t at = head + 3 * static_cast<size_t>(g);
+            if (at < ref.size())
+                out_.Put(ref.data() + at, std::min(ref.size() - at, 3 * static_cast<size_t>(std::min(12, count - g))));
+            if (g == 0 && hasClock) out_.Blanks(from + 68 - out_.Size()), out_.Fixed(clock, 12, 9);
+            out_.EndLine(from);
+        }
+    }
+    void Record(const char* id, size_t t, const int64_t* vals, const char* have, const char* flags, long) override
+    {
+        // At most 17 characters a type: a value, two flags and, in RINEX 2,
+        // a line end after every fifth.
+        char* const w0 = out_.Room(4 + 17 * t);
+        char* w = w0;
+        char* lineStart = w0;
+        if (!v1_) std::memcpy(w, id, 3), w += 3;
+        for (size_t k = 0; k < t; ++k) {
+            if (v1_ && k % 5 == 0 && k > 0) {
+                while (w > lineStart && w[-1] == ' ') --w;
+                *w++ = '\n';
+                lineStart = w;
+            }
+            if (have[k]) PutFixed(w, vals[k], 14, 3);
+            else std::memset(w, ' ', 14);
+            w[14] = flags[2 * k];
+            w[15] = flags[2 * k + 1];
+            w += 16;
+        }
+        while (w > lineStart && w[-1] == ' ') --w;
+        *w++ = '\n';
+        out_.Advance(static_cast<size_t>(w - w0));
+    }
+
+private:
+    bool v1_ = false;
+    TextOut out_;
+};
+
 class Decoder {
 public:
-    Decoder(const std::string& text, const std::string& path) : text_(text), path_(path) {}
-    std::string Run();
+    Decoder(const std::string& text, const std::string& path, CompactRinexSink& sink, bool epochsOnly = false)
+        : text_(text), path_(path), sink_(sink), epochsOnly_(epochsOnly) {}
+    void Run();
 
 private:
     [[noreturn]] void Fail(const std::string& what) const
@@ -129,15 +206,17 @@ private:
     int64_t Number(string_view s) const;
     int Count(string_view line, size_t col, size_t width) const;
     int64_t Rebuild(Series& s, string_view field, int64_t lo, int64_t hi) const;
+    int64_t Difference(Series& s, int64_t diff, string_view field, int64_t lo, int64_t hi) const;
     void ReadHeader();
     void TakeTypes(string_view line);
     void Event(string_view line, int flag, int count);
     void Epoch(int count);
-    void PutEpochLine(int count, bool hasClock, int64_t clock);
     SatState& Claim(int i);
 
     const std::string& text_;
     const std::string& path_;
+    CompactRinexSink& sink_;
+    const bool epochsOnly_;  // data lines passed over, their values left undecoded
     size_t pos_ = 0;
     long lineNo_ = 0;
     bool v1_ = false;        // CRINEX 1.0 around RINEX 2
@@ -149,7 +228,6 @@ private:
     int nPrev_ = 0;
     std::vector<int64_t> vals_;
     std::vector<char> have_;
-    TextOut out_;
 };
 
 bool Decoder::NextLine(string_view& line)
@@ -200,6 +278,17 @@ int Decoder::Count(string_view line, size_t col, size_t width) const
 
 // The series' next value from its field: "n&v" starts an arc of order n,
 // anything else is the difference of the running arc at its current order.
+int64_t Decoder::Difference(Series& s, int64_t diff, string_view field, int64_t lo, int64_t hi) const
+{
+    const int m = s.order < s.maxOrder ? s.order + 1 : s.maxOrder;
+    s.d[m] = diff;
+    for (int k = m - 1; k >= 0; --k)
+        if (__builtin_add_overflow(s.d[k + 1], s.d[k], &s.d[k])) Fail("value out of range '" + std::string(field) + "'");
+    s.order = m;
+    if (s.d[0] < lo || s.d[0] > hi) Fail("value out of range '" + std::string(field) + "'");
+    return s.d[0];
+}
+
 int64_t Decoder::Rebuild(Series& s, string_view field, int64_t lo, int64_t hi) const
 {
     const size_t amp = field.find('&');
@@ -218,12 +307,7 @@ int64_t Decoder::Rebuild(Series& s, string_view field, int64_t lo, int64_t hi) c
         // Only an arc start can follow a gap, a new satellite or an
         // initialisation: a difference there has nothing to add to.
         if (!s.running) Fail("difference '" + std::string(field) + "' where an arc must start with n&");
-        const int m = s.order < s.maxOrder ? s.order + 1 : s.maxOrder;
-        s.d[m] = Number(field);
-        for (int k = m - 1; k >= 0; --k)
-            if (__builtin_add_overflow(s.d[k + 1], s.d[k], &s.d[k]))
-                Fail("value out of range '" + std::string(field) + "'");
-        s.order = m;
+        return Difference(s, Number(field), field, lo, hi);
     }
     if (s.d[0] < lo || s.d[0] > hi) Fail("value out of range '" + std::string(field) + "'");
     return s.d[0];
@@ -254,10 +338,11 @@ void Decoder::ReadHeader()
     while (!v.empty() && v.front() == ' ') v.remove_prefix(1);
     if (v != "1.0" && v != "3.0") Fail("unknown Compact RINEX version '" + std::string(v) + "'");
     v1_ = v == "1.0";
+    sink_.Start(v1_);
     Need("the header");
     for (;;) {
         line = Need("the header");
-        out_.Put(line.data(), line.size()), out_.Put("\n", 1);
+        sink_.HeaderLine(line, lineNo_);
         TakeTypes(line);
         if (line.size() >= 73 && line.substr(60, 13) == "END OF HEADER") break;
     }
@@ -268,12 +353,10 @@ void Decoder::ReadHeader()
 void Decoder::Event(string_view line, int flag, int count)
 {
     if (v1_ && flag == 6) Fail("epoch flag 6 (cycle slip records) is not supported in Compact RINEX 1.0");
-    const size_t from = out_.Size();
-    out_.Put(line.data(), line.size()), out_.Put("\n", 1);
-    if (v1_) out_.At(from) = ' ';
+    sink_.EventLine(line, true, lineNo_);
     for (int k = 0; k < count; ++k) {
         const string_view rec = Need("an event block");
-        out_.Put(rec.data(), rec.size()), out_.Put("\n", 1);
+        sink_.EventLine(rec, false, lineNo_);
         if (flag == 3 || flag == 4) TakeTypes(rec);
     }
     needInit_ = true;
@@ -304,28 +387,6 @@ SatState& Decoder::Claim(int i)
     return s;
 }
 
-void Decoder::PutEpochLine(int count, bool hasClock, int64_t clock)
-{
-    const size_t head = v1_ ? 32 : 41;
-    size_t from = out_.Size();
-    out_.Put(ref_.data(), std::min(head, ref_.size()));
-    if (!v1_) {
-        out_.Blanks(from + head - out_.Size());
-        if (hasClock) out_.Fixed(clock, 15, 12);
-        out_.EndLine(from);
-        return;
-    }
-    // RINEX 2: twelve satellites a line, the clock in columns 69-80 of the first.
-    for (int g = 0; g == 0 || g < count; g += 12) {
-        if (g > 0) from = out_.Size(), out_.Blanks(32);
-        const size_t at = head + 3 * static_cast<size_t>(g);
-        if (at < ref_.size())
-            out_.Put(ref_.data() + at, std::min(ref_.size() - at, 3 * static_cast<size_t>(std::min(12, count - g))));
-        if (g == 0 && hasClock) out_.Blanks(from + 68 - out_.Size()), out_.Fixed(clock, 12, 9);
-        out_.EndLine(from);
-    }
-}
-
 void Decoder::Epoch(int count)
 {
     const string_view clk = Need("an epoch block (clock line)");
@@ -336,30 +397,52 @@ void Decoder::Epoch(int count)
                     : Rebuild(clock_, clk, crxns::MinClock3, crxns::MaxClock3);
     else
         clock_.running = false;
-    PutEpochLine(count, hasClock, clock);
+    sink_.EpochLine(ref_, count, hasClock, clock, lineNo_);
+    if (epochsOnly_) {
+        for (int i = 0; i < count; ++i) Need("an epoch block (data lines)");
+        return;
+    }
 
     if (cur_.size() < static_cast<size_t>(count)) cur_.resize(static_cast<size_t>(count));
     for (int i = 0; i < count; ++i) {
         const string_view line = Need("an epoch block (data lines)");
+        const size_t at = (v1_ ? 32 : 41) + 3 * static_cast<size_t>(i);
+        const char id[3] = {at < ref_.size() ? ref_[at] : ' ', at + 1 < ref_.size() ? ref_[at + 1] : ' ',
+                            at + 2 < ref_.size() ? ref_[at + 2] : ' '};
+        if (!sink_.Keep(id, lineNo_)) {
+            // Its arcs are not followed: the slot must match no satellite
+            // of the next epoch.
+            std::memset(cur_[static_cast<size_t>(i)].id, 0, 3);
+            continue;
+        }
         SatState& s = Claim(i);
         const size_t t = s.series.size();
         vals_.resize(t);
         have_.assign(t, 0);
         // T fields cut at single blanks; all after the T-th blank is the
         // flag difference, blanks and all.
-        size_t p = 0, j = 0;
-        for (; j < t && p <= line.size(); ++j) {
-            size_t e = line.find(' ', p);
-            if (e == string_view::npos) e = line.size();
-            if (e > p) {
-                vals_[j] = Rebuild(s.series[j], line.substr(p, e - p), crxns::MinObs, crxns::MaxObs);
-                have_[j] = 1;
-            } else {
-                s.series[j].running = false;
+        const char* c = line.data();
+        const char* const end = c + line.size();
+        size_t j = 0;
+        for (; j < t && c <= end; ++j, ++c) {
+            Series& series = s.series[j];
+            if (c == end || *c == ' ') {
+                series.running = false;
+                continue;
             }
-            p = e + 1;
+            const char* const from = c;
+            int64_t diff = 0;
+            if (series.running && QuickDifference(c, end, diff)) {
+                vals_[j] = Difference(series, diff, string_view(from, static_cast<size_t>(c - from)), crxns::MinObs,
+                                      crxns::MaxObs);
+            } else {
+                while (c < end && *c != ' ') ++c;
+                vals_[j] = Rebuild(series, string_view(from, static_cast<size_t>(c - from)), crxns::MinObs, crxns::MaxObs);
+            }
+            have_[j] = 1;
         }
         for (; j < t; ++j) s.series[j].running = false;
+        const size_t p = static_cast<size_t>(c - line.data());
         if (p < line.size()) {
             const string_view diff = line.substr(p);
             if (diff.size() > 2 * t) Fail("flag part longer than the " + std::to_string(2 * t) + " flag characters");
@@ -372,36 +455,15 @@ void Decoder::Epoch(int count)
             for (size_t k = 0; k < t; ++k)
                 if (!have_[k]) s.flags[2 * k] = s.flags[2 * k + 1] = ' ';
 
-        // At most 17 characters a type: a value, two flags and, in RINEX 2,
-        // a line end after every fifth.
-        char* const w0 = out_.Room(4 + 17 * t);
-        char* w = w0;
-        char* lineStart = w0;
-        if (!v1_) std::memcpy(w, s.id, 3), w += 3;
-        for (size_t k = 0; k < t; ++k) {
-            if (v1_ && k % 5 == 0 && k > 0) {
-                while (w > lineStart && w[-1] == ' ') --w;
-                *w++ = '\n';
-                lineStart = w;
-            }
-            if (have_[k]) PutFixed(w, vals_[k], 14, 3);
-            else std::memset(w, ' ', 14);
-            w[14] = s.flags[2 * k];
-            w[15] = s.flags[2 * k + 1];
-            w += 16;
-        }
-        while (w > lineStart && w[-1] == ' ') --w;
-        *w++ = '\n';
-        out_.Advance(static_cast<size_t>(w - w0));
+        sink_.Record(s.id, t, vals_.data(), have_.data(), s.flags.data(), lineNo_);
     }
     std::swap(prev_, cur_);
     nPrev_ = count;
 }
 
-std::string Decoder::Run()
+void Decoder::Run()
 {
     for (int& t : types_) t = -1;
-    out_.Reserve(4 * text_.size() + 4096);
     ReadHeader();
     const size_t flagCol = v1_ ? 28 : 31, countCol = v1_ ? 29 : 32, listCol = v1_ ? 32 : 41;
     const char full = v1_ ? '&' : '>';
@@ -437,7 +499,6 @@ std::string Decoder::Run()
             Fail("satellite count " + std::to_string(count) + " does not match the list of " + std::to_string(ids));
         Epoch(count);
     }
-    return out_.Take();
 }
 
 }  // namespace
@@ -468,5 +529,17 @@ bool IsCompactRinex(const std::string& text)
 
 std::string DecodeCompactRinex(const std::string& text, const std::string& path)
 {
-    return Decoder(text, path).Run();
+    TextSink sink(text.size());
+    Decoder(text, path, sink).Run();
+    return sink.Take();
+}
+
+void DecodeCompactRinex(const std::string& text, const std::string& path, CompactRinexSink& sink)
+{
+    Decoder(text, path, sink).Run();
+}
+
+void ScanCompactRinexEpochs(const std::string& text, const std::string& path, CompactRinexSink& sink)
+{
+    Decoder(text, path, sink, true).Run();
 }

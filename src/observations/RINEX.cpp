@@ -46,7 +46,7 @@ void RINEX::SetFile(const std::string& file)
     if (!test.is_open()) RINEXError("RINEX FILE CAN NOT BE OPENED!");
 }
 
-void RINEX::LoadContent()
+bool RINEX::LoadContent()
 {
     content.clear();
     content.shrink_to_fit();
@@ -62,12 +62,18 @@ void RINEX::LoadContent()
     const bool gzip = IsGzipFile(rinexfile);
     // The label alone tells Compact RINEX: a version the decoder does not
     // know is its framed error, not a RINEX 2 file without epochs.
-    if (!gzip && !HasCompactRinexLabel(first) && !IsRinex3Observation(first, rinexfile)) return;
+    if (!gzip && !HasCompactRinexLabel(first) && !IsRinex3Observation(first, rinexfile)) return false;
     std::string text = ReadInputFile(rinexfile, "RINEX");
+    // The station's usual file needs neither the RINEX 3 nor the RINEX 2 text.
+    if (IsCompactRinex3Observation(text, rinexfile)) {
+        ReadCompactRinex3(text, rinexfile, rhead, rdata);
+        return true;
+    }
     if (HasCompactRinexLabel(text)) text = DecodeCompactRinex(text, rinexfile);
     if (IsRinex3Observation(text, rinexfile)) text = Rinex3ToRinex2(text, rinexfile);
     content = std::move(text);
     inMemory = true;
+    return false;
 }
 
 std::unique_ptr<std::istream> RINEX::OpenContent() const
@@ -155,19 +161,19 @@ void RINEX::ReadFile()
     rdata.Reset();
     rhead.Reset();
     rhead.source = rinexfile;
-    LoadContent();
-    CountRec();
-    rdata.SetNRecords(static_cast<long>(nepoch), static_cast<long>(nobsall));
-    rdata.SetTimeCorr(IsTimeCorr);
-
-    {
-        const std::unique_ptr<std::istream> stream = OpenContent();
-        *stream >> rhead;
-        *stream >> rdata;
+    if (!LoadContent()) {
+        CountRec();
+        rdata.SetNRecords(static_cast<long>(nepoch), static_cast<long>(nobsall));
+        rdata.SetTimeCorr(IsTimeCorr);
+        {
+            const std::unique_ptr<std::istream> stream = OpenContent();
+            *stream >> rhead;
+            *stream >> rdata;
+        }
+        // The translated text has served: the record store holds it all.
+        content.clear();
+        content.shrink_to_fit();
     }
-    // The translated text has served: the record store holds it all.
-    content.clear();
-    content.shrink_to_fit();
 
     rhead.obsfirst = rdata.epoch(0);
     rhead.obslast = rdata.obslast;

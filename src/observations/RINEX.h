@@ -34,11 +34,13 @@ public:
     /// rounded to it.
     void ReadFile();
     /// Decides from the content, not the name, how the file is read: plain
-    /// RINEX 2 from the disk; gzip, Compact RINEX 1.0/3.0 and RINEX 3/4
-    /// (in any nesting of these) inflated, decoded and translated into RINEX
-    /// 2 text kept in memory until ReadFile has read it. Their readers' framed
-    /// errors name the file and the line.
-    void LoadContent();
+    /// RINEX 2 from the disk; Compact RINEX 3.0 of a RINEX 3/4 file, plain or
+    /// gzip, decoded straight into header and data (returns true); other
+    /// gzip, Compact RINEX 1.0/3.0 and RINEX 3/4 (in any nesting of these)
+    /// inflated, decoded and translated into RINEX 2 text kept in memory
+    /// until ReadFile has read it. Their readers' framed errors name the
+    /// file and the line.
+    bool LoadContent();
     /// First pass: counts epochs (nepoch) and satellite records (nobsall)
     /// and sets IsTimeCorr from the first epoch line. An epoch cut by the
     /// end of the file or a satellite count outside 0..341 stops the run

@@ -199,7 +199,7 @@ void RINEXData::RINEXDataError(const std::string& text)
 
 void RINEXData::RINEXDataWarning(const std::string& text) { ProgramWarningCout("RINEXData", text); }
 
-void RINEXData::SetData()
+void RINEXData::SetEpochData()
 {
     if (nepochall <= 0) RINEXDataError("NUMBER OF EPOCH IN RINEX FILE NOT DETERMINED!");
     epoch.Resize(nepochall, 1, mjd());
@@ -208,10 +208,16 @@ void RINEXData::SetData()
     if (IfTimeCorr) TCorr.Resize(nepochall, 1, 0.0L);
     if (nsatall <= 0) RINEXDataError("NUMBER OF OBSERVATIONS IN RINEX FILE NOT DETERMINED!");
     sat.Resize(nsatall, 1, 0);
+}
+
+void RINEXData::SetData()
+{
+    SetEpochData();
+    // Fresh storage is constructed null already; writing it again would
+    // touch the day's largest arrays twice.
     for (long k = 0; k < rhead.nobs; k++) {
-        if (matrix<gnssobs>* m = ObsMatrix(rhead.obs(k))) m->Resize(nsatall, 1, gnssobs());
-        if (matrix<gnssobsshort>* m = ShortMatrix(rhead.obs(k)))
-            m->Resize(nsatall, 1, gnssobsshort());
+        if (matrix<gnssobs>* m = ObsMatrix(rhead.obs(k))) NullColumn(*m, nsatall);
+        if (matrix<gnssobsshort>* m = ShortMatrix(rhead.obs(k))) NullColumn(*m, nsatall);
     }
 }
 
@@ -286,48 +292,139 @@ void FillObsLine(std::string& line, int n)
     else line.resize(width);
 }
 
+RecordStoreFill::RecordStoreFill(RINEXData& d) : d_(d), ntypes_(d.rhead.nobs)
+{
+    // The header reader allows no more types than the record buffer holds;
+    // a header filled by hand is held to the same bound.
+    if (ntypes_ > RINEXns::MaxObsTypes || (ntypes_ > 0 && d.rhead.obs.NRow() < ntypes_))
+        RINEXData::RINEXDataError("OBSERVATION TYPES OF THE HEADER NOT VALID");
+    for (int k = 0; k < ntypes_; k++) {
+        colObs_[k] = d.ObsMatrix(d.rhead.obs(k));
+        colShort_[k] = d.ShortMatrix(d.rhead.obs(k));
+        colCode_[k] = IsCode(d.rhead.obs(k));
+    }
+    for (int s = SysGPS; s <= SysNone; s++) CodeRangeLimits(static_cast<SatSystem>(s), codeMin_[s], codeMax_[s]);
+    std::fill(metIn_, metIn_ + RINEXns::ScratchSatellites, -1L);
+}
+
+void RecordStoreFill::Epoch(const ymdhms& t, char flag, int count, long double clock_s, long line)
+{
+    if (count < 0 || count > RINEXns::MaxEpochSatellites)
+        RINEXData::RINEXDataError("SATELLITE COUNT OF EPOCH NOT VALID" + AtLine(line));
+    if (++i_ >= d_.nepochall) RINEXData::RINEXDataError("MORE EPOCHS THAN COUNTED IN RINEX FILE" + AtLine(line));
+    d_.epoch(i_) = ymdhms2mjd(t);
+    d_.nsat(i_) = static_cast<short>(count);
+    d_.flag(i_) = flag;
+    d_.obslast = d_.epoch(i_);
+    if (d_.IfTimeCorr) d_.TCorr(i_) = clock_s;
+    // The smallest step of the second of day is the sampling; a step
+    // across midnight is large and changes nothing.
+    RINEXHeader& h = d_.rhead;
+    if (i_ > 0) {
+        const long double step = std::fabs(d_.epoch(i_).GetSecond() - d_.epoch(i_ - 1).GetSecond());
+        if (h.interval < 0.0f || h.interval > step) h.interval = static_cast<float>(step);
+    }
+    r0_ = r_;
+    count_ = count;
+    dropped_.assign(static_cast<std::size_t>(count), 0);
+}
+
+long RecordStoreFill::Record(short sn, long line)
+{
+    if (r_ >= d_.nsatall) RINEXData::RINEXDataError("MORE RECORDS THAN COUNTED IN RINEX FILE" + AtLine(line));
+    d_.sat(r_) = sn;
+    scratch_[sn] = sn;
+    if (metIn_[sn] != i_) {
+        metIn_[sn] = i_;
+        firstOf_[sn] = static_cast<int>(r_ - r0_);
+    }
+    return r_++;
+}
+
+void RecordStoreFill::CheckCodes(long r)
+{
+    const short sn = d_.sat(r);
+    const SatSystem sys = SystemOf(sn);
+    for (int k = 0; k < ntypes_; k++) {
+        if (!colCode_[k]) continue;
+        gnssobs& o = (*colObs_[k])(r);
+        // No satellite of the system can be this near or far: a broken
+        // field, which would pull the position by kilometres.
+        if (!o.IsNull() && (o.obs < codeMin_[sys] || o.obs > codeMax_[sys])) {
+            o = gnssobs();
+            d_.CodeOutsideRange[sn]++;
+        }
+    }
+}
+
+void RecordStoreFill::ClearRecord(long r)
+{
+    for (int k = 0; k < ntypes_; k++) {
+        if (colObs_[k]) (*colObs_[k])(r) = gnssobs();
+        else if (colShort_[k]) (*colShort_[k])(r) = gnssobsshort();
+    }
+}
+
+void RecordStoreFill::EndEpoch(const std::function<bool(int, int)>& same)
+{
+    // A satellite listed twice: an exact copy (a merge that wrote the
+    // record twice) is dropped; of two different records nothing tells
+    // which is the satellite's, so both go.
+    for (int s = 0; s < count_; s++) {
+        const short sn = d_.sat(r0_ + s);
+        const int first = firstOf_[sn];
+        if (first == s) continue;
+        const bool copy = same(first, s);  // before either is cleared
+        ClearRecord(r0_ + s);
+        d_.RepeatedRecords[sn]++;
+        if (!copy && !dropped_[first]) {
+            ClearRecord(r0_ + first);
+            dropped_[first] = 1;
+            d_.RepeatedRecords[sn]++;
+        }
+    }
+}
+
+void RecordStoreFill::Finish()
+{
+    if (i_ + 1 != d_.nepochall || r_ != d_.nsatall)
+        RINEXData::RINEXDataError("EPOCHS OR RECORDS OF RINEX FILE DO NOT AGREE WITH THEIR COUNT");
+    long nlist = 0;
+    for (int k = 1; k < RINEXns::ScratchSatellites; k++)
+        if (scratch_[k] != 0) nlist++;
+    if (nlist > 0) {
+        d_.satList.Resize(nlist);
+        long j = 0;
+        for (int k = 1; k < RINEXns::ScratchSatellites; k++)
+            if (scratch_[k] != 0) d_.satList(j++) = scratch_[k];
+    } else {
+        d_.satList = matrix<short>();
+    }
+    d_.istart = 0;
+    d_.satstart = 0;
+    d_.iend = d_.nepochall;
+
+    // Later stages count on C1 wherever P1 was observed.
+    RINEXHeader& h = d_.rhead;
+    if (h.iP1 && !h.iC1) {
+        d_.C1 = d_.P1;
+        h.iC1 = true;
+    }
+}
+
 std::istream& operator>>(std::istream& in, RINEXData& d)
 {
     d.SetData();
     RINEXHeader& h = d.rhead;
-
-    // Per column, the matrix its field goes to (none for an unknown code).
-    // The header reader allows no more types than the record buffer holds;
-    // a header filled by hand is held to the same bound.
+    RecordStoreFill fill(d);
     const int ntypes = h.nobs;
-    if (ntypes > RINEXns::MaxObsTypes || (ntypes > 0 && h.obs.NRow() < ntypes))
-        RINEXData::RINEXDataError("OBSERVATION TYPES OF THE HEADER NOT VALID");
-    matrix<gnssobs>* colObs[RINEXns::MaxObsTypes] = {};
-    matrix<gnssobsshort>* colShort[RINEXns::MaxObsTypes] = {};
-    bool colCode[RINEXns::MaxObsTypes] = {};
-    for (int k = 0; k < ntypes; k++) {
-        colObs[k] = d.ObsMatrix(h.obs(k));
-        colShort[k] = d.ShortMatrix(h.obs(k));
-        colCode[k] = IsCode(h.obs(k));
-    }
     const int linesPerRecord = (ntypes + FieldsPerLine - 1) / FieldsPerLine;
-    const auto clearRecord = [&](long rec) {
-        for (int k = 0; k < ntypes; k++) {
-            if (colObs[k]) (*colObs[k])(rec) = gnssobs();
-            else if (colShort[k]) (*colShort[k])(rec) = gnssobsshort();
-        }
-    };
-    long double codeMin[SysNone + 1], codeMax[SysNone + 1];
-    for (int s = SysGPS; s <= SysNone; s++) CodeRangeLimits(static_cast<SatSystem>(s), codeMin[s], codeMax[s]);
 
-    short scratch[RINEXns::ScratchSatellites] = {};
-    // A satellite's first record in the epoch where it was last met, and
-    // the record texts and fates of the epoch being read.
-    long metIn[RINEXns::ScratchSatellites];
-    std::fill(metIn, metIn + RINEXns::ScratchSatellites, -1L);
-    int firstOf[RINEXns::ScratchSatellites] = {};
+    // The record texts of the epoch being read, for the test of copies.
     std::vector<std::string> texts;
-    std::vector<char> dropped;
     std::string line, satText, obsText, piece;
     obsText.reserve(ObsLineWidth * static_cast<std::size_t>(linesPerRecord));
     long lineNo = h.nlines;
-    long i = -1;   // epoch
-    long r = 0;    // record
 
     for (;;) {
         const RINEXLineState st = ReadRINEXLine(in, line);
@@ -343,33 +440,16 @@ std::istream& operator>>(std::istream& in, RINEXData& d)
         int yr, mon, day, hh, mm, count;
         long double sec;
         ParseFirstObsLine(line, yr, mon, day, hh, mm, sec, count);
-        if (count < 0 || count > RINEXns::MaxEpochSatellites)
-            RINEXData::RINEXDataError("SATELLITE COUNT OF EPOCH NOT VALID" + AtLine(lineNo));
-        if (++i >= d.nepochall)
-            RINEXData::RINEXDataError("MORE EPOCHS THAN COUNTED IN RINEX FILE" + AtLine(lineNo));
-
+        long double offset = 0.0L;
+        if (d.IfTimeCorr) {
+            const std::string clock = fieldtext::TrimmedField(line, 68, 12);
+            if (!clock.empty() && !fieldtext::ToLongDouble(clock, offset))
+                RINEXData::RINEXDataError(In(h) + "RECEIVER CLOCK OFFSET \"" + clock + "\" IS NOT A NUMBER" + AtLine(lineNo));
+        }
         const ymdhms t(static_cast<unsigned short>(yr), static_cast<unsigned short>(mon),
                        static_cast<unsigned short>(day), static_cast<unsigned short>(hh),
                        static_cast<unsigned short>(mm), sec);
-        d.epoch(i) = ymdhms2mjd(t);
-        d.nsat(i) = static_cast<short>(count);
-        d.flag(i) = line[28];
-        d.obslast = d.epoch(i);
-        if (d.IfTimeCorr) {
-            const std::string clock = fieldtext::TrimmedField(line, 68, 12);
-            long double offset = 0.0L;
-            if (!clock.empty() && !fieldtext::ToLongDouble(clock, offset))
-                RINEXData::RINEXDataError(In(h) + "RECEIVER CLOCK OFFSET \"" + clock + "\" IS NOT A NUMBER" + AtLine(lineNo));
-            d.TCorr(i) = offset;
-        }
-
-        // The smallest step of the second of day is the sampling; a step
-        // across midnight is large and changes nothing.
-        if (i > 0) {
-            const long double step =
-                std::fabs(d.epoch(i).GetSecond() - d.epoch(i - 1).GetSecond());
-            if (h.interval < 0.0f || h.interval > step) h.interval = static_cast<float>(step);
-        }
+        fill.Epoch(t, line[28], count, offset, lineNo);
 
         satText = RINEXField(line, SatTextCol,
                              std::min<std::size_t>(3 * static_cast<std::size_t>(count), SatTextWidth));
@@ -386,12 +466,10 @@ std::istream& operator>>(std::istream& in, RINEXData& d)
         // reads as blank entries, which are GPS number 0.
         PadTo(satText, 3 * static_cast<std::size_t>(count));
 
-        const long r0 = r;
         if (texts.size() < static_cast<std::size_t>(count)) texts.resize(count);
-        dropped.assign(count, 0);
-        for (int s = 0; s < count; s++, r++) {
-            if (r >= d.nsatall)
-                RINEXData::RINEXDataError("MORE RECORDS THAN COUNTED IN RINEX FILE" + AtLine(lineNo));
+        for (int s = 0; s < count; s++) {
+            const short sn = RINEXSatNumber(satText.c_str() + 3 * s);
+            const long r = fill.Record(sn, lineNo);
             obsText.clear();
             const long recordLine = lineNo + 1;
             for (int l = 0; l < linesPerRecord; l++) {
@@ -400,76 +478,25 @@ std::istream& operator>>(std::istream& in, RINEXData& d)
                 FillObsLine(line, FieldsPerLine);
                 obsText += line;
             }
-            const short sn = RINEXSatNumber(satText.c_str() + 3 * s);
-            const SatSystem sys = SystemOf(sn);
-            d.sat(r) = sn;
-            scratch[sn] = sn;
             const char* fields = obsText.c_str();
             for (int k = 0; k < ntypes; k++) {
                 const char* f = fields + FieldWidth * k;
-                if (!colObs[k] && !colShort[k]) continue;
+                matrix<gnssobs>* obs = fill.Obs(k);
+                matrix<gnssobsshort>* shrt = fill.Short(k);
+                if (!obs && !shrt) continue;
                 if (!fieldtext::IsNumberOrBlank(f, ValueWidth) || !FlagText(f[ValueWidth]) || !FlagText(f[ValueWidth + 1]))
                     RINEXData::RINEXDataError(In(h) + RINEXHeader::GetObsString(h.obs(k)) + " OF " + SatName(sn)
                                               + " IS NOT A NUMBER: \"" + std::string(f, FieldWidth) + "\""
                                               + AtLine(recordLine + k / FieldsPerLine));
-                if (colShort[k]) {
-                    (*colShort[k])(r) >> f;
-                    continue;
-                }
-                gnssobs& o = (*colObs[k])(r);
-                o >> f;
-                // No satellite of the system can be this near or far: a
-                // broken field, which would pull the position by kilometres.
-                if (colCode[k] && !o.IsNull() && (o.obs < codeMin[sys] || o.obs > codeMax[sys])) {
-                    o = gnssobs();
-                    d.CodeOutsideRange[sn]++;
-                }
+                if (shrt) (*shrt)(r) >> f;
+                else (*obs)(r) >> f;
             }
-            if (metIn[sn] != i) {
-                metIn[sn] = i;
-                firstOf[sn] = s;
-            }
+            fill.CheckCodes(r);
             texts[s].swap(obsText);  // obsText is cleared before the next record
         }
-        // A satellite listed twice: an exact copy (a merge that wrote the
-        // record twice) is dropped; of two different records nothing tells
-        // which is the satellite's, so both go.
-        for (int s = 0; s < count; s++) {
-            const short sn = d.sat(r0 + s);
-            const int first = firstOf[sn];
-            if (first == s) continue;
-            clearRecord(r0 + s);
-            d.RepeatedRecords[sn]++;
-            if (texts[s] != texts[first] && !dropped[first]) {
-                clearRecord(r0 + first);
-                dropped[first] = 1;
-                d.RepeatedRecords[sn]++;
-            }
-        }
+        fill.EndEpoch([&](int first, int later) { return texts[first] == texts[later]; });
     }
-    if (i + 1 != d.nepochall || r != d.nsatall)
-        RINEXData::RINEXDataError("EPOCHS OR RECORDS OF RINEX FILE DO NOT AGREE WITH THEIR COUNT");
-
-    long nlist = 0;
-    for (int k = 1; k < RINEXns::ScratchSatellites; k++)
-        if (scratch[k] != 0) nlist++;
-    if (nlist > 0) {
-        d.satList.Resize(nlist);
-        long j = 0;
-        for (int k = 1; k < RINEXns::ScratchSatellites; k++)
-            if (scratch[k] != 0) d.satList(j++) = scratch[k];
-    } else {
-        d.satList = matrix<short>();
-    }
-    d.istart = 0;
-    d.satstart = 0;
-    d.iend = d.nepochall;
-
-    // Later stages count on C1 wherever P1 was observed.
-    if (h.iP1 && !h.iC1) {
-        d.C1 = d.P1;
-        h.iC1 = true;
-    }
+    fill.Finish();
     return in;
 }
 

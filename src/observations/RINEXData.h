@@ -3,11 +3,14 @@
 // record r (0 .. nsatall-1) runs in file order, the records of epoch i are
 // the nsat(i) behind those of epoch i-1, and every observation matrix is
 // indexed by r. Nothing is ever removed; a rejected value is set to 0.
+#include <functional>
 #include <iosfwd>
 #include <map>
 #include <string>
+#include <vector>
 
 #include "geodesy/mjd.h"
+#include "geodesy/ymdhms.h"
 #include "numerics/matrix.h"
 #include "observations/RINEXHeader.h"
 #include "observations/SatelliteSystem.h"
@@ -24,6 +27,15 @@ inline constexpr int ScratchSatellites = 700;
 /// kilometre, are covered by the rounding of the orbit shells.
 inline constexpr long double CodeClockAllowance_s = 3.0e-3L;
 }  // namespace RINEXns
+
+/// Makes m a column of n null observations, constructing fresh storage
+/// null rather than writing it twice.
+template <class T>
+void NullColumn(matrix<T>& m, long n)
+{
+    if (m.NRow() == n && m.NCol() == 1) m.Resize(n, 1, T());
+    else m.Resize(n, 1);
+}
 
 /// Shortest and longest code pseudorange (m) that a satellite of system sys
 /// can give a receiver between RINEXns::MinReceiverRadius_m and
@@ -76,6 +88,9 @@ public:
     /// Sizes the per-epoch vectors and the matrix of every type the header
     /// lists, all zero. A count of 0 stops the run with RINEXDataError.
     void SetData();
+    /// SetData without the observation matrices, for a reader that has
+    /// filled those already.
+    void SetEpochData();
 
     long GetNEpoch() const { return nepochall; }
     long GetNObs() const { return nsatall; }
@@ -265,6 +280,60 @@ void ParseFirstObsLine(const std::string& line, int& yr, int& mon, int& day, int
                        int& mm, long double& sec, int& nobs);
 /// Pads line with blanks to 16·n characters and cuts it there.
 void FillObsLine(std::string& line, int n);
+
+/// Fills a record store sized by SetData epoch by epoch, as every
+/// observation reader does whatever its text: the epoch's time, flag, count
+/// and receiver clock offset, the header interval lowered to the smallest
+/// step between epochs, codes outside CodeRangeLimits cleared and counted,
+/// a satellite listed twice in an epoch settled, and at the end the list of
+/// satellites and C1 from P1 where only P1 was observed. Errors stop the run
+/// with RINEXData::RINEXDataError naming the line (of the reader's text).
+class RecordStoreFill {
+public:
+    /// Binds to d, whose header types must be valid (at most
+    /// RINEXns::MaxObsTypes) and whose storage SetData has sized.
+    explicit RecordStoreFill(RINEXData& d);
+
+    /// The code or phase matrix of header type k, null for others.
+    matrix<gnssobs>* Obs(int k) const { return colObs_[k]; }
+    /// The Doppler or signal-strength matrix of header type k, null for others.
+    matrix<gnssobsshort>* Short(int k) const { return colShort_[k]; }
+
+    /// Starts the next epoch: time t, flag character, count records and the
+    /// receiver clock offset (s, kept when the store carries offsets).
+    void Epoch(const ymdhms& t, char flag, int count, long double clock_s, long line);
+    /// Starts the next record of the epoch, of satellite sn; returns its
+    /// index, where the reader then stores the values.
+    long Record(short sn, long line);
+    /// Clears and counts the codes of record r that no satellite of its
+    /// system can give.
+    void CheckCodes(long r);
+    /// Ends the epoch. A satellite listed twice keeps its first record when
+    /// same(first, later) says the later one (positions in the epoch) is an
+    /// exact copy of it; otherwise both go.
+    void EndEpoch(const std::function<bool(int, int)>& same);
+    /// Ends the data: the counts must be used up exactly.
+    void Finish();
+
+private:
+    void ClearRecord(long r);
+
+    RINEXData& d_;
+    int ntypes_;
+    matrix<gnssobs>* colObs_[RINEXns::MaxObsTypes] = {};
+    matrix<gnssobsshort>* colShort_[RINEXns::MaxObsTypes] = {};
+    bool colCode_[RINEXns::MaxObsTypes] = {};
+    long double codeMin_[SysNone + 1], codeMax_[SysNone + 1];
+    short scratch_[RINEXns::ScratchSatellites] = {};
+    // A satellite's first position in the epoch where it was last met.
+    long metIn_[RINEXns::ScratchSatellites];
+    int firstOf_[RINEXns::ScratchSatellites] = {};
+    std::vector<char> dropped_;
+    long i_ = -1;   // epoch
+    long r_ = 0;    // next record
+    long r0_ = 0;   // first record of the epoch
+    int count_ = 0;
+};
 
 /// Reads the data section (the header must have been read from the same
 /// stream) into the storage sized by SetNRecords. An epoch cut short by the

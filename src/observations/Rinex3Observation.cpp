@@ -2,6 +2,7 @@
 
 #include <zlib.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -10,7 +11,10 @@
 #include <vector>
 
 #include "numerics/FieldText.h"
+#include "numerics/InputFile.h"
 #include "numerics/ProgramError.h"
+#include "observations/CompactRinex.h"
+#include "observations/RINEXData.h"
 
 namespace {
 
@@ -28,6 +32,8 @@ constexpr std::size_t LabelCol = 60;
 constexpr std::size_t FieldWidth = 16, ValueWidth = 14, FirstField = 3;
 constexpr int FieldsPerLine2 = 5, SatsPerLine2 = 12;
 constexpr std::size_t SatCol2 = 32, ClockCol2 = 68;
+// Where the satellite list of a Compact RINEX 3 epoch line begins.
+constexpr std::size_t FirstSatCol3 = 41;
 // Codes on a SYS / # / OBS TYPES line, from column 8 every 4 columns.
 constexpr int CodesPerLine = 13;
 // The RINEX 2 epoch line has a two-digit year: 80-99 are 19yy, 00-79 20yy.
@@ -345,36 +351,23 @@ struct Choice {
     int nOut = 0;
 };
 
-// First pass: which listed codes hold a value somewhere. It ends as soon as
-// every code that a row could take has been seen.
-Choice Choose(Cursor c, const Header& h, const std::string& path)
-{
-    std::vector<int> wanted[NSys];
-    std::vector<char> seen[NSys];
-    long left = 0;
-    for (int s = 0; s < NSys; s++) {
-        seen[s].assign(h.codes[s].size(), 0);
-        for (std::size_t k = 0; k < h.codes[s].size(); k++) {
-            if (Named(h.codes[s][k], s)) wanted[s].push_back(static_cast<int>(k)), left++;
-        }
+// The codes of each system that a row of the table can take, as columns
+// of its records.
+struct Wanted {
+    std::vector<int> cols[NSys];
+    explicit Wanted(const Header& h)
+    {
+        for (int s = 0; s < NSys; s++)
+            for (std::size_t k = 0; k < h.codes[s].size(); k++)
+                if (Named(h.codes[s][k], s)) cols[s].push_back(static_cast<int>(k));
     }
-    Epoch e;
-    long previous = 0;
-    while (left > 0 && NextEpoch(c, e, previous, path)) {
-        previous = e.line;
-        for (long k = 0; k < e.count; k++) {
-            const sv r = RecordLine(c, e, path);
-            if (e.flag > 1) continue;  // events and cycle slips hold no observations
-            const int s = RecordSystem(r, c.no, path, h);
-            if (s < 0) continue;
-            for (int col : wanted[s])
-                if (!seen[s][col] && HasValue(Cut(r, FirstField + FieldWidth * col, ValueWidth))) {
-                    seen[s][col] = 1;
-                    left--;
-                }
-        }
-    }
+    long Count() const { return static_cast<long>(cols[0].size() + cols[1].size() + cols[2].size()); }
+};
 
+// The rows' columns, from which codes hold a value in some record
+// (seen[s][k] for code k of system s).
+Choice ChoiceOf(const Header& h, const std::vector<char> (&seen)[NSys])
+{
     Choice ch;
     for (int s = 0; s < NSys; s++)
         for (int i = 0; i < NRows; i++) {
@@ -396,6 +389,33 @@ Choice Choose(Cursor c, const Header& h, const std::string& path)
     for (int i = 0; i < NRows; i++)
         if (ch.col[0][i] >= 0 || ch.col[1][i] >= 0 || ch.col[2][i] >= 0) ch.rows[ch.nOut++] = i;
     return ch;
+}
+
+// First pass: which listed codes hold a value somewhere. It ends as soon as
+// every code that a row could take has been seen.
+Choice Choose(Cursor c, const Header& h, const std::string& path)
+{
+    const Wanted wanted(h);
+    std::vector<char> seen[NSys];
+    for (int s = 0; s < NSys; s++) seen[s].assign(h.codes[s].size(), 0);
+    long left = wanted.Count();
+    Epoch e;
+    long previous = 0;
+    while (left > 0 && NextEpoch(c, e, previous, path)) {
+        previous = e.line;
+        for (long k = 0; k < e.count; k++) {
+            const sv r = RecordLine(c, e, path);
+            if (e.flag > 1) continue;  // events and cycle slips hold no observations
+            const int s = RecordSystem(r, c.no, path, h);
+            if (s < 0) continue;
+            for (int col : wanted.cols[s])
+                if (!seen[s][col] && HasValue(Cut(r, FirstField + FieldWidth * col, ValueWidth))) {
+                    seen[s][col] = 1;
+                    left--;
+                }
+        }
+    }
+    return ChoiceOf(h, seen);
 }
 
 // The codes of the processed systems that no row of the table names.
@@ -434,6 +454,24 @@ void AppendTypes(std::string& out, const Choice& ch)
         line += Table[ch.rows[i]].type2;
     }
     AppendHeaderLine(out, line, "# / TYPES OF OBSERV");
+}
+
+// The RINEX 2 header of the translation.
+void AppendRinex2Header(std::string& out, const Header& h, const Choice& ch)
+{
+    AppendHeaderLine(out, "     2.11           OBSERVATION DATA    " + h.sysText, "RINEX VERSION / TYPE");
+    AppendHeaderLine(out, "TRANSLATED FROM RINEX " + h.version + " BY ORVO", "COMMENT");
+    out += h.kept;
+    AppendTypes(out, ch);
+    AppendHeaderLine(out, "", "END OF HEADER");
+}
+
+void WarnLeftOut(const std::map<char, long>& left, const std::string& path)
+{
+    if (left.empty()) return;
+    std::string counts;
+    for (const auto& [sys, n] : left) counts += std::string(counts.empty() ? "" : ", ") + sys + " " + std::to_string(n);
+    ProgramWarningCout(Prog, path + ": RECORDS OF SYSTEMS NOT PROCESSED LEFT OUT (" + counts + ")");
 }
 
 void TrimLineEnd(std::string& out, std::size_t start)
@@ -515,6 +553,372 @@ void AppendRecord(std::string& out, sv r, int s, const Choice& ch, const Header&
     }
 }
 
+// ---- Compact RINEX 3 straight into the record store ----------------------
+// The decoder's integers go to the store without the RINEX 3 and RINEX 2
+// texts between them, which cost three times the reading itself; every value
+// and message must be the ones the texts would have given.
+
+// The text of a receiver clock offset of v units of 1e-12 s as the decoder
+// writes it in RINEX 3 (F15.12, leading zero kept), read back as the
+// translation reads it, then written and read as RINEX 2 (F12.9, whose first
+// 12 characters the RINEX 2 reader takes).
+long double Rinex2ClockOffset(int64_t v)
+{
+    const uint64_t a = v < 0 ? 0 - static_cast<uint64_t>(v) : static_cast<uint64_t>(v);
+    char buf[48];
+    std::snprintf(buf, sizeof buf, "%s%llu.%012llu", v < 0 ? "-" : "", static_cast<unsigned long long>(a / 1000000000000ULL),
+                  static_cast<unsigned long long>(a % 1000000000000ULL));
+    long double clock = 0.0L;
+    fieldtext::ToLongDouble(buf, clock);
+    std::snprintf(buf, sizeof buf, "%12.9Lf", clock);
+    long double offset = 0.0L;
+    fieldtext::ToLongDouble(Trim(sv(buf, std::min<std::size_t>(12, std::strlen(buf)))), offset);
+    return offset;
+}
+
+// The time of a RINEX 3 epoch as the RINEX 2 reader takes it from the
+// translated epoch line: the seconds written F11.7 and read back.
+ymdhms Rinex2EpochTime(const Epoch& e)
+{
+    char buf[32];
+    std::snprintf(buf, sizeof buf, "%11.7Lf", e.sec);
+    return ymdhms(static_cast<unsigned short>(e.y), static_cast<unsigned short>(e.mo), static_cast<unsigned short>(e.d),
+                  static_cast<unsigned short>(e.hh), static_cast<unsigned short>(e.mi), std::strtold(buf + 1, nullptr));
+}
+
+unsigned short FlagValue(char c) { return c == ' ' ? 0 : static_cast<unsigned short>(c - '0'); }
+
+// First look: how many epochs and records of processed systems the file
+// holds, so that the store is sized once.
+class CountSink : public CompactRinexSink {
+public:
+    void Start(bool) override {}
+    void HeaderLine(sv, long) override {}
+    void EventLine(sv, bool, long) override {}
+    void EpochLine(const std::string& text, int count, bool, int64_t, long) override
+    {
+        long kept = 0;
+        for (std::size_t k = 0; k < static_cast<std::size_t>(count); k++) {
+            const std::size_t c = FirstSatCol3 + 3 * k;
+            kept += c < text.size() && SysIndex(text[c]) >= 0;
+        }
+        records += kept;
+    }
+    void Record(const char*, std::size_t, const int64_t*, const char*, const char*, long) override {}
+    long records = 0;
+};
+
+// The second pass stores each record's values straight into the store: for
+// every type and system those of the code that the choice takes when all
+// its listed codes hold values (the first of each list). Which codes do hold
+// values is known only at the end; the fields of the other codes of a list
+// are kept aside, and a type whose choice turns out otherwise is rewritten
+// from them.
+class StoreSink : public CompactRinexSink {
+public:
+    StoreSink(const std::string& path, RINEXData& d, long records) : path_(path), d_(d), nRecords_(records) {}
+
+    void Start(bool) override {}
+    void HeaderLine(sv text, long) override;
+    void EventLine(sv text, bool first, long line) override;
+    void EpochLine(const std::string& text, int count, bool hasClock, int64_t clock, long line) override;
+    // The records of systems left out are counted, their values never decoded.
+    bool Keep(const char* id, long line) override
+    {
+        if (!IsOtherSystem(id[0])) return true;
+        RecordSystem(sv(id, 3), line, path_, h_);
+        left_[id[0]]++;
+        return false;
+    }
+    void Record(const char* id, std::size_t ntypes, const int64_t* vals, const char* have, const char* flags,
+                long line) override;
+
+    // Everything decoded: the choice settled, the header, epochs and checks.
+    void Fill(RINEXHeader& rh);
+
+private:
+    // An epoch of observations: its time and flag as the RINEX 2 reader
+    // takes them, the records of processed systems it holds.
+    struct Held {
+        ymdhms t;
+        char flag;
+        int kept;
+        bool hasClock;
+        long double clock_s;
+        long line;
+    };
+    // A cycle-slip record (epoch flag 6): checked as the translation
+    // checks it once the types are chosen, never stored.
+    struct Slip {
+        std::string text;
+        int sys;
+        long line;
+    };
+    // A store type of a system and one of its codes.
+    struct Slot {
+        int row, col;
+    };
+    // A field of a code that is not (yet) the one stored.
+    struct Aside {
+        long rec;
+        int row, col;
+        int64_t val;
+        char have, lli, ssi;
+    };
+    // The first field of a code whose LLI or SSI is no digit: an error if
+    // the code is chosen.
+    struct BadFlags {
+        long rec, line;
+        std::string field;
+    };
+
+    void Store(long r, int row, int64_t val, bool have, char lli, char ssi);
+    std::string FieldText(int64_t val, bool have, char lli, char ssi) const;
+
+    const std::string& path_;
+    RINEXData& d_;
+    const long nRecords_;
+    std::string headerText_;
+    Header h_;
+    Choice first_;                    // the choice if every listed code held values
+    std::vector<int> wanted_[NSys];   // codes a type can take
+    std::vector<char> seen_[NSys];    // codes that held a value
+    std::vector<Slot> direct_[NSys];  // (type, code of first_) stored as read
+    std::vector<Slot> others_[NSys];  // the other codes of each type
+    bool settled_[NSys][NRows] = {};  // the choice is first_'s whatever follows
+    matrix<gnssobs>* obs_[NRows] = {};
+    matrix<gnssobsshort>* short_[NRows] = {};
+    std::vector<Aside> aside_;
+    std::map<std::pair<int, int>, BadFlags> badFlags_;  // by (system, code)
+    std::map<char, long> left_;
+    std::vector<Held> held_;
+    int eventFlag_ = 0;  // flag of the event block being read, 0 outside one
+    std::vector<Slip> slips_;
+    std::vector<short> sat_;  // per record
+    std::vector<char> sys_;
+    std::vector<long> line_;
+};
+
+void StoreSink::HeaderLine(sv text, long)
+{
+    headerText_.append(text.data(), text.size());
+    headerText_ += '\n';
+    if (text.size() < LabelCol + 13 || text.substr(LabelCol, 13) != "END OF HEADER") return;
+    if (!IsRinex3Observation(headerText_, path_)) ProgramError(Prog, path_ + ": NOT A RINEX 3 OR 4 OBSERVATION FILE");
+    Cursor c{headerText_};
+    h_ = ReadHeader(c, path_);
+    WarnUnmappedCodes(h_, path_);
+    const Wanted w(h_);
+    std::vector<char> listed[NSys];
+    for (int s = 0; s < NSys; s++) {
+        wanted_[s] = w.cols[s];
+        seen_[s].assign(h_.codes[s].size(), 0);
+        listed[s].assign(h_.codes[s].size(), 1);
+    }
+    first_ = ChoiceOf(h_, listed);
+    for (int i = 0; i < NRows; i++) {
+        const Row& row = Table[i];
+        const Row& ph = row.carrier >= 0 ? Table[row.carrier] : row;
+        bool used = false;
+        for (int s = 0; s < NSys; s++) {
+            const int chosen = first_.col[s][i];
+            if (chosen < 0) continue;
+            used = true;
+            direct_[s].push_back({i, chosen});
+            for (std::size_t k = 0; k < h_.codes[s].size(); k++) {
+                const std::string& code = h_.codes[s][k];
+                if (static_cast<int>(k) != chosen && code[0] == row.kind && code[1] == row.band
+                    && std::strchr(ph.attrs[s], code[2]))
+                    others_[s].push_back({i, static_cast<int>(k)});
+            }
+        }
+        if (!used || nRecords_ <= 0) continue;
+        const unsigned short type = RINEXHeader::GetObsType(row.type2);
+        if ((obs_[i] = d_.ObsMatrix(type)) != nullptr) NullColumn(*obs_[i], nRecords_);
+        else if ((short_[i] = d_.ShortMatrix(type)) != nullptr) NullColumn(*short_[i], nRecords_);
+    }
+    sat_.reserve(static_cast<std::size_t>(std::max(0L, nRecords_)));
+    sys_.reserve(sat_.capacity());
+    line_.reserve(sat_.capacity());
+}
+
+void StoreSink::EventLine(sv text, bool first, long line)
+{
+    if (first) {
+        const Epoch e = ParseEpoch(text, line, path_);
+        eventFlag_ = e.flag;
+        return;
+    }
+    if (eventFlag_ == 6) {
+        const int s = RecordSystem(text, line, path_, h_);
+        if (s < 0) left_[text[0]]++;
+        else slips_.push_back({std::string(text), s, line});
+        return;
+    }
+    const std::string label = text.size() > LabelCol ? Trim(Cut(text, LabelCol, 20)) : std::string();
+    if (label == "SYS / # / OBS TYPES" || label == "SYS / SCALE FACTOR")
+        Fail(path_, line, "OBSERVATION TYPES CHANGE INSIDE THE DATA (" + label + ")");
+}
+
+void StoreSink::EpochLine(const std::string& text, int, bool hasClock, int64_t clock, long line)
+{
+    eventFlag_ = 0;
+    // Columns 42 on hold the satellite list in the compact text.
+    const Epoch e = ParseEpoch(Cut(text, 0, FirstSatCol3), line, path_);
+    held_.push_back({Rinex2EpochTime(e), static_cast<char>('0' + e.flag), 0, hasClock,
+                     hasClock ? Rinex2ClockOffset(clock) : 0.0L, line});
+}
+
+// A value and its flags as the RINEX 2 reader takes them from the text.
+void StoreSink::Store(long r, int row, int64_t val, bool have, char lli, char ssi)
+{
+    const long double value = have ? static_cast<long double>(val) / 1000.0L : 0.0L;
+    if (obs_[row]) (*obs_[row])(r) = gnssobs(value, FlagValue(lli), FlagValue(ssi));
+    else if (short_[row]) (*short_[row])(r) = gnssobsshort(value);
+}
+
+std::string StoreSink::FieldText(int64_t val, bool have, char lli, char ssi) const
+{
+    char value[40] = "              ";
+    if (have) std::snprintf(value, sizeof value, "%14.3Lf", static_cast<long double>(val) / 1000.0L);
+    return std::string(value) + lli + ssi;
+}
+
+void StoreSink::Record(const char* id, std::size_t ntypes, const int64_t* vals, const char* have, const char* flags,
+                       long line)
+{
+    const sv name(id, 3);
+    const int s = RecordSystem(name, line, path_, h_);
+    if (s < 0) {
+        left_[id[0]]++;
+        return;
+    }
+    if (ntypes != h_.codes[s].size())
+        Fail(path_, line, "RECORD OF " + std::string(name) + " DOES NOT HOLD THE " + std::to_string(h_.codes[s].size())
+                              + " TYPES OF ITS SYSTEM");
+    const long r = static_cast<long>(sat_.size());
+    if (r >= nRecords_ || held_.empty())
+        Fail(path_, line, "RECORDS DO NOT AGREE WITH THE EPOCH LINES OF THE FIRST LOOK AT THE FILE");
+    held_.back().kept++;
+    sat_.push_back(RINEXSatNumber(id));
+    sys_.push_back(static_cast<char>(s));
+    line_.push_back(line);
+    bool newlySeen = false;
+    for (int col : wanted_[s])
+        if (have[col] && vals[col] != 0 && !seen_[s][col]) seen_[s][col] = 1, newlySeen = true;
+    // A type is settled once the first code of its list holds a value (and,
+    // for Doppler and strength, once their phase is settled): nothing can
+    // take its place, and its other codes need not be kept aside any longer.
+    if (newlySeen)
+        for (int i = 0; i < NRows; i++) {
+            const int c = first_.col[s][i], carrier = Table[i].carrier;
+            settled_[s][i] = c >= 0 && seen_[s][static_cast<std::size_t>(c)] && (carrier < 0 || settled_[s][carrier]);
+        }
+    const auto flagOK = [](char c) { return c == ' ' || Digit(c); };
+    const auto checkFlags = [&](int col) {
+        const char lli = flags[2 * col], ssi = flags[2 * col + 1];
+        if ((!flagOK(lli) || !flagOK(ssi)) && !badFlags_.count({s, col}))
+            badFlags_[{s, col}] = {r, line, FieldText(vals[col], have[col] != 0, lli, ssi)};
+    };
+    for (const Slot& x : direct_[s]) {
+        Store(r, x.row, vals[x.col], have[x.col] != 0, flags[2 * x.col], flags[2 * x.col + 1]);
+        checkFlags(x.col);
+    }
+    for (const Slot& x : others_[s]) {
+        if (settled_[s][x.row]) continue;
+        const char lli = flags[2 * x.col], ssi = flags[2 * x.col + 1];
+        if (!have[x.col] && lli == ' ' && ssi == ' ') continue;  // a blank field reads as none
+        aside_.push_back({r, x.row, x.col, vals[x.col], have[x.col], lli, ssi});
+        checkFlags(x.col);
+    }
+}
+
+void StoreSink::Fill(RINEXHeader& rh)
+{
+    WarnLeftOut(left_, path_);
+    const Choice ch = ChoiceOf(h_, seen_);
+    std::string scratch;
+    for (const Slip& x : slips_) AppendRecord(scratch, x.text, x.sys, ch, h_, x.line, false, path_);
+    if (static_cast<long>(sat_.size()) != std::max(0L, nRecords_))
+        Fail(path_, line_.empty() ? 0 : line_.back(), "RECORDS DO NOT AGREE WITH THE EPOCH LINES OF THE FIRST LOOK AT THE FILE");
+
+    // The first chosen field, in file order, whose flags are no digits.
+    const BadFlags* bad = nullptr;
+    std::string badCode, badSat;
+    for (const auto& [key, b] : badFlags_) {
+        const auto [s, col] = key;
+        bool chosen = false;
+        for (int i = 0; i < NRows; i++) chosen = chosen || ch.col[s][i] == col;
+        if (!chosen || (bad && bad->rec <= b.rec)) continue;
+        bad = &b;
+        badCode = h_.codes[s][static_cast<std::size_t>(col)];
+    }
+    if (bad) {
+        const short sn = sat_[static_cast<std::size_t>(bad->rec)];
+        const char name[4] = {RINEXSatLetter(sn), static_cast<char>('0' + sn % 100 / 10), static_cast<char>('0' + sn % 10), '\0'};
+        Fail(path_, bad->line, badCode + " OF " + name + " IS NOT A NUMBER: \"" + bad->field + "\"");
+    }
+
+    // Types whose choice is not the first code: rewritten from the fields kept aside.
+    for (int s = 0; s < NSys; s++)
+        for (int i = 0; i < NRows; i++) {
+            const int want = ch.col[s][i];
+            if (want == first_.col[s][i]) continue;
+            for (long r = 0; r < nRecords_; r++)
+                if (sys_[static_cast<std::size_t>(r)] == s) Store(r, i, 0, false, ' ', ' ');
+            for (const Aside& x : aside_)
+                if (x.row == i && x.col == want && sys_[static_cast<std::size_t>(x.rec)] == s)
+                    Store(x.rec, i, x.val, x.have != 0, x.lli, x.ssi);
+        }
+    // A type no system fills is not in the header.
+    for (int i = 0; i < NRows; i++) {
+        if (ch.col[0][i] >= 0 || ch.col[1][i] >= 0 || ch.col[2][i] >= 0) continue;
+        if (obs_[i]) *obs_[i] = matrix<gnssobs>();
+        if (short_[i]) *short_[i] = matrix<gnssobsshort>();
+    }
+
+    std::string head;
+    AppendRinex2Header(head, h_, ch);
+    {
+        TextStream in(head);
+        in >> rh;
+    }
+    long ne = 0;
+    bool timeCorr = false;
+    for (const Held& e : held_) {
+        if (e.kept == 0) continue;  // records of left-out systems only
+        if (ne == 0) timeCorr = e.hasClock;
+        ne++;
+    }
+    d_.SetNRecords(ne, nRecords_);
+    d_.SetTimeCorr(timeCorr);
+    d_.SetEpochData();
+    RecordStoreFill fill(d_);
+    const int ntypes = rh.nobs;
+    std::size_t rec = 0;
+    for (const Held& e : held_) {
+        if (e.kept == 0) continue;
+        fill.Epoch(e.t, e.flag, e.kept, e.clock_s, e.line);
+        const long first = static_cast<long>(rec);
+        for (int k = 0; k < e.kept; k++, rec++) fill.CheckCodes(fill.Record(sat_[rec], line_[rec]));
+        // Copies read the same in every stored field: equal values come
+        // from equal integers, so the comparison is exact.
+        fill.EndEpoch([&](int p, int q) {
+            const long a = first + p, b = first + q;
+            for (int t = 0; t < ntypes; t++) {
+                if (const matrix<gnssobs>* m = fill.Obs(t)) {
+                    const gnssobs &x = (*m)(a), &y = (*m)(b);
+                    if (!(x.obs == y.obs) || x.lli != y.lli || x.ss != y.ss) return false;
+                } else if (const matrix<gnssobsshort>* m = fill.Short(t)) {
+                    if (!((*m)(a).obs == (*m)(b).obs)) return false;
+                }
+            }
+            return true;
+        });
+    }
+    fill.Finish();
+}
+
 }  // namespace
 
 bool IsRinex3Observation(const std::string& text, const std::string& path)
@@ -543,11 +947,7 @@ std::string Rinex3ToRinex2(const std::string& text, const std::string& path)
 
     std::string out;
     out.reserve(text.size() + 4096);
-    AppendHeaderLine(out, "     2.11           OBSERVATION DATA    " + h.sysText, "RINEX VERSION / TYPE");
-    AppendHeaderLine(out, "TRANSLATED FROM RINEX " + h.version + " BY ORVO", "COMMENT");
-    out += h.kept;
-    AppendTypes(out, ch);
-    AppendHeaderLine(out, "", "END OF HEADER");
+    AppendRinex2Header(out, h, ch);
 
     std::map<char, long> left;  // records of systems left out, by letter
     std::vector<sv> recs;
@@ -589,11 +989,7 @@ std::string Rinex3ToRinex2(const std::string& text, const std::string& path)
         for (std::size_t k = 0; k < recs.size(); k++)
             AppendRecord(out, recs[k], sysOf[k], ch, h, std::labs(lineOf[k]), lineOf[k] < 0, path);
     }
-    if (!left.empty()) {
-        std::string counts;
-        for (const auto& [sys, n] : left) counts += std::string(counts.empty() ? "" : ", ") + sys + " " + std::to_string(n);
-        ProgramWarningCout(Prog, path + ": RECORDS OF SYSTEMS NOT PROCESSED LEFT OUT (" + counts + ")");
-    }
+    WarnLeftOut(left, path);
     return out;
 }
 
@@ -612,4 +1008,28 @@ bool ObservationHeaderHasGlonassChannels(const std::string& path)
     }
     gzclose(f);
     return found;
+}
+
+bool IsCompactRinex3Observation(const std::string& text, const std::string& path)
+{
+    if (!IsCompactRinex(text)) return false;
+    // The RINEX version record is the third line, behind the two CRINEX lines.
+    std::size_t at = 0;
+    for (int k = 0; k < 2; k++) {
+        at = text.find('\n', at);
+        if (at == std::string::npos) return false;
+        at++;
+    }
+    const std::size_t end = text.find('\n', at);
+    const std::string third = text.substr(at, end == std::string::npos ? std::string::npos : end - at);
+    return Trim(Cut(sv(text), 0, 20)) == "3.0" && IsRinex3Observation(third, path);
+}
+
+void ReadCompactRinex3(const std::string& text, const std::string& path, RINEXHeader& h, RINEXData& d)
+{
+    CountSink count;
+    ScanCompactRinexEpochs(text, path, count);
+    StoreSink sink(path, d, count.records);
+    DecodeCompactRinex(text, path, sink);
+    sink.Fill(h);
 }

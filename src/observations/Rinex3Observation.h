@@ -4,6 +4,9 @@
 // types stay what every stage knows.
 #include <string>
 
+class RINEXHeader;
+class RINEXData;
+
 /// True when text is a RINEX observation file of version 3 or 4: its first
 /// line is "RINEX VERSION / TYPE" with type O and a version of 3 or more.
 /// False for any other text (RINEX 2, Compact RINEX, navigation files). A
@@ -27,3 +30,14 @@ std::string Rinex3ToRinex2(const std::string& text, const std::string& path);
 /// with at least one slot: the header then gives the GLONASS channels. False
 /// for a file that does not open.
 bool ObservationHeaderHasGlonassChannels(const std::string& path);
+
+/// True when text is a Compact RINEX 3.0 file around a RINEX 3 or 4
+/// observation file (whose version IsRinex3Observation checks).
+bool IsCompactRinex3Observation(const std::string& text, const std::string& path);
+
+/// Reads such a Compact RINEX text straight into h and d (both reset, h's
+/// source set): the same header, types, records, warnings and checks as
+/// decoding it, translating the RINEX 3 text with Rinex3ToRinex2 and reading
+/// that with the RINEX 2 reader, without the two texts in between. Errors
+/// name the line of the compact text where the texts' readers name theirs.
+void ReadCompactRinex3(const std::string& text, const std::string& path, RINEXHeader& h, RINEXData& d);

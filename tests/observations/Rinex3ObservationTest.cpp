@@ -7,7 +7,12 @@
 #include <gtest/gtest.h>
 #include <zlib.h>
 
+#include <map>
+#include <sstream>
+#include <vector>
+
 #include "../TestSupport.h"
+#include "observations/CompactRinex.h"
 #include "observations/RINEX.h"
 
 namespace {
@@ -274,4 +279,175 @@ TEST(Rinex3ObservationDeath, BrokenGlonassChannelsStopTheRinex2Reader)
             },
             testing::ExitedWithCode(1), "RINEXHeader: Error -> .*" + r.message);
     }
+}
+
+// ---- Compact RINEX 3 straight into the store -------------------------------
+
+// The Compact RINEX 3 text of a RINEX 3 text, every epoch an initialisation
+// (each value an arc start "3&v", flags written out), events copied whole.
+std::string Compact(const std::string& rnx)
+{
+    std::istringstream in(rnx);
+    std::string out = "3.0                 COMPACT RINEX FORMAT                    CRINEX VERS   / TYPE\n"
+                      "TEST                                    24-Nov-26 12:00     CRINEX PROG / DATE\n";
+    std::map<char, int> types;
+    std::string line;
+    while (std::getline(in, line)) {
+        out += line + "\n";
+        if (line.compare(60, 19, "SYS / # / OBS TYPES") == 0) types[line[0]] = std::stoi(line.substr(3, 3));
+        if (line.compare(60, 13, "END OF HEADER") == 0) break;
+    }
+    // "1234.567" as thousandths, or nothing for a blank field.
+    const auto value = [](std::string f) {
+        f.erase(0, f.find_first_not_of(' '));
+        if (f.empty()) return std::string();
+        const bool neg = f[0] == '-';
+        std::string digits = f.substr(neg);
+        digits.erase(digits.find('.'), 1);
+        return "3&" + std::string(neg ? "-" : "") + std::to_string(std::stoll(digits));
+    };
+    while (std::getline(in, line)) {
+        const int count = std::stoi(line.substr(32, 3));
+        std::vector<std::string> recs(static_cast<std::size_t>(count));
+        for (std::string& r : recs) std::getline(in, r);
+        if (line[31] != '0' && line[31] != '1') {
+            out += line + "\n";
+            for (const std::string& r : recs) out += r + "\n";
+            continue;
+        }
+        line.resize(56, ' ');
+        out += line.substr(0, 41);
+        for (const std::string& r : recs) out += r.substr(0, 3);
+        out += "\n" + value(line.substr(41, 15)) + "\n";
+        for (std::string r : recs) {
+            const int t = types.at(r[0]);
+            r.resize(3 + 16 * static_cast<std::size_t>(t), ' ');
+            std::string fields, flags;
+            for (int k = 0; k < t; k++) {
+                fields += value(r.substr(3 + 16 * k, 14)) + " ";
+                flags += r.substr(17 + 16 * k, 2);
+            }
+            out += fields + flags + "\n";
+        }
+    }
+    return out;
+}
+
+// G: L2W listed first but never observed (its flags alone in the first
+// record), so L2 takes L2L and S2 follows it past S2W; R: L1C empty in the
+// first epoch, observed from the second; C left out; a copy and a clash of
+// one satellite; a code too short for any orbit; an event, a cycle-slip
+// block, an epoch of left-out records only; an LLI that is no digit in a
+// code no type takes.
+// A RINEX 3 record: the satellite, then per field its value (blank when
+// empty) right-justified in 14 columns and its two flag characters.
+std::string R3(const char* sat, const std::vector<std::pair<std::string, std::string>>& fields)
+{
+    std::string r = sat;
+    for (const auto& [value, flags] : fields) r += std::string(14 - value.size(), ' ') + value + flags;
+    return r + "\n";
+}
+
+const std::string Mixed305 =
+    H("     3.05           OBSERVATION DATA    M (MIXED)", "RINEX VERSION / TYPE")
+    + H("G    8 C1C L1C L2W L2L S2W S2L D1C C1W", "SYS / # / OBS TYPES") + H("R    3 C1C L1C L1P", "SYS / # / OBS TYPES")
+    + H("C    2 C2I L2I", "SYS / # / OBS TYPES") + H("    30.000", "INTERVAL")
+    + H("  2020     6    25     0     0    0.0000000     GPS", "TIME OF FIRST OBS") + H("", "END OF HEADER")
+    + "> 2020 06 25 00 00  0.0000000  0  4       0.000123456789\n"
+    + R3("G01", {{"20000000.100", " 7"}, {"105000000.300", "17"}, {"", " 5"}, {"82000000.700", " 6"}, {"40.000", " 7"},
+                 {"41.500", " 6"}, {"-1000.400", "  "}, {"20000001.200", "  "}})
+    + R3("G01", {{"20000000.100", " 7"}, {"105000000.300", "17"}, {"", " 5"}, {"82000000.700", " 6"}, {"40.000", " 7"},
+                 {"41.500", " 6"}, {"-1000.400", "  "}, {"20000001.200", "  "}})
+    + R3("R01", {{"19000000.111", " 6"}, {"", "  "}, {"101000000.222", " 6"}})
+    + R3("C05", {{"30000000.000", " 6"}, {"156000000.000", " 6"}})
+    + "> 2020 06 25 00 00 30.0000000  0  3      -0.000000000500\n"
+    + R3("G02", {{"100.000", " 7"}, {"110000002.000", " 7"}, {"", "  "}, {"85000000.000", " 2"}})
+    + R3("G02", {{"21000000.000", " 7"}, {"110000002.000", " 7"}, {"", "  "}, {"85000000.001", " 2"}})
+    + R3("R01", {{"19000010.111", " 6"}, {"101000050.000", " 6"}, {"101000050.222", " 6"}})
+    + ">                              4  1\n" + H("SPARE ANTENNA", "COMMENT")
+    + "> 2020 06 25 00 01  0.0000000  0  1\n" + R3("C05", {{"30000100.000", " 6"}, {"156000100.000", " 6"}})
+    + "> 2020 06 25 00 01 30.0000000  6  1\n" + R3("G01", {{"", "  "}, {"105000000.300", "1 "}})
+    + "> 2020 06 25 00 02  0.0000000  1  2\n"
+    + R3("G01", {{"20000090.100", " 7"}, {"105000090.300", " 7"}, {"", "  "}, {"82000090.700", " 6"}, {"40.000", " x"},
+                 {"41.500", " 6"}})
+    + R3("R01", {{"19000090.111", " 6"}, {"101000090.000", " 6"}, {"101000090.222", " 6"}});
+
+// Everything the record store holds of the two reads, equal to the bit.
+void ExpectSameStore(const RINEXHeader& ha, const RINEXData& a, const RINEXHeader& hb, const RINEXData& b)
+{
+    ASSERT_EQ(ha.GetNObs(), hb.GetNObs());
+    for (long t = 0; t < ha.GetNObs(); t++) ASSERT_EQ(ha.obs(t), hb.obs(t));
+    ASSERT_EQ(a.GetNEpoch(), b.GetNEpoch());
+    ASSERT_EQ(a.GetNObs(), b.GetNObs());
+    EXPECT_EQ(ha.interval, hb.interval);
+    EXPECT_EQ(a.IfTimeCorr, b.IfTimeCorr);
+    for (long i = 0; i < a.GetNEpoch(); i++) {
+        EXPECT_TRUE(a.epoch(i) - b.epoch(i) == 0.0L && a.flag(i) == b.flag(i) && a.nsat(i) == b.nsat(i)) << i;
+        if (a.IfTimeCorr) {
+            EXPECT_TRUE(a.TCorr(i) == b.TCorr(i)) << i;
+        }
+    }
+    for (long r = 0; r < a.GetNObs(); r++) EXPECT_EQ(a.sat(r), b.sat(r));
+    for (long t = 0; t < ha.GetNObs(); t++)
+        for (long r = 0; r < a.GetNObs(); r++) {
+            if (const matrix<gnssobs>* m = a.ObsMatrix(ha.obs(t))) {
+                const gnssobs &x = (*m)(r), &y = (*b.ObsMatrix(ha.obs(t)))(r);
+                EXPECT_TRUE(x.obs == y.obs && x.lli == y.lli && x.ss == y.ss) << RINEXHeader::GetObsString(ha.obs(t)) << " " << r;
+            } else if (const matrix<gnssobsshort>* m = a.ShortMatrix(ha.obs(t))) {
+                EXPECT_TRUE((*m)(r).obs == (*b.ShortMatrix(ha.obs(t)))(r).obs) << RINEXHeader::GetObsString(ha.obs(t)) << " " << r;
+            }
+        }
+    EXPECT_EQ(a.RepeatedRecords, b.RepeatedRecords);
+    EXPECT_EQ(a.CodeOutsideRange, b.CodeOutsideRange);
+}
+
+struct Read {
+    RINEXHeader h;
+    RINEXData d{h};
+    std::string printed;
+    explicit Read(const std::string& path)
+    {
+        RINEX rnx(h, d);
+        rnx.SetFile(path);
+        testing::internal::CaptureStdout();
+        rnx.ReadFile();
+        printed = testing::internal::GetCapturedStdout();
+    }
+};
+
+TEST(Rinex3Observation, CompactRinex3GoesIntoTheStoreAsItsTextsWouldTakeIt)
+{
+    const std::string crx = Compact(Mixed305);
+    ASSERT_TRUE(IsCompactRinex3Observation(crx, "a"));
+    // The encoder is sound when the decoder gives the text back.
+    ASSERT_EQ(Translate(DecodeCompactRinex(crx, "a")), Translate(Mixed305));
+    const Read direct(orvotest::WriteTemp("mixed305.crx", crx)), text(orvotest::WriteTemp("mixed305.rnx", Mixed305));
+    ExpectSameStore(direct.h, direct.d, text.h, text.d);
+    std::string printed = direct.printed;
+    printed.replace(printed.find("mixed305.crx"), 12, "mixed305.rnx");
+    EXPECT_EQ(printed, text.printed);
+    // What the case is made of: L2 from L2L, S2 from S2L, L1 of R01 blank
+    // in the first epoch only, the clash cleared, the short code counted.
+    ASSERT_EQ(direct.d.GetNObs(), 8);
+    EXPECT_NEAR(static_cast<double>(direct.d.L2(0).obs), 82000000.7, 1e-6);
+    EXPECT_NEAR(static_cast<double>(direct.d.S2(0).obs), 41.5, 1e-6);
+    EXPECT_TRUE(direct.d.L1(2).IsNull() && !direct.d.L1(5).IsNull());
+    EXPECT_TRUE(direct.d.L2(3).IsNull() && direct.d.L2(4).IsNull());
+    EXPECT_EQ(direct.d.RepeatedRecords.at(1), 1);
+    EXPECT_EQ(direct.d.CodeOutsideRange.at(2), 1);
+
+    // A chosen code's LLI that is no digit stops both reads.
+    std::string bad = Mixed305;
+    bad.replace(bad.find("105000090.300 7"), 15, "105000090.300x7");
+    const std::string badPath = orvotest::WriteTemp("bad.crx", Compact(bad));
+    EXPECT_EXIT(
+        {
+            RINEXHeader h;
+            RINEXData d(h);
+            RINEX rnx(h, d);
+            rnx.SetFile(badPath);
+            rnx.ReadFile();
+        },
+        testing::ExitedWithCode(1),
+                "bad.crx: L1C OF G01 IS NOT A NUMBER: \" 105000090.300x7\" -> line: 30");
 }

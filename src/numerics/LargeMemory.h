@@ -1,0 +1,52 @@
+#pragma once
+// Large blocks (a day's record store, the decoded text of a day) are touched
+// page by page right after they are allocated. On a virtual machine each
+// 4 kB page fault costs microseconds, so a few tens of megabytes cost more
+// than the reading that fills them; 2 MB pages cut the faults 512-fold.
+#include <cstddef>
+#include <memory>
+#include <new>
+
+namespace largememoryns {
+/// The size of a large page, and the size from which a block is offered them.
+inline constexpr std::size_t HugePageBytes = std::size_t(2) << 20;
+/// Blocks of object storage from this size on start on a large-page
+/// boundary, so that all their whole large pages can be used.
+inline constexpr std::size_t AlignedBlockBytes = HugePageBytes;
+}  // namespace largememoryns
+
+/// Asks the kernel for 2 MB pages in the aligned interior of the n bytes at
+/// p when n reaches largememoryns::HugePageBytes. Only a hint: where the
+/// kernel has none, or on another system, nothing changes but speed.
+void AdviseHugePages(void* p, std::size_t n);
+
+/// Storage for n objects of T, hinted as above before any is touched, each
+/// default-initialised (class types constructed, others left as they are);
+/// null when the memory is not there. Free with FreeObjects(p, n).
+template <class T>
+T* AllocateObjects(std::size_t n)
+{
+    static_assert(alignof(T) <= __STDCPP_DEFAULT_NEW_ALIGNMENT__, "over-aligned element type");
+    const std::size_t bytes = n * sizeof(T);
+    // The alignment costs address space only: memory is what is touched.
+    void* raw = bytes >= largememoryns::AlignedBlockBytes
+                    ? ::operator new(bytes, std::align_val_t(largememoryns::HugePageBytes), std::nothrow)
+                    : ::operator new(bytes, std::nothrow);
+    if (raw == nullptr) return nullptr;
+    AdviseHugePages(raw, bytes);
+    T* p = static_cast<T*>(raw);
+    std::uninitialized_default_construct_n(p, n);
+    return p;
+}
+
+/// Ends the n objects at p from AllocateObjects and frees their storage.
+template <class T>
+void FreeObjects(T* p, std::size_t n)
+{
+    if (p == nullptr) return;
+    std::destroy_n(p, n);
+    if (n * sizeof(T) >= largememoryns::AlignedBlockBytes)
+        ::operator delete(static_cast<void*>(p), std::align_val_t(largememoryns::HugePageBytes));
+    else
+        ::operator delete(static_cast<void*>(p));
+}
