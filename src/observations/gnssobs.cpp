@@ -7,10 +7,8 @@
 
 namespace {
 
-// Limits of "absent": IsNull for the stored value, the print limit for
-// listings; the two differ by design.
-constexpr long double NullLimit = 0.0001L;
-constexpr long double ShortNullLimit = 0.00001L;
+// The print limit of "absent" in listings, which differs from IsNull's by
+// design.
 constexpr long double PrintLimit = 0.00001L;
 
 // Decimal powers exact in long double (10^18 < 2^63 needs no rounding).
@@ -98,8 +96,6 @@ void gnssobs::operator>>(const char* line)
     ss = FlagDigit(line[15]);
 }
 
-bool gnssobs::IsNull() const { return std::fabs(obs) < NullLimit; }
-
 gnssobsshort& gnssobsshort::operator=(long double o)
 {
     obs = o;
@@ -113,8 +109,6 @@ gnssobsshort& gnssobsshort::operator+=(long double d)
 }
 
 void gnssobsshort::operator>>(const char* line) { obs = FieldValue(line); }
-
-bool gnssobsshort::IsNull() const { return std::fabs(obs) < ShortNullLimit; }
 
 gnssobs operator*(long double a, const gnssobs& o)
 {

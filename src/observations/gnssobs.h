@@ -2,9 +2,14 @@
 // The value types in which every RINEX observable is held. A missing or
 // rejected observation is stored as 0; there is no separate validity flag,
 // so IsNull is the test for "absent".
+#include <cmath>
 #include <ostream>
 
 namespace gnssobsns {
+/// Values smaller than this in size are missing observations (stored 0).
+inline constexpr long double NullLimit = 0.0001L;
+/// The same for Doppler and signal strength.
+inline constexpr long double ShortNullLimit = 0.00001L;
 inline int PrintType = 1;  // 0 RINEX-like, 1 listing with "*.***", 2 value only
 inline int Width = 14;     // field width of PrintType 2
 }  // namespace gnssobsns
@@ -46,8 +51,9 @@ public:
     long double GetObs() const { return obs; }
     unsigned short GetLli() const { return lli; }
     unsigned short GetSs() const { return ss; }
-    /// True when |obs| < 0.0001, the one test for a missing observation.
-    bool IsNull() const;
+    /// True when |obs| < 0.0001, the one test for a missing observation;
+    /// inline, as every stage asks it of every value.
+    bool IsNull() const { return std::fabs(obs) < gnssobsns::NullLimit; }
 };
 
 /// A Doppler or signal-strength value: no flags are stored.
@@ -71,7 +77,7 @@ public:
     void SetObs(long double o) { obs = o; }
     long double GetObs() const { return obs; }
     /// True when |obs| < 0.00001.
-    bool IsNull() const;
+    bool IsNull() const { return std::fabs(obs) < gnssobsns::ShortNullLimit; }
 };
 
 /// A copy of o with the value multiplied by a; the flags are carried over.
