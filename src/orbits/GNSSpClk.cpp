@@ -37,7 +37,7 @@ std::string DateText(const std::string& line, std::size_t posDate)
 
 GNSSpClk::GNSSpClk()
     : DTisOK(true), type(' '), version(0.0f), nepoch(0), nsat(0), interval(0.0L),
-      intervalUnit(0.0L), nPtsInt(2), EpochIx(0), Lfact{0.0L, 0.0L, 0.0L, 0.0L},
+      intervalUnit(0.0L), EpochIx(0), Lfact{0.0L, 0.0L, 0.0L, 0.0L},
       T{0.0L, 0.0L, 0.0L, 0.0L}, DX(0.0L), IxI{0, 0, 0, 0}, posDate(8), nHeaderLines(0)
 {
     clkfile[0] = '\0';

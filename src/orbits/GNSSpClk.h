@@ -115,7 +115,6 @@ private:
     matrix<long double> SatClk;
     long double interval;
     long double intervalUnit;
-    int nPtsInt;
     long EpochIx;
     long double Lfact[4];
     long double T[4];
