@@ -2,17 +2,27 @@
 
 #include <cmath>
 
+long double MappingFractionOfSine(long double a, long double b, long double c, long double sinE)
+{
+    const long double s = sinE;
+    return (1.0L + a / (1.0L + b / (1.0L + c))) / (s + a / (s + b / (s + c)));
+}
+
 long double MappingFraction(long double a, long double b, long double c,
                             long double E_rad)
 {
-    const long double s = std::sin(E_rad);
-    return (1.0L + a / (1.0L + b / (1.0L + c))) / (s + a / (s + b / (s + c)));
+    return MappingFractionOfSine(a, b, c, std::sin(E_rad));
+}
+
+long double NiellHeightCorrectionOfSine(long double h_m, long double sinE, long double aht, long double bht,
+                                        long double cht)
+{
+    return (h_m / 1000.0L) * (1.0L / sinE - MappingFractionOfSine(aht, bht, cht, sinE));
 }
 
 long double NiellHeightCorrection(long double h_m, long double E_rad,
                                   long double aht, long double bht,
                                   long double cht)
 {
-    return (h_m / 1000.0L)
-           * (1.0L / std::sin(E_rad) - MappingFraction(aht, bht, cht, E_rad));
+    return NiellHeightCorrectionOfSine(h_m, std::sin(E_rad), aht, bht, cht);
 }

@@ -18,3 +18,9 @@ long double MappingFraction(long double a, long double b, long double c,
 long double NiellHeightCorrection(long double h_m, long double E_rad,
                                   long double aht, long double bht,
                                   long double cht);
+/// MappingFraction and NiellHeightCorrection from sin E, for a caller that
+/// evaluates several of them at one elevation: the sine (a long double sine
+/// of an angle beyond pi/4 costs a full argument reduction) is taken once.
+long double MappingFractionOfSine(long double a, long double b, long double c, long double sinE);
+long double NiellHeightCorrectionOfSine(long double h_m, long double sinE, long double aht, long double bht,
+                                        long double cht);

@@ -70,12 +70,18 @@ void gMF_Niell::GetMappFunction(gTropDelay& td, const flh& pos, const mjd& eph,
                                 long double E)
 {
     // Whole days from 28 January 1980, the phase origin of the seasonal term.
-    const long double dy =
-        static_cast<long double>(eph.GetMJDay()) - 44239.0L + 1.0L - 28.0L;
-    const long double season = std::cos(2.0L * Pi * dy / 365.25L);
+    // The seasonal term changes once a day; its cosine of a large angle
+    // costs a full argument reduction.
+    if (eph.GetMJDay() != seasonDay) {
+        const long double dy =
+            static_cast<long double>(eph.GetMJDay()) - 44239.0L + 1.0L - 28.0L;
+        season = std::cos(2.0L * Pi * dy / 365.25L);
+        seasonDay = eph.GetMJDay();
+    }
     ad = ad1 + ad2 * season;
     bd = bd1 + bd2 * season;
     cd = cd1 + cd2 * season;
-    td.mfdry = MappingFraction(ad, bd, cd, E) + NiellHeightCorrection(pos.h, E, adht, bdht, cdht);
-    td.mfwet = MappingFraction(aw, bw, cw, E);
+    const long double s = std::sin(E);
+    td.mfdry = MappingFractionOfSine(ad, bd, cd, s) + NiellHeightCorrectionOfSine(pos.h, s, adht, bdht, cdht);
+    td.mfwet = MappingFractionOfSine(aw, bw, cw, s);
 }

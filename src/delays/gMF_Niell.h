@@ -20,6 +20,9 @@ public:
     long double ad1 = 0.0L, ad2 = 0.0L, aw = 0.0L, ad = 0.0L;
     long double bd1 = 0.0L, bd2 = 0.0L, bw = 0.0L, bd = 0.0L;
     long double cd1 = 0.0L, cd2 = 0.0L, cw = 0.0L, cd = 0.0L;
+    // The seasonal factor of the hydrostatic coefficients and its day.
+    long double season = 0.0L;
+    unsigned long seasonDay = ~0UL;
 
     gMF_Niell();
 
