@@ -8,11 +8,10 @@
 #include <new>
 
 namespace largememoryns {
-/// The size of a large page, and the size from which a block is offered them.
+/// The size of a large page, and the size from which a block is offered
+/// them; object storage of this size or more starts on a large-page
+/// boundary, so that all its whole large pages can be used.
 inline constexpr std::size_t HugePageBytes = std::size_t(2) << 20;
-/// Blocks of object storage from this size on start on a large-page
-/// boundary, so that all their whole large pages can be used.
-inline constexpr std::size_t AlignedBlockBytes = HugePageBytes;
 }  // namespace largememoryns
 
 /// Asks the kernel for 2 MB pages in the aligned interior of the n bytes at
@@ -29,7 +28,7 @@ T* AllocateObjects(std::size_t n)
     static_assert(alignof(T) <= __STDCPP_DEFAULT_NEW_ALIGNMENT__, "over-aligned element type");
     const std::size_t bytes = n * sizeof(T);
     // The alignment costs address space only: memory is what is touched.
-    void* raw = bytes >= largememoryns::AlignedBlockBytes
+    void* raw = bytes >= largememoryns::HugePageBytes
                     ? ::operator new(bytes, std::align_val_t(largememoryns::HugePageBytes), std::nothrow)
                     : ::operator new(bytes, std::nothrow);
     if (raw == nullptr) return nullptr;
@@ -45,7 +44,7 @@ void FreeObjects(T* p, std::size_t n)
 {
     if (p == nullptr) return;
     std::destroy_n(p, n);
-    if (n * sizeof(T) >= largememoryns::AlignedBlockBytes)
+    if (n * sizeof(T) >= largememoryns::HugePageBytes)
         ::operator delete(static_cast<void*>(p), std::align_val_t(largememoryns::HugePageBytes));
     else
         ::operator delete(static_cast<void*>(p));

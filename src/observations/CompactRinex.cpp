@@ -211,7 +211,8 @@ private:
     void TakeTypes(string_view line);
     void Event(string_view line, int flag, int count);
     void Epoch(int count);
-    SatState& Claim(int i);
+    void ListedId(int i, char* id) const;
+    SatState& Claim(int i, const char* id);
 
     const std::string& text_;
     const std::string& path_;
@@ -362,13 +363,20 @@ void Decoder::Event(string_view line, int flag, int count)
     needInit_ = true;
 }
 
-// The satellite state for position i of this epoch's list: the one of the
-// same raw ID in the previous epoch's list, else a fresh one.
-SatState& Decoder::Claim(int i)
+// The raw ID at position i of the epoch line's satellite list, blanks
+// where the line ends.
+void Decoder::ListedId(int i, char* id) const
+{
+    const size_t start = (v1_ ? 32 : 41) + 3 * static_cast<size_t>(i);
+    for (size_t c = 0; c < 3; ++c) id[c] = start + c < ref_.size() ? ref_[start + c] : ' ';
+}
+
+// The satellite state for position i of this epoch's list, of raw ID id:
+// the one of the same ID in the previous epoch's list, else a fresh one.
+SatState& Decoder::Claim(int i, const char* id)
 {
     SatState& s = cur_[static_cast<size_t>(i)];
-    const size_t start = (v1_ ? 32 : 41) + 3 * static_cast<size_t>(i);
-    for (size_t c = 0; c < 3; ++c) s.id[c] = start + c < ref_.size() ? ref_[start + c] : ' ';
+    std::memcpy(s.id, id, 3);
     const unsigned char sys = static_cast<unsigned char>(s.id[0]);
     const int t = v1_ ? types_[0] : sys < 128 ? types_[sys] : -1;
     if (t < 0) Fail("no observation types for satellite '" + std::string(s.id, 3) + "'");
@@ -406,16 +414,15 @@ void Decoder::Epoch(int count)
     if (cur_.size() < static_cast<size_t>(count)) cur_.resize(static_cast<size_t>(count));
     for (int i = 0; i < count; ++i) {
         const string_view line = Need("an epoch block (data lines)");
-        const size_t at = (v1_ ? 32 : 41) + 3 * static_cast<size_t>(i);
-        const char id[3] = {at < ref_.size() ? ref_[at] : ' ', at + 1 < ref_.size() ? ref_[at + 1] : ' ',
-                            at + 2 < ref_.size() ? ref_[at + 2] : ' '};
+        char id[3];
+        ListedId(i, id);
         if (!sink_.Keep(id, lineNo_)) {
             // Its arcs are not followed: the slot must match no satellite
             // of the next epoch.
             std::memset(cur_[static_cast<size_t>(i)].id, 0, 3);
             continue;
         }
-        SatState& s = Claim(i);
+        SatState& s = Claim(i, id);
         const size_t t = s.series.size();
         vals_.resize(t);
         have_.assign(t, 0);
@@ -446,9 +453,9 @@ void Decoder::Epoch(int count)
         if (p < line.size()) {
             const string_view diff = line.substr(p);
             if (diff.size() > 2 * t) Fail("flag part longer than the " + std::to_string(2 * t) + " flag characters");
-            for (size_t c = 0; c < diff.size(); ++c)
-                if (diff[c] == '&') s.flags[c] = ' ';
-                else if (diff[c] != ' ') s.flags[c] = diff[c];
+            for (size_t q = 0; q < diff.size(); ++q)
+                if (diff[q] == '&') s.flags[q] = ' ';
+                else if (diff[q] != ' ') s.flags[q] = diff[q];
         }
         // RINEX 2 has no flags without a value; they stay blank as reference too.
         if (v1_)

@@ -78,14 +78,6 @@ bool IsCode(unsigned short t)
 }
 
 
-// Loss-of-lock and signal-strength columns: a blank or one digit.
-bool FlagText(char c) { return c == ' ' || Digit(c); }
-
-std::string SatName(short sn)
-{
-    const int prn = sn >= 0 ? sn % 100 : 0;
-    return std::string(1, RINEXSatLetter(sn)) + static_cast<char>('0' + prn / 10) + static_cast<char>('0' + prn % 10);
-}
 
 std::string In(const RINEXHeader& h) { return h.source.empty() ? std::string() : h.source + ": "; }
 
@@ -245,11 +237,17 @@ char RINEXSatLetter(short s)
     return (b >= 0 && b < 6) ? letters[b] : 'X';
 }
 
+std::string RINEXSatName(short sn)
+{
+    const int prn = sn >= 0 ? sn % 100 : 0;
+    return std::string(1, RINEXSatLetter(sn)) + static_cast<char>('0' + prn / 10) + static_cast<char>('0' + prn % 10);
+}
+
 long PrintSatelliteCounts(const std::map<short, long>& bySat)
 {
     long total = 0;
     for (const auto& [sat, n] : bySat) {
-        std::cout << "    Satellite: " << SatName(sat) << "    #OBS: " << std::setw(8) << n << "\n";
+        std::cout << "    Satellite: " << RINEXSatName(sat) << "    #OBS: " << std::setw(8) << n << "\n";
         total += n;
     }
     std::cout << "\n";
@@ -484,8 +482,8 @@ std::istream& operator>>(std::istream& in, RINEXData& d)
                 matrix<gnssobs>* obs = fill.Obs(k);
                 matrix<gnssobsshort>* shrt = fill.Short(k);
                 if (!obs && !shrt) continue;
-                if (!fieldtext::IsNumberOrBlank(f, ValueWidth) || !FlagText(f[ValueWidth]) || !FlagText(f[ValueWidth + 1]))
-                    RINEXData::RINEXDataError(In(h) + RINEXHeader::GetObsString(h.obs(k)) + " OF " + SatName(sn)
+                if (!fieldtext::IsNumberOrBlank(f, ValueWidth) || !IsFlagText(f[ValueWidth]) || !IsFlagText(f[ValueWidth + 1]))
+                    RINEXData::RINEXDataError(In(h) + RINEXHeader::GetObsString(h.obs(k)) + " OF " + RINEXSatName(sn)
                                               + " IS NOT A NUMBER: \"" + std::string(f, FieldWidth) + "\""
                                               + AtLine(recordLine + k / FieldsPerLine));
                 if (shrt) (*shrt)(r) >> f;

@@ -263,6 +263,8 @@ short RINEXSatNumber(const char* field);
 /// The letter of a satellite number, the inverse of RINEXSatNumber ('X'
 /// for 600 and above).
 char RINEXSatLetter(short sat);
+/// "G05" for satellite number 5, "R12" for 112: letter and two digits.
+std::string RINEXSatName(short sat);
 /// The report lines of a per-satellite count, one "    Satellite: G05
 /// #OBS:        3" line per satellite in number order, then a blank line, on
 /// the output stream; returns the sum of the counts.

@@ -466,6 +466,15 @@ void AppendRinex2Header(std::string& out, const Header& h, const Choice& ch)
     AppendHeaderLine(out, "", "END OF HEADER");
 }
 
+// A header record inside the data may not change the types: the choice is
+// made once for the whole file.
+void CheckEventRecord(sv l, long no, const std::string& path)
+{
+    const std::string label = l.size() > LabelCol ? Trim(Cut(l, LabelCol, 20)) : std::string();
+    if (label == "SYS / # / OBS TYPES" || label == "SYS / SCALE FACTOR")
+        Fail(path, no, "OBSERVATION TYPES CHANGE INSIDE THE DATA (" + label + ")");
+}
+
 void WarnLeftOut(const std::map<char, long>& left, const std::string& path)
 {
     if (left.empty()) return;
@@ -539,8 +548,8 @@ void AppendRecord(std::string& out, sv r, int s, const Choice& ch, const Header&
             const sv f = Cut(r, FirstField + FieldWidth * static_cast<std::size_t>(col), FieldWidth);
             const char lli = f.size() > ValueWidth ? f[ValueWidth] : ' ';
             const char ssi = f.size() > ValueWidth + 1 ? f[ValueWidth + 1] : ' ';
-            if (!fieldtext::IsNumberOrBlank(f.data(), std::min(f.size(), ValueWidth)) || !(lli == ' ' || Digit(lli))
-                || !(ssi == ' ' || Digit(ssi)))
+            if (!fieldtext::IsNumberOrBlank(f.data(), std::min(f.size(), ValueWidth)) || !IsFlagText(lli)
+                || !IsFlagText(ssi))
                 Fail(path, no, h.codes[s][col] + " OF " + std::string(r.substr(0, 3)) + " IS NOT A NUMBER: \""
                                    + std::string(f) + "\"");
             out.append(f.data(), f.size());
@@ -585,8 +594,6 @@ ymdhms Rinex2EpochTime(const Epoch& e)
     return ymdhms(static_cast<unsigned short>(e.y), static_cast<unsigned short>(e.mo), static_cast<unsigned short>(e.d),
                   static_cast<unsigned short>(e.hh), static_cast<unsigned short>(e.mi), std::strtold(buf + 1, nullptr));
 }
-
-unsigned short FlagValue(char c) { return c == ' ' ? 0 : static_cast<unsigned short>(c - '0'); }
 
 // First look: how many epochs and records of processed systems the file
 // holds, so that the store is sized once.
@@ -755,9 +762,7 @@ void StoreSink::EventLine(sv text, bool first, long line)
         else slips_.push_back({std::string(text), s, line});
         return;
     }
-    const std::string label = text.size() > LabelCol ? Trim(Cut(text, LabelCol, 20)) : std::string();
-    if (label == "SYS / # / OBS TYPES" || label == "SYS / SCALE FACTOR")
-        Fail(path_, line, "OBSERVATION TYPES CHANGE INSIDE THE DATA (" + label + ")");
+    CheckEventRecord(text, line, path_);
 }
 
 void StoreSink::EpochLine(const std::string& text, int, bool hasClock, int64_t clock, long line)
@@ -773,7 +778,7 @@ void StoreSink::EpochLine(const std::string& text, int, bool hasClock, int64_t c
 void StoreSink::Store(long r, int row, int64_t val, bool have, char lli, char ssi)
 {
     const long double value = have ? static_cast<long double>(val) / 1000.0L : 0.0L;
-    if (obs_[row]) (*obs_[row])(r) = gnssobs(value, FlagValue(lli), FlagValue(ssi));
+    if (obs_[row]) (*obs_[row])(r) = gnssobs(value, FlagDigit(lli), FlagDigit(ssi));
     else if (short_[row]) (*short_[row])(r) = gnssobsshort(value);
 }
 
@@ -788,11 +793,8 @@ void StoreSink::Record(const char* id, std::size_t ntypes, const int64_t* vals, 
                        long line)
 {
     const sv name(id, 3);
+    // Keep has refused the systems left out: s is a processed one.
     const int s = RecordSystem(name, line, path_, h_);
-    if (s < 0) {
-        left_[id[0]]++;
-        return;
-    }
     if (ntypes != h_.codes[s].size())
         Fail(path_, line, "RECORD OF " + std::string(name) + " DOES NOT HOLD THE " + std::to_string(h_.codes[s].size())
                               + " TYPES OF ITS SYSTEM");
@@ -814,10 +816,9 @@ void StoreSink::Record(const char* id, std::size_t ntypes, const int64_t* vals, 
             const int c = first_.col[s][i], carrier = Table[i].carrier;
             settled_[s][i] = c >= 0 && seen_[s][static_cast<std::size_t>(c)] && (carrier < 0 || settled_[s][carrier]);
         }
-    const auto flagOK = [](char c) { return c == ' ' || Digit(c); };
     const auto checkFlags = [&](int col) {
         const char lli = flags[2 * col], ssi = flags[2 * col + 1];
-        if ((!flagOK(lli) || !flagOK(ssi)) && !badFlags_.count({s, col}))
+        if ((!IsFlagText(lli) || !IsFlagText(ssi)) && !badFlags_.count({s, col}))
             badFlags_[{s, col}] = {r, line, FieldText(vals[col], have[col] != 0, lli, ssi)};
     };
     for (const Slot& x : direct_[s]) {
@@ -844,7 +845,7 @@ void StoreSink::Fill(RINEXHeader& rh)
 
     // The first chosen field, in file order, whose flags are no digits.
     const BadFlags* bad = nullptr;
-    std::string badCode, badSat;
+    std::string badCode;
     for (const auto& [key, b] : badFlags_) {
         const auto [s, col] = key;
         bool chosen = false;
@@ -853,11 +854,9 @@ void StoreSink::Fill(RINEXHeader& rh)
         bad = &b;
         badCode = h_.codes[s][static_cast<std::size_t>(col)];
     }
-    if (bad) {
-        const short sn = sat_[static_cast<std::size_t>(bad->rec)];
-        const char name[4] = {RINEXSatLetter(sn), static_cast<char>('0' + sn % 100 / 10), static_cast<char>('0' + sn % 10), '\0'};
-        Fail(path_, bad->line, badCode + " OF " + name + " IS NOT A NUMBER: \"" + bad->field + "\"");
-    }
+    if (bad)
+        Fail(path_, bad->line, badCode + " OF " + RINEXSatName(sat_[static_cast<std::size_t>(bad->rec)])
+                                   + " IS NOT A NUMBER: \"" + bad->field + "\"");
 
     // Types whose choice is not the first code: rewritten from the fields kept aside.
     for (int s = 0; s < NSys; s++)
@@ -961,9 +960,7 @@ std::string Rinex3ToRinex2(const std::string& text, const std::string& path)
             AppendEpoch(out, e, e.count, {});
             for (long k = 0; k < e.count; k++) {
                 const sv l = RecordLine(c, e, path);
-                const std::string label = l.size() > LabelCol ? Trim(Cut(l, LabelCol, 20)) : std::string();
-                if (label == "SYS / # / OBS TYPES" || label == "SYS / SCALE FACTOR")
-                    Fail(path, c.no, "OBSERVATION TYPES CHANGE INSIDE THE DATA (" + label + ")");
+                CheckEventRecord(l, c.no, path);
                 out.append(l.data(), l.size());
                 out += '\n';
             }

@@ -56,11 +56,6 @@ long double FieldValue(const char* field)
     return std::strtold(buf, nullptr);
 }
 
-unsigned short FlagDigit(char ch)
-{
-    return ch == ' ' ? 0 : static_cast<unsigned short>(ch - '0');
-}
-
 // Restores a stream's format when a printer leaves.
 class FormatGuard {
 public:

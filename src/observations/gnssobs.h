@@ -19,6 +19,13 @@ inline int PrintType = 1;
 inline int Width = 14;
 }  // namespace gnssobsshortns
 
+/// True for a loss-of-lock or signal-strength column as RINEX writes it: a
+/// blank or one digit.
+inline bool IsFlagText(char c) { return c == ' ' || (c >= '0' && c <= '9'); }
+/// The value of such a column, a blank giving 0 (and any other character
+/// its code minus that of '0').
+inline unsigned short FlagDigit(char c) { return c == ' ' ? 0 : static_cast<unsigned short>(c - '0'); }
+
 /// One RINEX observable with its loss-of-lock and signal-strength digits.
 class gnssobs {
 public:

@@ -128,12 +128,7 @@ void GLNbEph::ReadRinex3(const std::string& content)
 {
     const Rinex3NavHeader h = ReadRinex3NavHeader(content, navig, "GLNbEph");
     const std::vector<Rinex3NavRecord> recs = ReadRinex3NavRecords(content, navig, 'R', "GLNbEph");
-    rhead.version = std::strtof(h.version.c_str(), nullptr);
-    CopyTrimmedField(h.type, 0, 20, rhead.type, sizeof rhead.type);
-    CopyTrimmedField(h.pgm, 0, 20, rhead.pgm, sizeof rhead.pgm);
-    CopyTrimmedField(h.runby, 0, 20, rhead.runby, sizeof rhead.runby);
-    CopyTrimmedField(h.date, 0, 20, rhead.date, sizeof rhead.date);
-    rhead.leaps = h.leaps;
+    CopyRinex3NavHeader(h, rhead);
     nsatall = static_cast<long>(recs.size());
     rdata.SetNRecords(nsatall);
     for (long r = 0; r < nsatall; ++r) {

@@ -171,17 +171,11 @@ void GPSbEph::ReadRinex3(const std::string& content)
 {
     const Rinex3NavHeader h = ReadRinex3NavHeader(content, navig, "GPSbEph");
     const std::vector<Rinex3NavRecord> recs = ReadRinex3NavRecords(content, navig, system, "GPSbEph");
-    ghead.version = std::strtof(h.version.c_str(), nullptr);
-    // The header's texts come trimmed; the fields of a RINEX 2 header hold 20.
-    CopyTrimmedField(h.type, 0, 20, ghead.type, sizeof ghead.type);
-    CopyTrimmedField(h.pgm, 0, 20, ghead.pgm, sizeof ghead.pgm);
-    CopyTrimmedField(h.runby, 0, 20, ghead.runby, sizeof ghead.runby);
-    CopyTrimmedField(h.date, 0, 20, ghead.date, sizeof ghead.date);
+    CopyRinex3NavHeader(h, ghead);
     ghead.a0 = h.a0;
     ghead.a1 = h.a1;
     ghead.T = h.T;
     ghead.W = h.W;
-    ghead.leaps = h.leaps;
     std::copy(h.alfa, h.alfa + 4, ghead.alfa);
     std::copy(h.beta, h.beta + 4, ghead.beta);
     nsatall = static_cast<long>(recs.size());

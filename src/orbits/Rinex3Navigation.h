@@ -12,11 +12,13 @@
 // only where its satellite has no I/NAV record within FnavGap_s of its
 // epoch, and of records of the same satellite, message and epoch only the
 // first.
+#include <cstdlib>
 #include <string>
 #include <vector>
 
 #include "geodesy/mjd.h"
 #include "geodesy/ymdhms.h"
+#include "numerics/FieldText.h"
 
 namespace Rinex3Navns {
 /// Width of a value field (D19.12) and the column of the first value on the
@@ -41,6 +43,20 @@ struct Rinex3NavHeader {
     long T = 0, W = 0;                       // its reference second and week
     short leaps = 0;                         // LEAP SECONDS, first field
 };
+
+/// Copies version, the four texts (trimmed, at most 20 characters) and the
+/// leap seconds of h into a RINEX 2 navigation header, whose fields of
+/// those names the GPS/Galileo and GLONASS readers share.
+template <class Rinex2NavHeader>
+void CopyRinex3NavHeader(const Rinex3NavHeader& h, Rinex2NavHeader& to)
+{
+    to.version = std::strtof(h.version.c_str(), nullptr);
+    fieldtext::CopyTrimmedField(h.type, 0, 20, to.type, sizeof to.type);
+    fieldtext::CopyTrimmedField(h.pgm, 0, 20, to.pgm, sizeof to.pgm);
+    fieldtext::CopyTrimmedField(h.runby, 0, 20, to.runby, sizeof to.runby);
+    fieldtext::CopyTrimmedField(h.date, 0, 20, to.date, sizeof to.date);
+    to.leaps = h.leaps;
+}
 
 /// One broadcast record of the wanted system.
 struct Rinex3NavRecord {

@@ -333,12 +333,6 @@ std::string Compact(const std::string& rnx)
     return out;
 }
 
-// G: L2W listed first but never observed (its flags alone in the first
-// record), so L2 takes L2L and S2 follows it past S2W; R: L1C empty in the
-// first epoch, observed from the second; C left out; a copy and a clash of
-// one satellite; a code too short for any orbit; an event, a cycle-slip
-// block, an epoch of left-out records only; an LLI that is no digit in a
-// code no type takes.
 // A RINEX 3 record: the satellite, then per field its value (blank when
 // empty) right-justified in 14 columns and its two flag characters.
 std::string R3(const char* sat, const std::vector<std::pair<std::string, std::string>>& fields)
@@ -348,17 +342,21 @@ std::string R3(const char* sat, const std::vector<std::pair<std::string, std::st
     return r + "\n";
 }
 
+// G: L2W listed first but never observed (its flags alone in the first
+// record), so L2 takes L2L and S2 follows it past S2W; R: L1C empty in the
+// first epoch, observed from the second; C left out; a copy and a clash of
+// one satellite; a code too short for any orbit; an event, a cycle-slip
+// block, an epoch of left-out records only; an LLI that is no digit in a
+// code no type takes.
+const std::string G01 = R3("G01", {{"20000000.100", " 7"}, {"105000000.300", "17"}, {"", " 5"}, {"82000000.700", " 6"},
+                                   {"40.000", " 7"}, {"41.500", " 6"}, {"-1000.400", "  "}, {"20000001.200", "  "}});
 const std::string Mixed305 =
     H("     3.05           OBSERVATION DATA    M (MIXED)", "RINEX VERSION / TYPE")
     + H("G    8 C1C L1C L2W L2L S2W S2L D1C C1W", "SYS / # / OBS TYPES") + H("R    3 C1C L1C L1P", "SYS / # / OBS TYPES")
     + H("C    2 C2I L2I", "SYS / # / OBS TYPES") + H("    30.000", "INTERVAL")
     + H("  2020     6    25     0     0    0.0000000     GPS", "TIME OF FIRST OBS") + H("", "END OF HEADER")
     + "> 2020 06 25 00 00  0.0000000  0  4       0.000123456789\n"
-    + R3("G01", {{"20000000.100", " 7"}, {"105000000.300", "17"}, {"", " 5"}, {"82000000.700", " 6"}, {"40.000", " 7"},
-                 {"41.500", " 6"}, {"-1000.400", "  "}, {"20000001.200", "  "}})
-    + R3("G01", {{"20000000.100", " 7"}, {"105000000.300", "17"}, {"", " 5"}, {"82000000.700", " 6"}, {"40.000", " 7"},
-                 {"41.500", " 6"}, {"-1000.400", "  "}, {"20000001.200", "  "}})
-    + R3("R01", {{"19000000.111", " 6"}, {"", "  "}, {"101000000.222", " 6"}})
+    + G01 + G01 + R3("R01", {{"19000000.111", " 6"}, {"", "  "}, {"101000000.222", " 6"}})
     + R3("C05", {{"30000000.000", " 6"}, {"156000000.000", " 6"}})
     + "> 2020 06 25 00 00 30.0000000  0  3      -0.000000000500\n"
     + R3("G02", {{"100.000", " 7"}, {"110000002.000", " 7"}, {"", "  "}, {"85000000.000", " 2"}})
