@@ -1,7 +1,7 @@
 // The static adjustment's inner step: every observation of every iteration
 // adds its row to the normal equations, and every epoch then reduces its
 // clock. Sized like the ESBC day: 175 unknowns, 30 records of two
-// observations an epoch, 11 used slots a row.
+// observations (code and phase) an epoch, 11 used slots a row.
 #include <benchmark/benchmark.h>
 
 #include "estimation/NormalSystem.h"
@@ -10,26 +10,36 @@ namespace {
 
 void BM_NormalEquationsOneEpoch(benchmark::State& state)
 {
-    long int nUnk = 175, ieph = 0;
-    const int nObs = 60;
+    const long nUnk = 175;
+    const int nRec = 30;
     matrix<long double> N(nUnk, nUnk, 0.0L), t(nUnk, 1, 0.0L), Nt(nUnk, nUnk, 0.0L), tt(nUnk, 1, 0.0L);
-    matrix<long double> N21(1, nUnk, 0.0L), N22(1, 1, 0.0L), t2(1, 1, 0.0L);
+    long double n22 = 0.0L, t2 = 0.0L;
+    std::vector<long> cols;
+    std::vector<long double> vals;
+    EpochNormals sums(nUnk);
     // Coordinates, system bias, one ambiguity of 120, two delay and four
     // gradient nodes; slot 4 (code bias) unused.
-    long int iB[ProcStaticns::NSlots] = {0, 1, 2, 3, -1, 0, 140, 141, 150, 151, 160, 161};
+    long iB[ProcStaticns::NSlots] = {0, 1, 2, 3, -1, 0, 140, 141, 150, 151, 160, 161};
+    const long double factor[ProcStaticns::NSlots] = {1.0L, 1.0L, 1.0L, 1.0L, 1.0L, 1.0L,
+                                                      0.6L, 0.4L, 0.3L, 0.7L, 0.3L, 0.7L};
+    const long double g[EpochNormals::NShared] = {0.3L, -0.5L, 0.8L, -1.0L, -2.0L, -0.3L, 0.15L};
     long double B[ProcStaticns::NSlots] = {0.3L, -0.5L, 0.8L, -1.0L, -1.0L, -1.0L,
-                                           -1.2L, -0.8L, -0.1L, -0.2L, 0.05L, 0.1L};
+                                           -1.2L, -0.8L, -0.09L, -0.21L, 0.045L, 0.105L};
     for (auto _ : state) {
-        for (int o = 0; o < nObs; ++o) {
-            iB[5] = 10 + o % 30 * 4;
-            long double f = 0.01L * o, p = 1.0L + 0.01L * o;
-            SetCRDNormalSystem(N, t, B, f, p, iB, N21, N22, t2, ieph);
+        cols.clear();
+        vals.clear();
+        sums.Begin(iB, factor);
+        for (int o = 0; o < nRec; ++o) {
+            iB[5] = 10 + o * 4;
+            const long double f = 0.01L * o, p = 1.0L + 0.01L * o;
+            sums.AddOwn(N, t, iB[5], B, iB, f, p);
+            sums.AddRecord(o % 3, o % 3 == 0 ? -1 : 2 + o % 3, g, 2.0L * p, 2.0L * p * f);
         }
-        SetElimNormalSystem(Nt, tt, N21, N22, t2, ieph, nUnk);
+        sums.End(N, t, Nt, tt, n22, t2, cols, vals);
         benchmark::DoNotOptimize(Nt.v);
         benchmark::ClobberMemory();
     }
-    state.SetItemsProcessed(state.iterations() * nObs);
+    state.SetItemsProcessed(state.iterations() * 2 * nRec);
 }
 
 }  // namespace

@@ -3,75 +3,123 @@
 #include <cmath>
 #include <vector>
 
-namespace {
-// Column list of the epoch being eliminated, kept between calls so that
-// the per-epoch step allocates nothing once it has grown.
-std::vector<long>& ElimColumns()
+EpochNormals::EpochNormals(long nUnk) : nUnk_(nUnk > 0 ? nUnk : 0), row21_(static_cast<std::size_t>(nUnk_), 0.0L)
 {
-    static std::vector<long> columns;
-    return columns;
-}
-}  // namespace
-
-void SetCRDNormalSystem(matrix<long double>& N, matrix<long double>& t, long double* B,
-                        long double& f, long double& p, long int* iB, matrix<long double>& N21,
-                        matrix<long double>& N22, matrix<long double>& t2, long int& ieph)
-{
-    using ProcStaticns::NSlots;
-    N22(ieph) += p;
-    t2(ieph) += -f * p;
-    // The used slots, each column checked once, so that the products below
-    // address the storage directly: this runs for every observation of
-    // every iteration.
-    long col[NSlots];
-    long double b[NSlots], bp[NSlots];
-    int n = 0;
-    for (int i = 0; i < NSlots; ++i) {
-        if (iB[i] < 0) continue;
-        if (iB[i] >= N.r || iB[i] >= N.c || iB[i] >= N21.c)
-            MError::MatrixAccessError(iB[i], iB[i], N.r, N.c);
-        col[n] = iB[i];
-        b[n] = B[i];
-        bp[n] = B[i] * p;
-        ++n;
-    }
-    long double* const row21 = &N21(ieph, 0);
-    for (int i = 0; i < n; ++i) {
-        t(col[i]) += bp[i] * f;
-        row21[col[i]] += -bp[i];
-    }
-    // Upper triangle only, the one the solution reads, in the order of the
-    // full double loop, so that each element sums the same products in the
-    // same sequence.
-    for (int i = 0; i < n; ++i) {
-        long double* const rowN = N.v + N.c * col[i];
-        for (int j = 0; j < n; ++j)
-            if (col[j] >= col[i]) rowN[col[j]] += bp[i] * b[j];
-    }
+    for (int s = 0; s < NSharedSlots; ++s) col_[s] = -1, factor_[s] = 0.0L;
+    for (int y = 0; y < NSys; ++y) sysCol_[y] = -1, sysUsed_[y] = false;
+    n22_ = t2_ = 0.0L;
 }
 
-void SetElimNormalSystem(matrix<long double>& N, matrix<long double>& t, matrix<long double>& N21,
-                         matrix<long double>& N22, matrix<long double>& t2, long int& ieph,
-                         long int& nunk)
+void EpochNormals::Check(long col, const matrix<long double>& N) const
 {
-    const long double n22 = N22(ieph);
-    if (!(std::fabs(n22) > ProcStaticns::ElimMinWeight)) return;
-    const long double t2i = t2(ieph);
-    if (nunk > N21.c || nunk > N.r || nunk > N.c || nunk > t.Length())
-        MError::MatrixAccessError(nunk - 1, nunk - 1, N.r, N.c);
-    // An epoch touches only the few unknowns of its own rows: the sums run
-    // over those alone, in the order of the full loop.
-    const long double* const row21 = &N21(ieph, 0);
-    std::vector<long>& nz = ElimColumns();
-    nz.clear();
-    for (long int i = 0; i < nunk; ++i)
-        if (row21[i] != 0.0L) nz.push_back(i);
-    for (std::size_t ii = 0; ii < nz.size(); ++ii) {
-        const long i = nz[ii];
-        const long double a = row21[i];
-        t.v[i] += t2i * a / n22;
-        long double* const rowN = N.v + N.c * i;
-        for (std::size_t jj = ii; jj < nz.size(); ++jj) rowN[nz[jj]] += row21[nz[jj]] * a / n22;
+    if (col >= nUnk_ || col >= N.r || col >= N.c) MError::MatrixAccessError(col, col, N.r, N.c);
+}
+
+void EpochNormals::Begin(const long* iB, const long double* factor)
+{
+    for (int s = 0; s < NSharedSlots; ++s) {
+        const int slot = SharedSlot[s];
+        col_[s] = slot == 3 ? -1 : iB[slot];
+        factor_[s] = slot == 3 ? 1.0L : factor[slot];
+        if (col_[s] >= nUnk_) MError::MatrixAccessError(col_[s], col_[s], nUnk_, nUnk_);
+    }
+    for (int y = 0; y < NSys; ++y) {
+        sysUsed_[y] = false;
+        for (int a = 0; a < NShared; ++a) {
+            pg_[y][a] = pfg_[y][a] = 0.0L;
+            for (int b = a; b < NShared; ++b) gg_[y][a][b] = 0.0L;
+        }
+    }
+    n22_ = t2_ = 0.0L;
+}
+
+void EpochNormals::AddRecord(int sys, long sysCol, const long double* g, long double p, long double pf)
+{
+    if (sys < 0 || sys >= NSys) return;
+    if (sysCol >= nUnk_) MError::MatrixAccessError(sysCol, sysCol, nUnk_, nUnk_);
+    sysUsed_[sys] = true;
+    sysCol_[sys] = sysCol;
+    n22_ += p;
+    t2_ -= pf;
+    for (int a = 0; a < NShared; ++a) {
+        const long double pga = p * g[a];
+        pg_[sys][a] += pga;
+        pfg_[sys][a] += pf * g[a];
+        for (int b = a; b < NShared; ++b) gg_[sys][a][b] += pga * g[b];
+    }
+}
+
+void EpochNormals::AddOwn(matrix<long double>& N, matrix<long double>& t, long col, const long double* B,
+                          const long* iB, long double f, long double p)
+{
+    if (col < 0) return;
+    Check(col, N);
+    long double* const base = N.v;
+    const long nc = N.c;
+    base[nc * col + col] += p;
+    t.v[col] -= p * f;
+    row21_[static_cast<std::size_t>(col)] += p;
+    for (int s = 0; s < NSharedSlots; ++s) {
+        const int slot = SharedSlot[s];
+        const long c = slot == 3 ? iB[3] : col_[s];
+        if (c < 0) continue;
+        if (c >= nUnk_) MError::MatrixAccessError(c, c, nUnk_, nUnk_);
+        const long double v = -p * B[slot];
+        if (c > col) base[nc * col + c] += v;
+        else base[nc * c + col] += v;
+    }
+}
+
+void EpochNormals::End(matrix<long double>& N, matrix<long double>& t, matrix<long double>& Nt,
+                       matrix<long double>& tt, long double& n22, long double& t2, std::vector<long>& cols,
+                       std::vector<long double>& vals)
+{
+    if (nUnk_ > N.r || nUnk_ > N.c || nUnk_ > Nt.r || nUnk_ > Nt.c || nUnk_ > t.Length()
+        || nUnk_ > tt.Length())
+        MError::MatrixAccessError(nUnk_ - 1, nUnk_ - 1, N.r, N.c);
+    long double* const row21 = row21_.data();
+    for (int y = 0; y < NSys; ++y) {
+        if (!sysUsed_[y]) continue;
+        long c[NSharedSlots];
+        for (int s = 0; s < NSharedSlots; ++s) c[s] = SharedSlot[s] == 3 ? sysCol_[y] : col_[s];
+        for (int s = 0; s < NSharedSlots; ++s) {
+            if (c[s] < 0) continue;
+            const int a = ValueOfSlot[s];
+            t.v[c[s]] += factor_[s] * pfg_[y][a];
+            row21[c[s]] -= factor_[s] * pg_[y][a];
+            long double* const rowN = N.v + N.c * c[s];
+            // Every ordered pair of slots whose second column is not left
+            // of the first: a column met in two slots takes their cross
+            // term twice, as the square of the row's sum must.
+            for (int u = 0; u < NSharedSlots; ++u) {
+                if (c[u] < c[s]) continue;
+                const int b = ValueOfSlot[u];
+                const long double gab = a <= b ? gg_[y][a][b] : gg_[y][b][a];
+                rowN[c[u]] += factor_[s] * factor_[u] * gab;
+            }
+        }
+    }
+    n22 = n22_;
+    t2 = t2_;
+    const bool reduce = std::fabs(n22_) > ProcStaticns::ElimMinWeight;
+    // The unknowns of this epoch's rows are the few non-zero columns: the
+    // reduction runs over those alone, in ascending order for the upper
+    // triangle.
+    const std::size_t first = cols.size();
+    for (long i = 0; i < nUnk_; ++i)
+        if (row21[i] != 0.0L) {
+            cols.push_back(i);
+            vals.push_back(row21[i]);
+            row21[i] = 0.0L;
+        }
+    if (!reduce) return;
+    const std::size_t last = cols.size();
+    for (std::size_t ii = first; ii < last; ++ii) {
+        const long i = cols[ii];
+        const long double a = vals[ii] / n22_;
+        tt.v[i] += t2_ * a;
+        long double* const rowN = Nt.v + Nt.c * i;
+        for (std::size_t jj = ii; jj < last; ++jj) rowN[cols[jj]] += vals[jj] * a;
     }
 }
 

@@ -2,6 +2,8 @@
 // The normal equations of the static adjustment: one equation at a time
 // into the global part and the epoch clock rows, the epoch clock's
 // reduction term, and the lookups of a design row's columns.
+#include <vector>
+
 #include "geodesy/mjd.h"
 #include "numerics/MathConstants.h"
 #include "numerics/matrix.h"
@@ -33,22 +35,77 @@ constexpr int NSlots = 12;
 constexpr long double MaxAprioriOffset_m = 100.0L;
 }  // namespace ProcStaticns
 
-/// Adds one equation (row B with columns iB, -1 marking empty slots,
-/// misclosure f computed minus observed in m, weight p) of epoch ieph to the
-/// normal system N, t of the global unknowns (upper triangle of N) and to
-/// the epoch's clock rows: N22(ieph) += p, t2(ieph) -= f p and
-/// N21(ieph, iB) -= B p, the clock having coefficient -1.
-void SetCRDNormalSystem(matrix<long double>& N, matrix<long double>& t, long double* B,
-                        long double& f, long double& p, long int* iB, matrix<long double>& N21,
-                        matrix<long double>& N22, matrix<long double>& t2, long int& ieph);
+/// The normal equations of the static adjustment, one epoch at a time,
+/// with the epoch clock (coefficient -1 in every row) reduced as the epoch
+/// ends. The rows of an epoch share their coordinate, delay and gradient
+/// columns, and a row's entries there are a few values of its record
+/// (direction cosines, mapping values) times factors of the epoch (the
+/// linear node weights): each record's accepted equations are summed once
+/// into a small block per system, which is spread over the unknowns when
+/// the epoch ends. Only an equation's own column (code bias, ambiguity)
+/// costs a row update of its own.
+class EpochNormals {
+public:
+    /// Values of a record that its row entries in the shared slots are
+    /// made of: 3 direction cosines, the system bias's -1, the wet delay
+    /// mapping and the north and east gradient mappings, each with the sign
+    /// of its row entry.
+    static constexpr int NShared = 7;
 
-/// Adds the reduction term of the finished epoch ieph to N (upper triangle
-/// of N21^T N21 / N22) and t (t2 N21 / N22) over the first nunk unknowns;
-/// subtracted later from the full system, it eliminates the epoch clock.
-/// An epoch with |N22| not above ProcStaticns::ElimMinWeight adds nothing.
-void SetElimNormalSystem(matrix<long double>& N, matrix<long double>& t, matrix<long double>& N21,
-                         matrix<long double>& N22, matrix<long double>& t2, long int& ieph,
-                         long int& nunk);
+    /// Sums for nUnk global unknowns (columns of N, t and the clock row).
+    explicit EpochNormals(long nUnk);
+
+    /// Starts an epoch. Over the ProcStaticns::NSlots slots of a design row,
+    /// iB gives the epoch's columns of slots 0-2 and 6-11 (-1 for none) and
+    /// factor the number that turns the record value of a slot into its
+    /// row entry (1 for the coordinates, the node weights for delay and
+    /// gradients). Slots 3-5 are set per record and per equation. A column
+    /// outside N stops the run.
+    void Begin(const long* iB, const long double* factor);
+
+    /// Adds the shared part of a record of system sys (0 GPS, 1 GLONASS,
+    /// 2 Galileo) with system bias column sysCol (-1 for none): record
+    /// values g (NShared), summed weight p and summed weight times
+    /// misclosure pf of its accepted equations (misclosure computed minus
+    /// observed, m).
+    void AddRecord(int sys, long sysCol, const long double* g, long double p, long double pf);
+
+    /// Adds the terms of an equation's own unknown col (code bias or
+    /// ambiguity, coefficient -1) to N (upper triangle) and t: its diagonal,
+    /// its products with the row B over the shared slots and slot 3 of iB,
+    /// misclosure f (m) and weight p.
+    void AddOwn(matrix<long double>& N, matrix<long double>& t, long col, const long double* B,
+                const long* iB, long double f, long double p);
+
+    /// Ends the epoch: adds the shared sums to N and t (upper triangle) and
+    /// the epoch clock's reduction term, upper triangle of N21^T N21 / N22
+    /// and t2 N21 / N22, to Nt and tt, the latter only when the summed
+    /// weight N22 exceeds ProcStaticns::ElimMinWeight. Gives N22 and t2 and
+    /// appends the clock row's non-zero columns and values to cols and vals.
+    void End(matrix<long double>& N, matrix<long double>& t, matrix<long double>& Nt,
+             matrix<long double>& tt, long double& n22, long double& t2, std::vector<long>& cols,
+             std::vector<long double>& vals);
+
+private:
+    // Slots of a design row that take record values, and which value each.
+    static constexpr int NSharedSlots = 10;
+    static constexpr int SharedSlot[NSharedSlots] = {0, 1, 2, 3, 6, 7, 8, 9, 10, 11};
+    static constexpr int ValueOfSlot[NSharedSlots] = {0, 1, 2, 3, 4, 4, 5, 5, 6, 6};
+    static constexpr int NSys = 3;
+
+    void Check(long col, const matrix<long double>& N) const;
+
+    long nUnk_;
+    long col_[NSharedSlots];
+    long double factor_[NSharedSlots];
+    long sysCol_[NSys];
+    bool sysUsed_[NSys];
+    // Per system: upper triangle of sum p g g^T, sums p g and pf g.
+    long double gg_[NSys][NShared][NShared];
+    long double pg_[NSys][NShared], pfg_[NSys][NShared];
+    long double n22_, t2_;
+    std::vector<long double> row21_;
+};
 
 /// Code bias column of satellite prn: walks the first nsat entries of
 /// prnList; k becomes its position and ixdcb ixbSAT(k). Both are -1 when

@@ -172,18 +172,21 @@ void ProcStatic(gCPosC& gc)
               << gc.sig0 << "\n\n";
     std::cout << "  PROCESSING GNSS OBSERVATIONS:\n";
 
-    // The clock rows of the epochs: one dense row while the epoch is being
-    // summed, then kept as its few non-zero columns for the clocks' back
-    // substitution; a full epochs-by-unknowns block would be mostly zeros.
-    matrix<long double> N21(1, nUnk, 0.0L), N22e(1, 1, 0.0L), t2e(1, 1, 0.0L);
+    // The clock rows of the epochs, kept as their few non-zero columns for
+    // the clocks' back substitution: a full epochs-by-unknowns block would
+    // be mostly zeros.
+    EpochNormals sums(nUnk);
     matrix<long double> N22(nEp, 1, 0.0L), t2(nEp, 1, 0.0L);
     std::vector<long> rowStart(static_cast<std::size_t>(nEp) + 1, 0), rowCol;
     std::vector<long double> rowVal;
-    long int row0 = 0;
-    long double B_OBS[NSlots] = {0.0L};
+    long double B_OBS[NSlots] = {0.0L}, nodeFactor[NSlots];
     long int B_OBS_I[NSlots];
     for (long int& s : B_OBS_I) s = -1;
+    for (long double& s : nodeFactor) s = 1.0L;
     B_OBS[3] = B_OBS[4] = B_OBS[5] = -1.0L;
+    B_OBS_I[0] = gc.ixX;
+    B_OBS_I[1] = gc.ixY;
+    B_OBS_I[2] = gc.ixZ;
 
     const bool sysOn[3] = {gc.isGPS, gc.isGLN, gc.isGAL};
     long* sysCount[3] = {&gc.NObsG, &gc.NObsR, &gc.NObsE};
@@ -255,6 +258,11 @@ void ProcStatic(gCPosC& gc)
                     }
                 }
             }
+            nodeFactor[6] = dtTropo1;
+            nodeFactor[7] = dtTropo2;
+            nodeFactor[8] = nodeFactor[10] = dtTropoGrad1;
+            nodeFactor[9] = nodeFactor[11] = dtTropoGrad2;
+            sums.Begin(B_OBS_I, nodeFactor);
 
             for (long k = i1; k < i2; ++k) {
                 if (!(gc.ELV(k) > minElevation)) continue;
@@ -317,9 +325,6 @@ void ProcStatic(gCPosC& gc)
                 B_OBS[0] = -dPos.x / dist;
                 B_OBS[1] = -dPos.y / dist;
                 B_OBS[2] = -dPos.z / dist;
-                B_OBS_I[0] = gc.ixX;
-                B_OBS_I[1] = gc.ixY;
-                B_OBS_I[2] = gc.ixZ;
 
                 // The tides not modelled have no array: zero, exactly.
                 const long double poleTide = gc.isPTide ? gc.PTIDE(k) : 0.0L;
@@ -344,12 +349,19 @@ void ProcStatic(gCPosC& gc)
                     B_OBS[6] = -gc.MFTROP(k) * dtTropo1;
                     B_OBS[7] = -gc.MFTROP(k) * dtTropo2;
                 }
+                // The record's values of the shared slots: their row
+                // entries are these times the epoch's node factors.
+                long double g[EpochNormals::NShared] = {B_OBS[0], B_OBS[1], B_OBS[2], -1.0L,
+                                                        -gc.MFTROP(k), 0.0L, 0.0L};
                 if (B_OBS_I[8] >= 0) {
-                    B_OBS[8] = -gc.MFGRAD(k, 0) * dtTropoGrad1;
-                    B_OBS[9] = -gc.MFGRAD(k, 0) * dtTropoGrad2;
-                    B_OBS[10] = -gc.MFGRAD(k, 1) * dtTropoGrad1;
-                    B_OBS[11] = -gc.MFGRAD(k, 1) * dtTropoGrad2;
+                    g[5] = -gc.MFGRAD(k, 0);
+                    g[6] = -gc.MFGRAD(k, 1);
+                    B_OBS[8] = g[5] * dtTropoGrad1;
+                    B_OBS[9] = g[5] * dtTropoGrad2;
+                    B_OBS[10] = g[6] * dtTropoGrad1;
+                    B_OBS[11] = g[6] * dtTropoGrad2;
                 }
+                long double pRec = 0.0L, pfRec = 0.0L;
 
                 if (storeRows) {
                     for (int s = 0; s < NSlots; ++s) {
@@ -394,43 +406,41 @@ void ProcStatic(gCPosC& gc)
                     B_OBS_I[5] = -1;
                     if (ixdcb >= 0) f += (*ct.dcbValue)(ixsat);
                     (*ct.f)(k) = f;
-                    SetCRDNormalSystem(gc.Nc, gc.tc, B_OBS, f, p, B_OBS_I, N21, N22e, t2e, row0);
+                    pRec += p;
+                    pfRec += p * f;
+                    sums.AddOwn(gc.Nc, gc.tc, ixdcb, B_OBS, B_OBS_I, f, p);
                     (*ct.used)(k) = true;
                 }
 
+                long ixamb = -1;
                 if (useL3 && !gc.ifXl3(k) && !d.L3(k).IsNull()) {
-                    long ieph = i, ixamb = -1;
+                    long ieph = i;
                     GetAmbIndex(satprn, ieph, gc.AmbIndex, gc.AmbSat, gc.nAmb, ixamb);
-                    if (ixamb < 0) continue;
+                }
+                if (ixamb >= 0) {
                     B_OBS_I[4] = -1;
                     B_OBS_I[5] = gc.ixAmb(ixamb);
-                    long double f = RO + TROP - d.L3(k).obs + gc.xAmb(ixamb);
-                    long double p = gc.WGHT(k) * p0L3[sys];
+                    const long double f = RO + TROP - d.L3(k).obs + gc.xAmb(ixamb);
+                    const long double p = gc.WGHT(k) * p0L3[sys];
                     if (gc.isMaxfDiff && !(std::fabs(f) < gc.MaxfDiff / 2.0L)) {
                         OutlierLine(satprn, i, d.epoch(i), "     f(L3)  = ", f);
                         std::cout << " m\n";
                         gc.ifXl3(k) = true;
-                        continue;
+                    } else {
+                        ++gc.NObs;
+                        ++*sysCount[sys];
+                        fTf += f * f * p;
+                        fTf_L3 += f * f * gc.WGHT(k);
+                        gc.fl3(k) = f;
+                        pRec += p;
+                        pfRec += p * f;
+                        sums.AddOwn(gc.Nc, gc.tc, B_OBS_I[5], B_OBS, B_OBS_I, f, p);
+                        gc.ifOl3(k) = true;
                     }
-                    ++gc.NObs;
-                    ++*sysCount[sys];
-                    fTf += f * f * p;
-                    fTf_L3 += f * f * gc.WGHT(k);
-                    gc.fl3(k) = f;
-                    SetCRDNormalSystem(gc.Nc, gc.tc, B_OBS, f, p, B_OBS_I, N21, N22e, t2e, row0);
-                    gc.ifOl3(k) = true;
                 }
+                if (pRec > 0.0L) sums.AddRecord(sys, B_OBS_I[3], g, pRec, pfRec);
             }
-            SetElimNormalSystem(gc.Nt, gc.tt, N21, N22e, t2e, row0, nUnk);
-            N22(i) = N22e(0);
-            t2(i) = t2e(0);
-            N22e(0) = t2e(0) = 0.0L;
-            for (long c = 0; c < nUnk; ++c)
-                if (N21.v[c] != 0.0L) {
-                    rowCol.push_back(c);
-                    rowVal.push_back(N21.v[c]);
-                    N21.v[c] = 0.0L;
-                }
+            sums.End(gc.Nc, gc.tc, gc.Nt, gc.tt, N22(i), t2(i), rowCol, rowVal);
             rowStart[static_cast<std::size_t>(i) + 1] = static_cast<long>(rowCol.size());
             i1 = i2;
         }

@@ -12,11 +12,15 @@ namespace largememoryns {
 /// them; object storage of this size or more starts on a large-page
 /// boundary, so that all its whole large pages can be used.
 inline constexpr std::size_t HugePageBytes = std::size_t(2) << 20;
+/// Blocks of this size or more are faulted in by one call to the kernel.
+inline constexpr std::size_t PrefaultBytes = std::size_t(256) << 10;
 }  // namespace largememoryns
 
 /// Asks the kernel for 2 MB pages in the aligned interior of the n bytes at
-/// p when n reaches largememoryns::HugePageBytes. Only a hint: where the
-/// kernel has none, or on another system, nothing changes but speed.
+/// p when n reaches largememoryns::HugePageBytes, and has it fault in all
+/// the pages of a block of largememoryns::PrefaultBytes or more in one
+/// call, not one trap per page. Only hints: where the kernel has neither,
+/// or on another system, nothing changes but speed.
 void AdviseHugePages(void* p, std::size_t n);
 
 /// Storage for n objects of T, hinted as above before any is touched, each

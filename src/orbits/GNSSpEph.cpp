@@ -12,6 +12,7 @@
 #include "geodesy/ymdhms.h"
 #include "numerics/FieldText.h"
 #include "numerics/ProgramError.h"
+#include "numerics/SmallAngle.h"
 #include "orbits/GNSSpClk.h"
 #include "orbits/SatelliteNumber.h"
 
@@ -114,6 +115,18 @@ void GNSSpEph::ReadFile()
     bySlot.Resize(nsat * nepoch);
     for (long i = 0; i < nepoch; ++i)
         for (long j = 0; j < nsat; ++j) bySlot(j * nepoch + i) = sPos(j + nsat * i);
+    // Missing nodes counted ahead per satellite: whether a window holds one
+    // is then one difference, not a look at each of its nodes.
+    emptyBefore.Resize(nsat * (nepoch + 1));
+    for (long j = 0; j < nsat; ++j) {
+        long* const count = &emptyBefore(j * (nepoch + 1));
+        count[0] = 0;
+        for (long i = 0; i < nepoch; ++i) {
+            const xyzt& n = bySlot(j * nepoch + i);
+            const bool empty = std::fabs(n.x) + std::fabs(n.y) + std::fabs(n.z) < GNSSpEphns::EmptyNode_m;
+            count[i + 1] = count[i] + (empty ? 1 : 0);
+        }
+    }
 }
 
 void GNSSpEph::CountSomeLines()
@@ -320,14 +333,16 @@ void GNSSpEph::ReadFileData()
 
 void GNSSpEph::SetLfact()
 {
-    // Barycentric weights of equally spaced nodes, in hours: the reciprocal
-    // of the product of the node's distances to all others.
+    // Barycentric weights of equally spaced nodes, in seconds: the
+    // reciprocal of the product of the node's distances to all others. The
+    // products of 13 distances of up to two hours stay far inside the range
+    // of long double (about 1e50 against 1e4932).
     auto fill = [this](matrix<long double>& w, int n) {
         w.Resize(2 * n);
         for (int i = 0; i < 2 * n; ++i) {
             long double prod = 1.0L;
             for (int j = 0; j < 2 * n; ++j)
-                if (j != i) prod *= (i - j) * interval / 3600.0L;
+                if (j != i) prod *= (i - j) * interval;
             w(i) = 1.0L / prod;
         }
     };
@@ -364,19 +379,19 @@ xyzt GNSSpEph::LastVelocity() const
     pre[0] = 1.0L;
     dPre[0] = 0.0L;
     for (long k = 0; k < n; ++k) {
-        pre[k + 1] = pre[k] * lastHours[k];
-        dPre[k + 1] = dPre[k] * lastHours[k] + pre[k];
+        pre[k + 1] = pre[k] * lastSeconds[k];
+        dPre[k + 1] = dPre[k] * lastSeconds[k] + pre[k];
     }
     suf[n] = 1.0L;
     dSuf[n] = 0.0L;
     for (long k = n - 1; k >= 0; --k) {
-        suf[k] = suf[k + 1] * lastHours[k];
-        dSuf[k] = dSuf[k + 1] * lastHours[k] + suf[k + 1];
+        suf[k] = suf[k + 1] * lastSeconds[k];
+        dSuf[k] = dSuf[k + 1] * lastSeconds[k] + suf[k + 1];
     }
-    constexpr long double PerSecond = 1.0L / 3600.0L;
+    const long double* const w = wPos.v;
     xyzt v;
     for (long k = 0; k < n; ++k) {
-        const long double slope = (dPre[k] * suf[k + 1] + pre[k] * dSuf[k + 1]) * wPos(k) * PerSecond;
+        const long double slope = (dPre[k] * suf[k + 1] + pre[k] * dSuf[k + 1]) * w[k];
         v.x += lastNode[k].x * slope;
         v.y += lastNode[k].y * slope;
         v.z += lastNode[k].z * slope;
@@ -420,20 +435,19 @@ void GNSSpEph::Interpolate(unsigned short sati, const mjd& ephCalc, xyzt& psat, 
     const long nNodes = i2 - i1 + 1;
     // The satellite's nodes lie side by side in the slot-major copy.
     const xyzt* node = &bySlot(isatList * nepoch + i1);
-    for (long k = 0; k < nNodes; ++k)
-        if (std::fabs(node[k].x) + std::fabs(node[k].y) + std::fabs(node[k].z) < GNSSpEphns::EmptyNode_m) {
-            PSisOK = false;
-            DTisOK = false;
-            NodeMissing = true;
-            return;
-        }
+    const long* const emptyCount = &emptyBefore(isatList * (nepoch + 1));
+    if (emptyCount[i2 + 1] != emptyCount[i1]) {
+        PSisOK = false;
+        DTisOK = false;
+        NodeMissing = true;
+        return;
+    }
 
-    // Hours from each node: time in hours keeps the products of 13 factors
-    // near unity. The basis polynomial of node k is the product of all
-    // other factors times its weight: prefix and suffix products give all
-    // of them in one pass.
+    // Seconds from each node. The basis polynomial of node k is the
+    // product of all other factors times its weight: prefix and suffix
+    // products give all of them in one pass.
     long double pre[MaxNodes + 1], suf[MaxNodes + 1];
-    long double* const hours = lastHours;
+    long double* const sec = lastSeconds;
     // The difference of operator- (days scaled first, then the seconds),
     // formed here without a call per node.
     const unsigned long day = ephCalc.GetMJDay();
@@ -442,15 +456,16 @@ void GNSSpEph::Interpolate(unsigned short sati, const mjd& ephCalc, xyzt& psat, 
     for (long k = 0; k < nNodes; ++k) {
         const unsigned long d = nodeEpoch[k].GetMJDay();
         const long double days = day >= d ? static_cast<long double>(day - d) : -static_cast<long double>(d - day);
-        hours[k] = (days * 86400.0L + (second - nodeEpoch[k].GetSecond())) / 3600.0L;
+        sec[k] = days * 86400.0L + (second - nodeEpoch[k].GetSecond());
     }
     pre[0] = 1.0L;
-    for (long k = 0; k < nNodes; ++k) pre[k + 1] = pre[k] * hours[k];
+    for (long k = 0; k < nNodes; ++k) pre[k + 1] = pre[k] * sec[k];
     suf[nNodes] = 1.0L;
-    for (long k = nNodes - 1; k >= 0; --k) suf[k] = suf[k + 1] * hours[k];
+    for (long k = nNodes - 1; k >= 0; --k) suf[k] = suf[k + 1] * sec[k];
     p0 = xyzt();
+    const long double* const w = wPos.v;
     for (long k = 0; k < nNodes; ++k) {
-        const long double basis = pre[k] * suf[k + 1] * wPos(k);
+        const long double basis = pre[k] * suf[k + 1] * w[k];
         p0.x += node[k].x * basis;
         p0.y += node[k].y * basis;
         p0.z += node[k].z * basis;
@@ -471,7 +486,7 @@ void GNSSpEph::Interpolate(unsigned short sati, const mjd& ephCalc, xyzt& psat, 
         }
         long double pxi = wClk(i - i1);
         for (long j = i1; j <= i2; ++j)
-            if (j != i) pxi *= hours[j - p1];
+            if (j != i) pxi *= sec[j - p1];
         p0.dt += dtNode * pxi;
     }
     v0.dt = 0.0L;
@@ -497,7 +512,8 @@ long double GNSSpEph::CalcSatPosition(unsigned short sati, mjd& ephCalc, xyz& pr
         if (!PSisOK) return -1.0L;
         // The receiver carried into the Earth-fixed frame of emission.
         const long double a = -deltat * OMEGAz;
-        const long double cosA = std::cos(a), sinA = std::sin(a);
+        long double sinA, cosA;
+        SinCosOfSmallAngle(a, sinA, cosA);
         ps.x = prec.x * cosA - prec.y * sinA;
         ps.y = prec.y * cosA + prec.x * sinA;
         ps.z = prec.z;
@@ -541,7 +557,8 @@ long double GNSSpEph::MovedSatPosition(const LightTimeState& s, long double shif
         psat.y = s.pos.y + s.vel.y * dt + s.pos.y * acc;
         psat.z = s.pos.z + s.vel.z * dt + s.pos.z * acc;
         const long double a = tau * OMEGAz;
-        const long double cosA = std::cos(a), sinA = std::sin(a);
+        long double sinA, cosA;
+        SinCosOfSmallAngle(a, sinA, cosA);
         const long double dx = prec.x * cosA - prec.y * sinA - psat.x;
         const long double dy = prec.y * cosA + prec.x * sinA - psat.y;
         const long double dz = prec.z - psat.z;
@@ -566,8 +583,10 @@ long double GNSSpEph::CalcSatPosition(unsigned short sati, mjd& ephCalc, xyz& pr
     ephr += -dt;
     Interpolate(sati, ephr, psat, vsat);
     const long double a = OMEGAz * dt;
-    ps.x = prec.x * std::cos(a) - prec.y * std::sin(a);
-    ps.y = prec.y * std::cos(a) + prec.x * std::sin(a);
+    long double sinA, cosA;
+    SinCosOfSmallAngle(a, sinA, cosA);
+    ps.x = prec.x * cosA - prec.y * sinA;
+    ps.y = prec.y * cosA + prec.x * sinA;
     ps.z = prec.z;
     const long double dx = ps.x - psat.x, dy = ps.y - psat.y, dz = ps.z - psat.z;
     return std::sqrt(dx * dx + dy * dy + dz * dz);

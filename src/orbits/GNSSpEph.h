@@ -187,6 +187,8 @@ private:
     matrix<mjd> epoch;
     matrix<xyzt> sPos;
     matrix<xyzt> bySlot;
+    // Per slot, nepoch + 1 counts: missing nodes before each node.
+    matrix<long> emptyBefore;
     matrix<xyzt> sPosSig;
     long double interval;
     long double posBase, clkBase;
@@ -198,8 +200,8 @@ private:
     matrix<long double> wPos, wClk;
     // Header slot of each satellite number, -1 for one not in the file.
     matrix<long> slotOf;
-    // Hours from the nodes and the nodes of the last interpolation.
-    long double lastHours[MaxNodes] = {};
+    // Seconds from the nodes and the nodes of the last interpolation.
+    long double lastSeconds[MaxNodes] = {};
     const xyzt* lastNode = nullptr;
     long lastNodes = 0;
     long double OMEGAz;

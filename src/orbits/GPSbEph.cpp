@@ -11,6 +11,7 @@
 
 #include "geodesy/CoordinateTransforms.h"
 #include "geodesy/TimeConverse.h"
+#include "numerics/SmallAngle.h"
 #include "numerics/FieldText.h"
 #include "numerics/ProgramError.h"
 #include "numerics/InputFile.h"
@@ -312,8 +313,10 @@ long double GPSbEph::RotatedDistance(const xyz& prec, long double tau, const xyz
 {
     // The receiver turns with the Earth while the signal travels.
     const long double a = tau * OMEGAz;
-    ps.x = prec.x * std::cos(a) - prec.y * std::sin(a);
-    ps.y = prec.y * std::cos(a) + prec.x * std::sin(a);
+    long double sinA, cosA;
+    SinCosOfSmallAngle(a, sinA, cosA);
+    ps.x = prec.x * cosA - prec.y * sinA;
+    ps.y = prec.y * cosA + prec.x * sinA;
     ps.z = prec.z;
     return std::hypot(ps.x - psat.x, ps.y - psat.y, ps.z - psat.z);
 }

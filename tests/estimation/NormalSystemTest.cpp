@@ -8,42 +8,72 @@
 using namespace esttest;
 
 // Exact made-up data of unit-sized coefficients: both routes solve the
-// same well-conditioned 5 + 4 unknown problem in long double, where
+// same well-conditioned 8 + 4 unknown problem in long double, where
 // round-off stays near 1e-15; 1e-9 leaves room without hiding a wrong term.
 constexpr long double SolveTol = 1e-9L;
 
+// Records of two systems (the second with a bias column), each with a code
+// equation and a phase equation with its own column, summed by record into
+// the shared block and spread with the epoch's node factors, against the
+// full system with the clocks as explicit unknowns. Odd epochs also put a
+// gradient slot on coordinate column 0, so that a column met twice takes
+// its cross term twice.
 TEST(NormalSystem, PreEliminatedClocksGiveTheDirectSolution)
 {
-    const long nUnk = 5, nEp = 4;
-    const long double xTrue[nUnk] = {0.8L, -1.3L, 2.1L, 0.25L, -0.6L}, cTrue[nEp] = {3.0L, -2.0L, 0.5L, 7.0L};
-    unsigned long long lcg = 12345;  // deterministic coefficients in [-1, 1)
+    using ProcStaticns::NSlots;
+    const long nUnk = 8, nEp = 4;
+    const long double xTrue[nUnk] = {0.8L, -1.3L, 2.1L, 0.25L, -0.6L, 0.4L, 1.7L, -0.9L};
+    const long double cTrue[nEp] = {3.0L, -2.0L, 0.5L, 7.0L};
+    unsigned long long lcg = 12345;  // deterministic values in [-1, 1)
+    auto next = [&lcg] {
+        lcg = lcg * 6364136223846793005ULL + 1442695040888963407ULL;
+        return static_cast<long double>((lcg >> 11) % 2000001ULL) / 1000000.0L - 1.0L;
+    };
     matrix<long double> Nc(nUnk, nUnk, 0.0L), tc(nUnk, 1, 0.0L), Nt(nUnk, nUnk, 0.0L), tt(nUnk, 1, 0.0L);
-    matrix<long double> N21(nEp, nUnk, 0.0L), N22(nEp, 1, 0.0L), t2(nEp, 1, 0.0L);
-    // The full system over [x; c] built directly from the same rows.
+    matrix<long double> N22(nEp, 1, 0.0L), t2(nEp, 1, 0.0L);
+    std::vector<long> rowStart{0}, rowCol;
+    std::vector<long double> rowVal;
+    EpochNormals sums(nUnk);
     const size_t n = static_cast<size_t>(nUnk + nEp);
     std::vector<long double> A(n * n, 0.0L), b(n, 0.0L);
-    for (long e = 0; e < nEp; ++e)
+    for (long e = 0; e < nEp; ++e) {
+        long iB[NSlots];
+        long double factor[NSlots], B[NSlots];
+        for (int s = 0; s < NSlots; ++s) iB[s] = -1, factor[s] = 1.0L, B[s] = 0.0L;
+        iB[0] = 0, iB[1] = 1, iB[2] = 2, iB[6] = 4, iB[7] = 5;
+        factor[6] = 0.25L * static_cast<long double>(e + 1), factor[7] = 1.0L - factor[6];
+        if (e % 2 == 1) iB[11] = 0, factor[11] = 0.5L;
+        sums.Begin(iB, factor);
         for (int r = 0; r < 6; ++r) {
-            long double B[ProcStaticns::NSlots], f = -cTrue[e], p = 0.5L + 0.1L * r;  // B x + (-1) c = f
-            long int iB[ProcStaticns::NSlots];
+            const int sys = r % 2;
+            long double g[EpochNormals::NShared];
+            for (long double& v : g) v = next();
+            g[3] = -1.0L;
+            iB[3] = sys == 1 ? 3 : -1;
+            B[3] = -1.0L;
             std::vector<long double> row(n, 0.0L);
-            for (int s = 0; s < ProcStaticns::NSlots; ++s) {
-                lcg = lcg * 6364136223846793005ULL + 1442695040888963407ULL;
-                B[s] = static_cast<long double>((lcg >> 11) % 2000001ULL) / 1000000.0L - 1.0L;
-                // Slots 0-2 always, the others on some rows only; slot 11
-                // repeats column 0 so that a doubled column is summed.
-                iB[s] = s < 3 ? s : (s == 3 && r % 2 == 0) ? 3 : (s == 6 && r % 3 != 1) ? 4 : (s == 11 && r == 5) ? 0 : -1;
-                if (iB[s] < 0) continue;
-                f += B[s] * xTrue[iB[s]];
-                row[static_cast<size_t>(iB[s])] += B[s];
+            const int slots[] = {0, 1, 2, 6, 7, 11}, values[] = {0, 1, 2, 4, 4, 6};
+            for (int q = 0; q < 6; ++q) {
+                const int s = slots[q];
+                B[s] = g[values[q]] * factor[s];
+                if (iB[s] >= 0) row[static_cast<size_t>(iB[s])] += B[s];
             }
+            if (sys == 1) row[3] += -1.0L;
             row[static_cast<size_t>(nUnk + e)] = -1.0L;
-            AddRow(A, b, row, p, f);
-            long int ie = e;
-            SetCRDNormalSystem(Nc, tc, B, f, p, iB, N21, N22, t2, ie);
+            long double fCode = -cTrue[e];
+            for (size_t c = 0; c < static_cast<size_t>(nUnk); ++c) fCode += row[c] * xTrue[c];
+            const long double pCode = 0.5L + 0.1L * r, pPhase = 2.0L + 0.3L * r;
+            AddRow(A, b, row, pCode, fCode);
+            const long own = 6 + r % 2;
+            row[static_cast<size_t>(own)] = -1.0L;
+            const long double fPhase = fCode - xTrue[own];
+            AddRow(A, b, row, pPhase, fPhase);
+            sums.AddOwn(Nc, tc, own, B, iB, fPhase, pPhase);
+            sums.AddRecord(sys, iB[3], g, pCode + pPhase, pCode * fCode + pPhase * fPhase);
         }
-    long int nu = nUnk;
-    for (long int e = 0; e < nEp; ++e) SetElimNormalSystem(Nt, tt, N21, N22, t2, e, nu);
+        sums.End(Nc, tc, Nt, tt, N22(e), t2(e), rowCol, rowVal);
+        rowStart.push_back(static_cast<long>(rowCol.size()));
+    }
     matrix<long double> Nr(nUnk, nUnk), tr(nUnk, 1);
     for (long i = 0; i < nUnk; ++i) {
         tr(i) = tc(i) - tt(i);
@@ -57,10 +87,11 @@ TEST(NormalSystem, PreEliminatedClocksGiveTheDirectSolution)
         EXPECT_NEAR_LD(x(i), full[static_cast<size_t>(i)], SolveTol) << i;
         EXPECT_NEAR_LD(x(i), xTrue[i], SolveTol) << i;
     }
-    // Back-substitution of the clocks: (t2 - N21 x) / N22.
+    // Back-substitution of the clocks from the kept rows: (t2 - N21 x) / N22.
     for (long e = 0; e < nEp; ++e) {
         long double nx = 0.0L;
-        for (long k = 0; k < nUnk; ++k) nx += N21(e, k) * x(k);
+        for (long r = rowStart[static_cast<size_t>(e)]; r < rowStart[static_cast<size_t>(e) + 1]; ++r)
+            nx += rowVal[static_cast<size_t>(r)] * x(rowCol[static_cast<size_t>(r)]);
         EXPECT_NEAR_LD((t2(e) - nx) / N22(e), full[static_cast<size_t>(nUnk + e)], SolveTol) << e;
         EXPECT_NEAR_LD((t2(e) - nx) / N22(e), cTrue[e], SolveTol) << e;
     }

@@ -1,0 +1,28 @@
+#pragma once
+// Sine and cosine of the angles the Earth turns through while a signal is
+// in flight (about 5e-6 rad): the library's long double sine and cosine cost
+// a hundred times more than the few terms of their series that such an
+// angle needs.
+#include <cmath>
+
+namespace smallanglens {
+/// Largest angle (rad) summed by its series: the first terms left out,
+/// a^9/9! and a^8/8!, are then below 1e-27 against results of order a and 1,
+/// far below the rounding of long double (5e-20 relative).
+inline constexpr long double MaxSeriesAngle_rad = 1e-3L;
+}  // namespace smallanglens
+
+/// Sine s and cosine c of angle a (rad); by their Taylor series up to a^7
+/// and a^6 where |a| <= smallanglens::MaxSeriesAngle_rad, by the library
+/// elsewhere.
+inline void SinCosOfSmallAngle(long double a, long double& s, long double& c)
+{
+    if (!(std::fabs(a) <= smallanglens::MaxSeriesAngle_rad)) {
+        s = std::sin(a);
+        c = std::cos(a);
+        return;
+    }
+    const long double a2 = a * a;
+    s = a * (1.0L - a2 / 6.0L * (1.0L - a2 / 20.0L * (1.0L - a2 / 42.0L)));
+    c = 1.0L - a2 / 2.0L * (1.0L - a2 / 12.0L * (1.0L - a2 / 30.0L));
+}
