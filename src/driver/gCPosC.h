@@ -173,7 +173,7 @@ public:
         long double recClk = 0.0L;
         bool saved = false, clockOK = false;
     };
-    std::vector<SavedSatellite> savedSat;
+    matrix<SavedSatellite> savedSat;
 
     matrix<long double> dcbC1, dcbP1, dcbP2, dcbPc3, dcbPp3;
     matrix<long int> ixdcbC1, ixdcbP1, ixdcbP2, ixdcbPc3, ixdcbPp3;

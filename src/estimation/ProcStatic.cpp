@@ -124,7 +124,8 @@ void ProcStatic(gCPosC& gc)
             if (m->NRow() != nRec) m->Resize(nRec, 1, 0.0L);
     }
     const bool storeRows = gc.ifEstKin || gc.isThresBlunder;
-    if (storeRows && (gc.mB.NRow() != nRec || gc.mIB.NRow() != nRec)) {
+    if (storeRows && (gc.mB.NRow() != nRec || gc.mIB.NRow() != nRec || gc.mB.NCol() != NSlots
+                      || gc.mIB.NCol() != NSlots)) {
         gc.mB.Resize(nRec, NSlots, 0.0L);
         gc.mIB.Resize(nRec, NSlots, -1);
     }
@@ -196,9 +197,14 @@ void ProcStatic(gCPosC& gc)
 
     // Made here, not with the other record arrays, so that the
     // preprocessing's peak of memory does not carry it; kept for the
-    // second adjustment.
-    if (gc.savedSat.size() != static_cast<std::size_t>(nRec))
-        gc.savedSat.assign(static_cast<std::size_t>(nRec), gCPosC::SavedSatellite());
+    // second adjustment. Fresh storage is default-constructed: nothing
+    // saved yet.
+    if (gc.savedSat.NRow() != nRec) gc.savedSat.Resize(nRec);
+    // The ambiguity of each record, looked up in the first iteration: the
+    // arcs stay the same through the iterations.
+    std::vector<long> ambOfRec(useL3 ? static_cast<std::size_t>(nRec) : 0, -1);
+    // The factors of the last iteration's system give the covariance.
+    lur<long double> lu;
     int niter = 1;
     long double dcorr = 0.0L;
     for (;;) {
@@ -294,7 +300,7 @@ void ProcStatic(gCPosC& gc)
                     SATisOK = healthy && dist > 0.0L;
                 } else if (gc.isPEph) {
                     // Sized to the record store above: k is always a row of it.
-                    gCPosC::SavedSatellite& saved = gc.savedSat[static_cast<std::size_t>(k)];
+                    gCPosC::SavedSatellite& saved = gc.savedSat(k);
                     const long double shift = (saved.recClk - RecClkErr) / C_mps;
                     if (saved.saved && std::fabs(shift) < MaxStateShift_s) {
                         dist = gc.pephM.MovedSatPosition(saved.state, shift, gc.RecPosFC, PosSat);
@@ -364,9 +370,12 @@ void ProcStatic(gCPosC& gc)
                 long double pRec = 0.0L, pfRec = 0.0L;
 
                 if (storeRows) {
+                    // Both are NSlots wide (sized above).
+                    long double* const rowB = &gc.mB(k, 0);
+                    auto* const rowI = &gc.mIB(k, 0);
                     for (int s = 0; s < NSlots; ++s) {
-                        gc.mB(k, s) = B_OBS[s];
-                        gc.mIB(k, s) = (s == 4 || s == 5) ? -1 : static_cast<int>(B_OBS_I[s]);
+                        rowB[s] = B_OBS[s];
+                        rowI[s] = (s == 4 || s == 5) ? -1 : static_cast<int>(B_OBS_I[s]);
                     }
                 }
 
@@ -414,8 +423,12 @@ void ProcStatic(gCPosC& gc)
 
                 long ixamb = -1;
                 if (useL3 && !gc.ifXl3(k) && !d.L3(k).IsNull()) {
-                    long ieph = i;
-                    GetAmbIndex(satprn, ieph, gc.AmbIndex, gc.AmbSat, gc.nAmb, ixamb);
+                    long& amb = ambOfRec[static_cast<std::size_t>(k)];
+                    if (niter == 1) {
+                        long ieph = i;
+                        GetAmbIndex(satprn, ieph, gc.AmbIndex, gc.AmbSat, gc.nAmb, amb);
+                    }
+                    ixamb = amb;
                 }
                 if (ixamb >= 0) {
                     B_OBS_I[4] = -1;
@@ -463,10 +476,8 @@ void ProcStatic(gCPosC& gc)
                 ++gc.NUnkUndef;
             }
         }
-        lur<long double> lu;
         lu.dcmp(gc.NFin);
         gc.xtemp = lu.solve(gc.tall);
-        gc.QxxAll = lu.inv();
         gc.xAll += gc.xtemp;
 
         dcorr = subnorm(gc.xtemp, nUnk, 2.0L);
@@ -550,6 +561,7 @@ void ProcStatic(gCPosC& gc)
         if (static_cast<long double>(gc.IterThres) > dcorr) break;
         if (niter > gc.MaxIter) break;
     }
+    gc.QxxAll = lu.inv();
 
     // Nothing observed, nothing estimated: a report of the a-priori values
     // would read as a result.

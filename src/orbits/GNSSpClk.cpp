@@ -82,6 +82,11 @@ void GNSSpClk::ReadFile()
     Lfact[1] = 2.0L * u3;
     Lfact[2] = -2.0L * u3;
     Lfact[3] = 6.0L * u3;
+    // Which node steps have the interpolation's spacing, asked once here
+    // rather than three times for every value.
+    evenStep.Resize(nepoch, 1, false);
+    for (long i = 1; i < nepoch; ++i)
+        evenStep(i) = !(std::fabs(epoch(i) - epoch(i - 1) - 60.0L * intervalUnit) > GNSSpClkns::SpacingTol_s);
 }
 
 void GNSSpClk::GetCLKVersion()
@@ -295,8 +300,7 @@ void GNSSpClk::GetSatelliteClock(short& prn, mjd& reph, long double& dt)
     for (int k = 0; k < 4; ++k) {
         IxI[k] = first + k;
         if (SatClk(IxI[k], col) > GNSSpClkns::MaxClock_s) return;
-        if (k > 0 && std::fabs(epoch(first + k) - epoch(first + k - 1) - 60.0L * intervalUnit) > GNSSpClkns::SpacingTol_s)
-            return;
+        if (k > 0 && !evenStep(first + k)) return;
     }
     DX = (reph - epoch(first)) / 60.0L;
     DTisOK = true;

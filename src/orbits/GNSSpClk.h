@@ -113,6 +113,9 @@ private:
     matrix<short> sat;
     matrix<mjd> epoch;
     matrix<long double> SatClk;
+    // evenStep(i): epoch(i) follows epoch(i - 1) by the interpolation's
+    // spacing (false for the first).
+    matrix<bool> evenStep;
     long double interval;
     long double intervalUnit;
     long EpochIx;

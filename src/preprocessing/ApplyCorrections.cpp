@@ -42,7 +42,7 @@ void SizeArrays(gCPosC& gc)
     const long ne = gc.rnxd.GetNEpoch();
     gc.ELV.Resize(n, 1, 0.0L);
     // The adjustment saves its light-time solutions afresh for these records.
-    std::vector<gCPosC::SavedSatellite>().swap(gc.savedSat);
+    gc.savedSat.Resize(0);
     gc.AZM.Resize(n, 1, 0.0L);
     gc.WGHT.Resize(n, 1, 1.0L);
     gc.SETIDE.Resize(n, 1, 0.0L);
