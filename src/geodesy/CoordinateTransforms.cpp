@@ -221,19 +221,26 @@ long double Azimuth(long double x1, long double y1, long double x2, long double 
 
 namespace {
 
-// Elevation and azimuth of the line of sight; false when it has no length.
-bool LineOfSight(const xyz& stPoint, const LocalFrame& frame, const xyzt& satPos,
-                 long double& E, long double& A)
+// Elevation and azimuth of the line of sight with their sines and cosines;
+// false when it has no length.
+bool LineOfSight(const xyz& stPoint, const LocalFrame& frame, const xyzt& satPos, SkyDirection& d)
 {
     xyz vec = satPos - stPoint;
     const long double len = vec.GetLength();
     if (!(len > 0.0L)) return false;
     vec /= len;
     const neu veclg = g2lg(vec, frame);
+    const long double n = veclg.GetLength();
     // Round-off can carry |u| / length a few ulp past 1, outside asin.
-    const long double s = std::clamp(veclg.u / veclg.GetLength(), -1.0L, 1.0L);
-    E = std::asin(s);
-    A = Azimuth(0.0L, 0.0L, veclg.e, veclg.n);
+    const long double s = std::clamp(veclg.u / n, -1.0L, 1.0L);
+    d.E = std::asin(s);
+    d.A = Azimuth(0.0L, 0.0L, veclg.e, veclg.n);
+    d.sinE = s;
+    const long double h = std::sqrt(veclg.e * veclg.e + veclg.n * veclg.n);
+    d.cosE = h / n;
+    // Straight overhead the azimuth is 0.
+    d.sinA = h > 0.0L ? veclg.e / h : 0.0L;
+    d.cosA = h > 0.0L ? veclg.n / h : 1.0L;
     return true;
 }
 
@@ -248,19 +255,24 @@ void SatelliteAzimuthElevation(const xyz& stPoint, const xyzt& satPos, const eli
 void SatelliteAzimuthElevation(const xyz& stPoint, const LocalFrame& frame, const xyzt& satPos,
                                long double* E, long double* A)
 {
-    long double el = 0.0L, az = 0.0L;
-    if (!LineOfSight(stPoint, frame, satPos, el, az)) el = az = 0.0L;
-    if (E) *E = el;
-    if (A) *A = az;
+    const SkyDirection d = SatelliteSkyDirection(stPoint, frame, satPos);
+    if (E) *E = d.E;
+    if (A) *A = d.A;
+}
+
+SkyDirection SatelliteSkyDirection(const xyz& stPoint, const LocalFrame& frame, const xyzt& satPos)
+{
+    SkyDirection d;
+    if (!LineOfSight(stPoint, frame, satPos, d)) d = SkyDirection();
+    return d;
 }
 
 void SatelliteAzimuthZenith(const xyz& stPoint, const xyzt& satPos, const elipsoid& elps,
                             long double* Z, long double* A)
 {
-    long double el = 0.0L, az = 0.0L;
-    if (!LineOfSight(stPoint, LocalFrame(xyz2flh(stPoint, elps)), satPos, el, az)) el = az = 0.0L;
-    if (Z) *Z = Pi / 2.0L - el;
-    if (A) *A = az;
+    const SkyDirection d = SatelliteSkyDirection(stPoint, LocalFrame(xyz2flh(stPoint, elps)), satPos);
+    if (Z) *Z = Pi / 2.0L - d.E;
+    if (A) *A = d.A;
 }
 
 void GNSSSatBasis(xyz& Xv, xyz& Yv, xyz& Zv, const xyzt& pSat, const xyz& pSun)

@@ -97,6 +97,16 @@ void SatelliteAzimuthElevation(const xyz& stPoint, const xyzt& satPos, const eli
 /// ellipsoid) given, for loops over many satellites seen from one station.
 void SatelliteAzimuthElevation(const xyz& stPoint, const LocalFrame& frame, const xyzt& satPos,
                                long double* E, long double* A);
+/// Elevation E and azimuth A (rad) as SatelliteAzimuthElevation gives them,
+/// with their sines and cosines taken from the components of the line of
+/// sight, not from E and A (equal to them to round-off, without the cost of
+/// four long double trigonometric calls). A satellite at the station gets
+/// E = A = 0 and their sines and cosines.
+struct SkyDirection {
+    long double E = 0.0L, A = 0.0L;
+    long double sinE = 0.0L, cosE = 1.0L, sinA = 0.0L, cosA = 1.0L;
+};
+SkyDirection SatelliteSkyDirection(const xyz& stPoint, const LocalFrame& frame, const xyzt& satPos);
 /// As SatelliteAzimuthElevation with the zenith distance *Z = pi/2 - E
 /// (rad) in place of the elevation.
 void SatelliteAzimuthZenith(const xyz& stPoint, const xyzt& satPos, const elipsoid& elps,

@@ -378,15 +378,13 @@ xyzt GNSSpEph::LastVelocity() const
     long double pre[MaxNodes + 1], suf[MaxNodes + 1], dPre[MaxNodes + 1], dSuf[MaxNodes + 1];
     pre[0] = 1.0L;
     dPre[0] = 0.0L;
-    for (long k = 0; k < n; ++k) {
-        pre[k + 1] = pre[k] * lastSeconds[k];
-        dPre[k + 1] = dPre[k] * lastSeconds[k] + pre[k];
-    }
     suf[n] = 1.0L;
     dSuf[n] = 0.0L;
-    for (long k = n - 1; k >= 0; --k) {
-        suf[k] = suf[k + 1] * lastSeconds[k];
-        dSuf[k] = dSuf[k + 1] * lastSeconds[k] + suf[k + 1];
+    for (long k = 0, m = n - 1; k < n; ++k, --m) {
+        pre[k + 1] = pre[k] * lastSeconds[k];
+        dPre[k + 1] = dPre[k] * lastSeconds[k] + pre[k];
+        suf[m] = suf[m + 1] * lastSeconds[m];
+        dSuf[m] = dSuf[m + 1] * lastSeconds[m] + suf[m + 1];
     }
     const long double* const w = wPos.v;
     xyzt v;
@@ -458,18 +456,23 @@ void GNSSpEph::Interpolate(unsigned short sati, const mjd& ephCalc, xyzt& psat, 
         const long double days = day >= d ? static_cast<long double>(day - d) : -static_cast<long double>(d - day);
         sec[k] = days * 86400.0L + (second - nodeEpoch[k].GetSecond());
     }
+    // The two product chains in one loop, and the sums in locals: each
+    // chain then waits on its own multiplications only.
     pre[0] = 1.0L;
-    for (long k = 0; k < nNodes; ++k) pre[k + 1] = pre[k] * sec[k];
     suf[nNodes] = 1.0L;
-    for (long k = nNodes - 1; k >= 0; --k) suf[k] = suf[k + 1] * sec[k];
-    p0 = xyzt();
+    for (long k = 0, m = nNodes - 1; k < nNodes; ++k, --m) {
+        pre[k + 1] = pre[k] * sec[k];
+        suf[m] = suf[m + 1] * sec[m];
+    }
     const long double* const w = wPos.v;
+    long double x = 0.0L, y = 0.0L, z = 0.0L;
     for (long k = 0; k < nNodes; ++k) {
         const long double basis = pre[k] * suf[k + 1] * w[k];
-        p0.x += node[k].x * basis;
-        p0.y += node[k].y * basis;
-        p0.z += node[k].z * basis;
+        x += node[k].x * basis;
+        y += node[k].y * basis;
+        z += node[k].z * basis;
     }
+    p0 = xyzt(x, y, z, 0.0L);
     lastNode = node;
     lastNodes = nNodes;
     v0 = withVelocity ? LastVelocity() : xyzt();
@@ -478,17 +481,19 @@ void GNSSpEph::Interpolate(unsigned short sati, const mjd& ephCalc, xyzt& psat, 
     // on the same interval and slid inward at the same ends).
     const long p1 = i1;
     window(nPtsTime, i1, i2);
+    long double clk = 0.0L;
     for (long i = i1; i <= i2; ++i) {
         const long double dtNode = node[i - p1].dt;
         if (std::fabs(dtNode) > GNSSpEphns::MaxClock_s) {
             DTisOK = false;
             break;
         }
-        long double pxi = wClk(i - i1);
+        long double pxi = wClk.v[i - i1];
         for (long j = i1; j <= i2; ++j)
             if (j != i) pxi *= sec[j - p1];
-        p0.dt += dtNode * pxi;
+        clk += dtNode * pxi;
     }
+    p0.dt = clk;
     v0.dt = 0.0L;
     psat = p0;
     vsat = v0;

@@ -147,7 +147,7 @@ void PrintModels(const gCPosC& gc)
     std::cout << "\n";
 }
 
-void ModelTroposphere(gCPosC& gc, long k, mjd& calcEph)
+void ModelTroposphere(gCPosC& gc, long k, mjd& calcEph, const SkyDirection& sky)
 {
     gc.trpmodel.GetZenithDelay(gc.trpdelay, gc.RecPosFCG, calcEph);
     gc.trpmodel.GetMappFunction(gc.trpdelay, gc.RecPosFCG, calcEph, gc.ELV(k));
@@ -155,11 +155,11 @@ void ModelTroposphere(gCPosC& gc, long k, mjd& calcEph)
     if (gc.ifEstTropo) {
         gc.MFTROP(k) = gc.trpdelay.MappFunWet();
         if (gc.ifEstTropoGrad) {
-            const long double e = gc.ELV(k);
-            const long double mg =
-                1.0L / (std::tan(e) * std::sin(e) + ApplyCorrectionsns::GradMappingC);
-            gc.MFGRAD(k, 0) = std::cos(gc.AZM(k)) * mg;
-            gc.MFGRAD(k, 1) = std::sin(gc.AZM(k)) * mg;
+            // tan(e) sin(e); straight overhead the gradients map to nothing.
+            const long double tanSin = sky.cosE > 0.0L ? sky.sinE * sky.sinE / sky.cosE : 0.0L;
+            const long double mg = sky.cosE > 0.0L ? 1.0L / (tanSin + ApplyCorrectionsns::GradMappingC) : 0.0L;
+            gc.MFGRAD(k, 0) = sky.cosA * mg;
+            gc.MFGRAD(k, 1) = sky.sinA * mg;
         }
     } else {
         gc.TROP(k) += gc.trpdelay.DelayWet();
@@ -459,7 +459,9 @@ void CalculateAE(gCPosC& gc)
                 continue;
             }
             const LocalFrame& frame = ell == &gc.eGLN ? frameGLN : ell == &gc.eGAL ? frameGAL : frameGPS;
-            SatelliteAzimuthElevation(gc.RecPosFC, frame, posSat, &gc.ELV(k), &gc.AZM(k));
+            const SkyDirection dir = SatelliteSkyDirection(gc.RecPosFC, frame, posSat);
+            gc.ELV(k) = dir.E;
+            gc.AZM(k) = dir.A;
             const long double satDist = posSat.GetLength();
             gc.SAT_DIST(k) = satDist;
             gc.SAT_POS(k) = posSat;
@@ -470,10 +472,7 @@ void CalculateAE(gCPosC& gc)
 
             gc.REL2(k) = ns::Rel2Const
                          * std::log((satDist + recDist + dist) / (satDist + recDist - dist));
-            if (gc.obsP == gCPosC::COSZ) {
-                const long double s = std::sin(gc.ELV(k));
-                gc.WGHT(k) = s * s;
-            }
+            if (gc.obsP == gCPosC::COSZ) gc.WGHT(k) = dir.sinE * dir.sinE;
             // The solid tide is projected on the line from the satellite to
             // the receiver, pole and ocean tide on the opposite one: a site
             // lifted towards a satellite overhead shortens the range, so the
@@ -484,13 +483,11 @@ void CalculateAE(gCPosC& gc)
                 gc.SETIDE(k) = los * solidTide;
             }
             if (gc.isPTide || gc.isOTide) {
-                const long double ce = std::cos(gc.ELV(k));
-                const long double xs = std::sin(gc.AZM(k)) * ce, ys = std::cos(gc.AZM(k)) * ce,
-                                  zs = std::sin(gc.ELV(k));
+                const long double xs = dir.sinA * dir.cosE, ys = dir.cosA * dir.cosE, zs = dir.sinE;
                 if (gc.isPTide) gc.PTIDE(k) = poleTide.e * xs + poleTide.n * ys + poleTide.u * zs;
                 if (gc.isOTide) gc.OTIDE(k) = oceanTide.e * xs + oceanTide.n * ys + oceanTide.u * zs;
             }
-            if (gc.isTrpModel) ModelTroposphere(gc, k, calcEph);
+            if (gc.isTrpModel) ModelTroposphere(gc, k, calcEph, dir);
             if (gc.isKlob || gc.isIonx || gc.isMyion) ModelIonosphere(gc, k, calcEph, site);
         }
     }

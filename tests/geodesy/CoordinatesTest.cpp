@@ -181,6 +181,12 @@ TEST(Direction, AzimuthElevationAndSatelliteBasis) {
             SatelliteAzimuthZenith(st, xyzt(c.sat, 0), e, &Z, &A2);
             EXPECT_TRUE(std::fabs(E - c.el) < Direction_rad && std::fabs(Z - (Pi / 2 - c.el)) < Direction_rad &&
                         (c.az < 0 || std::fabs(std::remainder(A - c.az, 2 * Pi)) + std::fabs(std::remainder(A2 - c.az, 2 * Pi)) < Direction_rad)) << latd << ": " << E << " " << Z << " " << A;
+            // The sines and cosines from the components (overhead, asin
+            // near 1 costs E itself some 1e-10 rad; the azimuth snaps
+            // components below 1e-14 to 0).
+            const SkyDirection d = SatelliteSkyDirection(st, LocalFrame(xyz2flh(st, e)), xyzt(c.sat, 0));
+            EXPECT_TRUE(d.E == E && d.A == A && std::fabs(d.sinE - std::sin(E)) + std::fabs(d.cosE - std::cos(E)) < Direction_rad &&
+                        (c.az < 0 || std::fabs(d.sinA - std::sin(A)) + std::fabs(d.cosA - std::cos(A)) < Direction_rad)) << latd << ": " << d.sinE << " " << d.cosE;
         }
     }
     // No line of sight: elevation and azimuth 0, below any mask.
