@@ -35,14 +35,76 @@ bool ToLong(const std::string& text, long& value)
     return errno == 0;
 }
 
-bool ToLongDouble(const std::string& text, long double& value)
+namespace {
+
+// Powers of ten that long double holds exactly: 10^n = 2^n 5^n, and 5^27
+// still fits the 64-bit significand.
+constexpr int MaxExactPower = 27;
+constexpr long double ExactPowerOfTen[MaxExactPower + 1] = {
+    1e0L,  1e1L,  1e2L,  1e3L,  1e4L,  1e5L,  1e6L,  1e7L,  1e8L,  1e9L,  1e10L, 1e11L, 1e12L, 1e13L,
+    1e14L, 1e15L, 1e16L, 1e17L, 1e18L, 1e19L, 1e20L, 1e21L, 1e22L, 1e23L, 1e24L, 1e25L, 1e26L, 1e27L};
+// Digits whose integer is exact in the significand (10^19 < 2^64).
+constexpr int MaxExactDigits = 19;
+
+// A plain decimal of at most 19 digits and a small exponent, the form of
+// nearly every field of the product files: its digits make an integer that
+// long double holds exactly, and one division (or product) by an exact power
+// of ten rounds once, correctly, as strtold does. False for anything else,
+// which then goes to strtold.
+bool ExactDecimal(const char* t, long double& value)
 {
-    if (text.empty()) return false;
+    const bool negative = *t == '-';
+    if (*t == '-' || *t == '+') ++t;
+    unsigned long long digits = 0;
+    int nDigits = 0, scale = 0;
+    bool point = false;
+    for (;; ++t) {
+        if (*t >= '0' && *t <= '9') {
+            if (++nDigits > MaxExactDigits) return false;
+            digits = digits * 10 + static_cast<unsigned>(*t - '0');
+            if (point) ++scale;
+        } else if (*t == '.' && !point) {
+            point = true;
+        } else {
+            break;
+        }
+    }
+    if (nDigits == 0) return false;
+    int exponent = 0;
+    if (*t == 'E' || *t == 'e') {
+        ++t;
+        const bool minus = *t == '-';
+        if (*t == '-' || *t == '+') ++t;
+        int n = 0;
+        for (; *t >= '0' && *t <= '9'; ++t) {
+            if (++n > 3) return false;
+            exponent = exponent * 10 + (*t - '0');
+        }
+        if (n == 0) return false;
+        if (minus) exponent = -exponent;
+    }
+    if (*t != '\0') return false;
+    const int down = scale - exponent;
+    if (down > MaxExactPower || -down > MaxExactPower) return false;
+    const long double m = static_cast<long double>(digits);
+    value = down >= 0 ? m / ExactPowerOfTen[down] : m * ExactPowerOfTen[-down];
+    if (negative) value = -value;
+    return true;
+}
+
+}  // namespace
+
+bool ToLongDouble(const char* text, long double& value)
+{
+    if (*text == '\0') return false;
+    if (ExactDecimal(text, value)) return true;
     char* end = nullptr;
     errno = 0;
-    value = std::strtold(text.c_str(), &end);
-    return errno == 0 && end != text.c_str() && *end == '\0' && std::isfinite(value);
+    value = std::strtold(text, &end);
+    return errno == 0 && end != text && *end == '\0' && std::isfinite(value);
 }
+
+bool ToLongDouble(const std::string& text, long double& value) { return ToLongDouble(text.c_str(), value); }
 
 bool IsNumberOrBlank(const char* f, std::size_t n)
 {

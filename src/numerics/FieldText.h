@@ -23,6 +23,8 @@ bool ToLong(const std::string& text, long& value);
 /// Decimal number and nothing else; false otherwise, also for an infinite
 /// or NaN text.
 bool ToLongDouble(const std::string& text, long double& value);
+/// The same for a NUL-terminated text.
+bool ToLongDouble(const char* text, long double& value);
 
 /// True when the n characters at f hold blanks alone or one finite number
 /// between blanks (what ToLongDouble takes); text, "nan" and "inf" are none.

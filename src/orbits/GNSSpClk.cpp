@@ -1,5 +1,6 @@
 #include "orbits/GNSSpClk.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -15,22 +16,36 @@
 
 namespace {
 
-bool NextLine(std::istream& in, std::string& line)
-{
-    if (!std::getline(in, line)) return false;
-    if (!line.empty() && line.back() == '\r') line.pop_back();
-    return true;
-}
+using fieldtext::NextLine;
 
 bool Holds(const std::string& line, const char* text)
 {
     return line.find(text) != std::string::npos;
 }
 
-// Date text of an AS line: the 26 characters from posDate.
-std::string DateText(const std::string& line, std::size_t posDate)
+// Characters of the date text of an AS line, from posDate.
+constexpr std::size_t DateWidth = 26;
+
+// True when the AS line's date text differs from previous, which then
+// takes it. Compared in place: some hundred thousand lines share a few
+// thousand dates.
+bool NewDate(const std::string& line, std::size_t posDate, std::string& previous)
 {
-    return line.substr(posDate, 26);
+    if (line.compare(posDate, DateWidth, previous) == 0) return false;
+    previous.assign(line, posDate, DateWidth);
+    return true;
+}
+
+// The trimmed text of the n characters at pos of line, into out (room for
+// outSize characters with the terminating NUL; longer fields are cut).
+void TrimmedInto(const std::string& line, std::size_t pos, std::size_t n, char* out, std::size_t outSize)
+{
+    std::size_t a = pos, b = std::min(line.size(), pos + n);
+    while (a < b && (line[a] == ' ' || line[a] == '\t')) ++a;
+    while (b > a && (line[b - 1] == ' ' || line[b - 1] == '\t')) --b;
+    const std::size_t len = std::min(b - a, outSize - 1);
+    std::memcpy(out, line.data() + a, len);
+    out[len] = '\0';
 }
 
 }  // namespace
@@ -166,9 +181,7 @@ void GNSSpClk::CheckData(std::istream& in)
         // posDate; a line cut inside it (the last line of a cut file) would
         // read a number off by powers of ten without any sign.
         if (line.size() < posDate + GNSSpClkns::BiasFieldEnd) Fail(lineNo, "AS record too short");
-        const std::string date = DateText(line, posDate);
-        if (nepoch == 0 || date != previous) ++nepoch;
-        previous = date;
+        if (NewDate(line, posDate, previous) || nepoch == 0) ++nepoch;
     }
     // Four nodes for the cubic, and two epochs at least for a spacing.
     if (nepoch < 4)
@@ -194,30 +207,29 @@ void GNSSpClk::ReadFileData()
         ++lineNo;
         if (line.compare(0, 2, "AS") != 0) continue;
         if (line.size() < posDate + GNSSpClkns::BiasFieldEnd) Fail(lineNo, "AS record too short");
-        const std::string date = DateText(line, posDate);
-        if (ieph < 0 || date != previous) {
+        if (NewDate(line, posDate, previous) || ieph < 0) {
             ++ieph;
             // The file was counted on this stream's text; a file that
             // changed since would overrun the epochs.
             if (ieph >= nepoch) Fail(lineNo, "more epochs than counted");
             unsigned short y = 0, mo = 0, d = 0, h = 0, mi = 0;
             long double s = 0.0L;
-            if (std::sscanf(date.c_str(), "%hu %hu %hu %hu %hu %Lf", &y, &mo, &d, &h, &mi, &s) != 6)
+            if (std::sscanf(previous.c_str(), "%hu %hu %hu %hu %hu %Lf", &y, &mo, &d, &h, &mi, &s) != 6)
                 Fail(lineNo, "AS record date does not parse");
             ymdhms ep(y, mo, d, h, mi, s);
             epoch(ieph) = ymdhms2mjd(ep);
             if (ieph > 0 && !(epoch(ieph) - epoch(ieph - 1) > 0.0L))
                 Fail(lineNo, "epochs are not in increasing time order");
         }
-        previous = date;
         // A blank bias is no zero clock, and "nan" would carry into every
         // range of the satellite. A line cut in the last exponent digit
         // passes the length test but leaves a normalised mantissa of 0.1 or
         // more: the clock bound refuses it.
-        const std::string field = fieldtext::TrimmedField(line, posDate + ns::BiasFieldStart, ns::BiasFieldWidth);
+        char field[ns::BiasFieldWidth + 1];
+        TrimmedInto(line, posDate + ns::BiasFieldStart, ns::BiasFieldWidth, field, sizeof field);
         long double bias = 0.0L;
         if (!fieldtext::ToLongDouble(field, bias))
-            Fail(lineNo, "clock bias \"" + field + "\" is not a number");
+            Fail(lineNo, std::string("clock bias \"") + field + "\" is not a number");
         const int prn = std::atoi(line.c_str() + 4);
         const short s = PreciseSatelliteNumber(line[3], prn);
         // A satellite the header doesn't list has no column.
