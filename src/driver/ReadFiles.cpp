@@ -59,6 +59,9 @@ void ReadAll(gCPosC& gc)
                     + std::to_string(gc.pephM.GetNSat()) + " satellites");
     }
     if (gc.isPclk) {
+        // The observations are read: only their span of the clocks is kept.
+        const long n = gc.rnxd.GetNEpoch();
+        if (n > 0) gc.pclkM.SetSpan(gc.rnxd.epoch(0), gc.rnxd.epoch(n - 1));
         gc.pclkM.ReadFile();
         Echo(v, "reading MULTI-GNSS PRECISE SATELLITE CLOCK file - "
                     + std::to_string(gc.pclkM.GetNEpoch()) + " epochs "

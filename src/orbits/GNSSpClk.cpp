@@ -7,6 +7,7 @@
 #include <cstring>
 #include <fstream>
 #include <string>
+#include <vector>
 
 #include "geodesy/TimeConverse.h"
 #include "geodesy/ymdhms.h"
@@ -80,7 +81,6 @@ void GNSSpClk::ReadFile()
     CheckData(in);
     in.close();
 
-    epoch.Resize(nepoch);
     SatClk.Resize(nepoch, nsat, GNSSpClkns::NoClock_s);
     ReadFileData();
 
@@ -169,11 +169,19 @@ void GNSSpClk::ReadFileHeader(std::istream& in)
         if (satList(i) >= 0) satIx(satList(i)) = i;
 }
 
+void GNSSpClk::SetSpan(const mjd& first, const mjd& last)
+{
+    hasSpan = true;
+    spanFirst = first;
+    spanLast = last;
+}
+
 void GNSSpClk::CheckData(std::istream& in)
 {
     std::string line, previous;
-    long lineNo = nHeaderLines;
-    nepoch = 0;
+    long lineNo = nHeaderLines, badLine = 0;
+    std::string bad;
+    std::vector<mjd> fileEpoch;
     while (NextLine(in, line)) {
         ++lineNo;
         if (line.compare(0, 2, "AS") != 0) continue;
@@ -181,12 +189,44 @@ void GNSSpClk::CheckData(std::istream& in)
         // posDate; a line cut inside it (the last line of a cut file) would
         // read a number off by powers of ten without any sign.
         if (line.size() < posDate + GNSSpClkns::BiasFieldEnd) Fail(lineNo, "AS record too short");
-        if (NewDate(line, posDate, previous) || nepoch == 0) ++nepoch;
+        if (!NewDate(line, posDate, previous) && !fileEpoch.empty()) continue;
+        unsigned short y = 0, mo = 0, d = 0, h = 0, mi = 0;
+        long double sec = 0.0L;
+        mjd t;
+        if (std::sscanf(previous.c_str(), "%hu %hu %hu %hu %hu %Lf", &y, &mo, &d, &h, &mi, &sec) == 6) {
+            t = ymdhms2mjd(ymdhms(y, mo, d, h, mi, sec));
+            if (badLine == 0 && !fileEpoch.empty() && !(t - fileEpoch.back() > 0.0L))
+                badLine = lineNo, bad = "epochs are not in increasing time order";
+        } else if (badLine == 0) {
+            badLine = lineNo, bad = "AS record date does not parse";
+        }
+        fileEpoch.push_back(t);
     }
     // Four nodes for the cubic, and two epochs at least for a spacing.
-    if (nepoch < 4)
-        Fail(lineNo, "fewer than four epochs of AS records ("
-                         + std::to_string(nepoch) + ")");
+    const long nFile = static_cast<long>(fileEpoch.size());
+    nepochFile = nFile;
+    if (nFile < 4) Fail(lineNo, "fewer than four epochs of AS records (" + std::to_string(nFile) + ")");
+    if (badLine > 0) Fail(badLine, bad);
+
+    // Only the epochs of the span and a margin on either side are kept: a
+    // few hours of observations need not parse a whole day of 30-s clocks.
+    // A span that meets fewer than four epochs keeps the whole file, for the
+    // callers' test of the span.
+    firstKept = 0;
+    nepoch = nFile;
+    if (hasSpan) {
+        long a = 0, b = nFile - 1;
+        while (a < nFile && fileEpoch[static_cast<std::size_t>(a)] < spanFirst) ++a;
+        while (b >= 0 && spanLast < fileEpoch[static_cast<std::size_t>(b)]) --b;
+        if (b - a + 1 >= 4) {
+            a = std::max(0L, a - GNSSpClkns::SpanMarginEpochs);
+            b = std::min(nFile - 1, b + GNSSpClkns::SpanMarginEpochs);
+            firstKept = a;
+            nepoch = b - a + 1;
+        }
+    }
+    epoch.Resize(nepoch);
+    for (long i = 0; i < nepoch; ++i) epoch(i) = fileEpoch[static_cast<std::size_t>(firstKept + i)];
 }
 
 void GNSSpClk::ReadFileData()
@@ -200,27 +240,21 @@ void GNSSpClk::ReadFileData()
         ++lineNo;
     } while (!Holds(line, "END OF HEADER"));
 
-    long ieph = -1, firstRefused = 0;
+    long fileIx = -1, ieph = -1, firstRefused = 0;
     std::string previous;
     refused.clear();
     while (NextLine(in, line)) {
         ++lineNo;
         if (line.compare(0, 2, "AS") != 0) continue;
         if (line.size() < posDate + GNSSpClkns::BiasFieldEnd) Fail(lineNo, "AS record too short");
-        if (NewDate(line, posDate, previous) || ieph < 0) {
-            ++ieph;
+        if (NewDate(line, posDate, previous) || fileIx < 0) {
+            ++fileIx;
+            ieph = fileIx - firstKept;
             // The file was counted on this stream's text; a file that
             // changed since would overrun the epochs.
-            if (ieph >= nepoch) Fail(lineNo, "more epochs than counted");
-            unsigned short y = 0, mo = 0, d = 0, h = 0, mi = 0;
-            long double s = 0.0L;
-            if (std::sscanf(previous.c_str(), "%hu %hu %hu %hu %hu %Lf", &y, &mo, &d, &h, &mi, &s) != 6)
-                Fail(lineNo, "AS record date does not parse");
-            ymdhms ep(y, mo, d, h, mi, s);
-            epoch(ieph) = ymdhms2mjd(ep);
-            if (ieph > 0 && !(epoch(ieph) - epoch(ieph - 1) > 0.0L))
-                Fail(lineNo, "epochs are not in increasing time order");
+            if (fileIx >= nepochFile) Fail(lineNo, "more epochs than counted");
         }
+        if (ieph < 0 || ieph >= nepoch) continue;
         // A blank bias is no zero clock, and "nan" would carry into every
         // range of the satellite. A line cut in the last exponent digit
         // passes the length test but leaves a normalised mantissa of 0.1 or

@@ -41,6 +41,12 @@ constexpr std::size_t BiasFieldStart = 30, BiasFieldWidth = 21;
 /// same clocks. Such a value is refused as missing; it would put the range
 /// 30 000 km off.
 constexpr long double MaxSatClock_s = 0.1L;
+/// File epochs kept on either side of a span given to SetSpan. The cubic
+/// takes the node before an epoch's interval and two after it, and slides
+/// back within the last four nodes of what is kept: five keep every epoch
+/// of the span (and its signals' emission, a fraction of a second earlier)
+/// on the same four nodes as with the whole file.
+constexpr long SpanMarginEpochs = 5;
 }  // namespace GNSSpClkns
 
 class GNSSpClk {
@@ -62,6 +68,14 @@ public:
     /// satellite and warned about on the output stream with its first line.
     void ReadFile();
 
+    /// Limits what ReadFile keeps to the epochs from first to last and
+    /// GNSSpClkns::SpanMarginEpochs file epochs on either side (the whole
+    /// file is still read through and checked). A span that holds fewer than
+    /// four file epochs keeps the whole file, so that a caller's test of the
+    /// span sees where the file lies. Values refused by MaxSatClock_s are
+    /// counted among the kept epochs only.
+    void SetSpan(const mjd& first, const mjd& last);
+
     /// Full search: EpochIx becomes the last epoch not after reph (0 before
     /// the file, the last one after it); more than 300 s outside is warned.
     void SetEpochIndex(mjd& reph);
@@ -73,11 +87,11 @@ public:
 
     /// Current epoch index.
     long GetEpochIx() const { return EpochIx; }
-    /// Distinct epochs of the file.
+    /// Distinct epochs kept from the file (all of them without SetSpan).
     long GetNEpoch() const { return nepoch; }
     /// Satellites of the header list.
     short GetNSatList() const { return nsat; }
-    /// Epoch i of the file.
+    /// Kept epoch i.
     mjd GetMJD(long i) const { return epoch(i); }
     /// The file name given to SetFile.
     const char* GetFile() const { return clkfile; }
@@ -128,4 +142,9 @@ private:
     // Header lines, counted so the data pass can name its line numbers.
     long nHeaderLines;
     std::map<short, long> refused;
+    // The span of SetSpan, and the file epochs: their count and the first
+    // one kept.
+    bool hasSpan = false;
+    mjd spanFirst, spanLast;
+    long nepochFile = 0, firstKept = 0;
 };

@@ -118,6 +118,37 @@ TEST(GNSSpClk, AgreesWithTheSp3ClockOfTheSameCentre)
     EXPECT_EQ(compared, 96L * 75L);
 }
 
+// A span keeps its epochs and five on either side, whose clocks are the
+// whole file's to the bit (the same four nodes, the same cubic) at nodes,
+// between them and at an emission just before the first; a span beyond the
+// file keeps all of it.
+TEST(GNSSpClk, ASpanKeepsItsEpochsWithTheWholeFilesClocks)
+{
+    GNSSpClk part, beyond;
+    part.SetFile(kClk.c_str());
+    part.SetSpan(Epoch(1000), Epoch(1719));
+    part.ReadFile();
+    ASSERT_EQ(part.GetNEpoch(), 720 + 2 * GNSSpClkns::SpanMarginEpochs);
+    EXPECT_NEAR_LD(part.GetMJD(0) - Epoch(1000 - GNSSpClkns::SpanMarginEpochs), 0.0L, 0.0L);
+    GNSSpEph& eph = Shared<GNSSpEph>(kSp3);
+    long compared = 0;
+    for (long k = 1000; k <= 1719; k += 7)
+        for (long double offset : {0.0L, 12.5L, -0.075L})
+            for (long j = 0; j < eph.GetNSat(); j += 4) {
+                const short prn = eph.GetSatList(j);
+                const long double whole = ClockAt(Grg(), prn, Epoch(k, offset));
+                const bool wholeOK = Grg().DTisOK;
+                EXPECT_NEAR_LD(ClockAt(part, prn, Epoch(k, offset)), whole, 0.0L) << prn << " " << k;
+                EXPECT_EQ(part.DTisOK, wholeOK) << prn << " " << k;
+                compared += wholeOK ? 1 : 0;
+            }
+    EXPECT_GT(compared, 1500);
+    beyond.SetFile(kClk.c_str());
+    beyond.SetSpan(Epoch(5000), Epoch(6000));
+    beyond.ReadFile();
+    EXPECT_EQ(beyond.GetNEpoch(), 2880);
+}
+
 TEST(GNSSpClk, EpochIndexSearchesAndTheirWarnings)
 {
     // Search from an old index 1000: inside [1000, 1001) it stays; walking
