@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -182,6 +183,7 @@ void GNSSpClk::CheckData(std::istream& in)
     long lineNo = nHeaderLines, badLine = 0;
     std::string bad;
     std::vector<mjd> fileEpoch;
+    std::vector<long> epochLine;
     while (NextLine(in, line)) {
         ++lineNo;
         if (line.compare(0, 2, "AS") != 0) continue;
@@ -201,6 +203,7 @@ void GNSSpClk::CheckData(std::istream& in)
             badLine = lineNo, bad = "AS record date does not parse";
         }
         fileEpoch.push_back(t);
+        epochLine.push_back(lineNo);
     }
     // Four nodes for the cubic, and two epochs at least for a spacing.
     const long nFile = static_cast<long>(fileEpoch.size());
@@ -227,6 +230,7 @@ void GNSSpClk::CheckData(std::istream& in)
     }
     epoch.Resize(nepoch);
     for (long i = 0; i < nepoch; ++i) epoch(i) = fileEpoch[static_cast<std::size_t>(firstKept + i)];
+    firstKeptLine = epochLine[static_cast<std::size_t>(firstKept)];
 }
 
 void GNSSpClk::ReadFileData()
@@ -240,21 +244,24 @@ void GNSSpClk::ReadFileData()
         ++lineNo;
     } while (!Holds(line, "END OF HEADER"));
 
-    long fileIx = -1, ieph = -1, firstRefused = 0;
+    // The lines before the first kept epoch were checked by the count:
+    // passed over unread, as is everything after the last kept epoch.
+    while (lineNo + 1 < firstKeptLine && in.ignore(std::numeric_limits<std::streamsize>::max(), '\n')) ++lineNo;
+    long fileIx = firstKept - 1, ieph = -1, firstRefused = 0;
     std::string previous;
     refused.clear();
     while (NextLine(in, line)) {
         ++lineNo;
         if (line.compare(0, 2, "AS") != 0) continue;
         if (line.size() < posDate + GNSSpClkns::BiasFieldEnd) Fail(lineNo, "AS record too short");
-        if (NewDate(line, posDate, previous) || fileIx < 0) {
+        if (NewDate(line, posDate, previous) || ieph < 0) {
             ++fileIx;
             ieph = fileIx - firstKept;
             // The file was counted on this stream's text; a file that
             // changed since would overrun the epochs.
             if (fileIx >= nepochFile) Fail(lineNo, "more epochs than counted");
+            if (ieph >= nepoch) break;
         }
-        if (ieph < 0 || ieph >= nepoch) continue;
         // A blank bias is no zero clock, and "nan" would carry into every
         // range of the satellite. A line cut in the last exponent digit
         // passes the length test but leaves a normalised mantissa of 0.1 or

@@ -70,7 +70,7 @@ public:
 
     /// Limits what ReadFile keeps to the epochs from first to last and
     /// GNSSpClkns::SpanMarginEpochs file epochs on either side (the whole
-    /// file is still read through and checked). A span that holds fewer than
+    /// file is still counted and its records' lengths and dates checked). A span that holds fewer than
     /// four file epochs keeps the whole file, so that a caller's test of the
     /// span sees where the file lies. Values refused by MaxSatClock_s are
     /// counted among the kept epochs only.
@@ -142,9 +142,9 @@ private:
     // Header lines, counted so the data pass can name its line numbers.
     long nHeaderLines;
     std::map<short, long> refused;
-    // The span of SetSpan, and the file epochs: their count and the first
-    // one kept.
+    // The span of SetSpan, and the file epochs: their count, the first one
+    // kept and the line where its records begin.
     bool hasSpan = false;
     mjd spanFirst, spanLast;
-    long nepochFile = 0, firstKept = 0;
+    long nepochFile = 0, firstKept = 0, firstKeptLine = 0;
 };
