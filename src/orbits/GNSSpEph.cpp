@@ -374,16 +374,15 @@ xyzt GNSSpEph::LastVelocity() const
 {
     // The product rule carried along the prefix and suffix products gives
     // the basis derivatives with no division and no special case on a node.
+    // The prefix and suffix products are those of the interpolation.
     const long n = lastNodes;
-    long double pre[MaxNodes + 1], suf[MaxNodes + 1], dPre[MaxNodes + 1], dSuf[MaxNodes + 1];
-    pre[0] = 1.0L;
+    const long double* const pre = lastPre;
+    const long double* const suf = lastSuf;
+    long double dPre[MaxNodes + 1], dSuf[MaxNodes + 1];
     dPre[0] = 0.0L;
-    suf[n] = 1.0L;
     dSuf[n] = 0.0L;
     for (long k = 0, m = n - 1; k < n; ++k, --m) {
-        pre[k + 1] = pre[k] * lastSeconds[k];
         dPre[k + 1] = dPre[k] * lastSeconds[k] + pre[k];
-        suf[m] = suf[m + 1] * lastSeconds[m];
         dSuf[m] = dSuf[m + 1] * lastSeconds[m] + suf[m + 1];
     }
     const long double* const w = wPos.v;
@@ -444,7 +443,8 @@ void GNSSpEph::Interpolate(unsigned short sati, const mjd& ephCalc, xyzt& psat, 
     // Seconds from each node. The basis polynomial of node k is the
     // product of all other factors times its weight: prefix and suffix
     // products give all of them in one pass.
-    long double pre[MaxNodes + 1], suf[MaxNodes + 1];
+    long double* const pre = lastPre;
+    long double* const suf = lastSuf;
     long double* const sec = lastSeconds;
     // The difference of operator- (days scaled first, then the seconds),
     // formed here without a call per node.

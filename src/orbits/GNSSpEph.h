@@ -200,8 +200,10 @@ private:
     matrix<long double> wPos, wClk;
     // Header slot of each satellite number, -1 for one not in the file.
     matrix<long> slotOf;
-    // Seconds from the nodes and the nodes of the last interpolation.
+    // Seconds from the nodes, their prefix and suffix products and the
+    // nodes of the last interpolation.
     long double lastSeconds[MaxNodes] = {};
+    long double lastPre[MaxNodes + 1] = {}, lastSuf[MaxNodes + 1] = {};
     const xyzt* lastNode = nullptr;
     long lastNodes = 0;
     long double OMEGAz;
