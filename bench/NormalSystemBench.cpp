@@ -23,8 +23,6 @@ void BM_NormalEquationsOneEpoch(benchmark::State& state)
     const long double factor[ProcStaticns::NSlots] = {1.0L, 1.0L, 1.0L, 1.0L, 1.0L, 1.0L,
                                                       0.6L, 0.4L, 0.3L, 0.7L, 0.3L, 0.7L};
     const long double g[EpochNormals::NShared] = {0.3L, -0.5L, 0.8L, -1.0L, -2.0L, -0.3L, 0.15L};
-    long double B[ProcStaticns::NSlots] = {0.3L, -0.5L, 0.8L, -1.0L, -1.0L, -1.0L,
-                                           -1.2L, -0.8L, -0.09L, -0.21L, 0.045L, 0.105L};
     for (auto _ : state) {
         cols.clear();
         vals.clear();
@@ -32,7 +30,7 @@ void BM_NormalEquationsOneEpoch(benchmark::State& state)
         for (int o = 0; o < nRec; ++o) {
             iB[5] = 10 + o * 4;
             const long double f = 0.01L * o, p = 1.0L + 0.01L * o;
-            sums.AddOwn(N, t, iB[5], B, iB, f, p);
+            sums.AddOwn(N, t, iB[5], iB[3], g, f, p);
             sums.AddRecord(o % 3, o % 3 == 0 ? -1 : 2 + o % 3, g, 2.0L * p, 2.0L * p * f);
         }
         sums.End(N, t, Nt, tt, n22, t2, cols, vals);

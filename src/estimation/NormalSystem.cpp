@@ -10,9 +10,14 @@ EpochNormals::EpochNormals(long nUnk) : nUnk_(nUnk > 0 ? nUnk : 0), row21_(stati
     n22_ = t2_ = 0.0L;
 }
 
-void EpochNormals::Check(long col, const matrix<long double>& N) const
+void EpochNormals::CheckColumn(long col) const
 {
-    if (col >= nUnk_ || col >= N.r || col >= N.c) MError::MatrixAccessError(col, col, N.r, N.c);
+    if (col >= nUnk_) MError::MatrixAccessError(col, col, nUnk_, nUnk_);
+}
+
+void EpochNormals::CheckSystem(const matrix<long double>& N, const matrix<long double>& t) const
+{
+    if (nUnk_ > N.r || nUnk_ > N.c || nUnk_ > t.Length()) MError::MatrixAccessError(nUnk_ - 1, nUnk_ - 1, N.r, N.c);
 }
 
 void EpochNormals::Begin(const long* iB, const long double* factor)
@@ -21,7 +26,7 @@ void EpochNormals::Begin(const long* iB, const long double* factor)
         const int slot = SharedSlot[s];
         col_[s] = slot == 3 ? -1 : iB[slot];
         factor_[s] = slot == 3 ? 1.0L : factor[slot];
-        if (col_[s] >= nUnk_) MError::MatrixAccessError(col_[s], col_[s], nUnk_, nUnk_);
+        CheckColumn(col_[s]);
     }
     for (int y = 0; y < NSys; ++y) {
         sysUsed_[y] = false;
@@ -36,7 +41,7 @@ void EpochNormals::Begin(const long* iB, const long double* factor)
 void EpochNormals::AddRecord(int sys, long sysCol, const long double* g, long double p, long double pf)
 {
     if (sys < 0 || sys >= NSys) return;
-    if (sysCol >= nUnk_) MError::MatrixAccessError(sysCol, sysCol, nUnk_, nUnk_);
+    CheckColumn(sysCol);
     sysUsed_[sys] = true;
     sysCol_[sys] = sysCol;
     n22_ += p;
@@ -49,22 +54,24 @@ void EpochNormals::AddRecord(int sys, long sysCol, const long double* g, long do
     }
 }
 
-void EpochNormals::AddOwn(matrix<long double>& N, matrix<long double>& t, long col, const long double* B,
-                          const long* iB, long double f, long double p)
+void EpochNormals::AddOwn(matrix<long double>& N, matrix<long double>& t, long col, long sysCol,
+                          const long double* g, long double f, long double p)
 {
     if (col < 0) return;
-    Check(col, N);
+    CheckColumn(col);
+    CheckColumn(sysCol);
+    CheckSystem(N, t);
     long double* const base = N.v;
     const long nc = N.c;
     base[nc * col + col] += p;
     t.v[col] -= p * f;
     row21_[static_cast<std::size_t>(col)] += p;
     for (int s = 0; s < NSharedSlots; ++s) {
-        const int slot = SharedSlot[s];
-        const long c = slot == 3 ? iB[3] : col_[s];
+        const long c = SharedSlot[s] == 3 ? sysCol : col_[s];
         if (c < 0) continue;
-        if (c >= nUnk_) MError::MatrixAccessError(c, c, nUnk_, nUnk_);
-        const long double v = -p * B[slot];
+        // The row entry, as the design row holds it.
+        const long double b = g[ValueOfSlot[s]] * factor_[s];
+        const long double v = -p * b;
         if (c > col) base[nc * col + c] += v;
         else base[nc * c + col] += v;
     }
@@ -74,9 +81,8 @@ void EpochNormals::End(matrix<long double>& N, matrix<long double>& t, matrix<lo
                        matrix<long double>& tt, long double& n22, long double& t2, std::vector<long>& cols,
                        std::vector<long double>& vals)
 {
-    if (nUnk_ > N.r || nUnk_ > N.c || nUnk_ > Nt.r || nUnk_ > Nt.c || nUnk_ > t.Length()
-        || nUnk_ > tt.Length())
-        MError::MatrixAccessError(nUnk_ - 1, nUnk_ - 1, N.r, N.c);
+    CheckSystem(N, t);
+    CheckSystem(Nt, tt);
     long double* const row21 = row21_.data();
     for (int y = 0; y < NSys; ++y) {
         if (!sysUsed_[y]) continue;

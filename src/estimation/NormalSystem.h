@@ -1,7 +1,6 @@
 #pragma once
-// The normal equations of the static adjustment: one equation at a time
-// into the global part and the epoch clock rows, the epoch clock's
-// reduction term, and the lookups of a design row's columns.
+// The normal equations of the static adjustment, summed epoch by epoch with
+// the epoch clock reduced, and the lookups of a design row's columns.
 #include <vector>
 
 #include "geodesy/mjd.h"
@@ -71,11 +70,12 @@ public:
     void AddRecord(int sys, long sysCol, const long double* g, long double p, long double pf);
 
     /// Adds the terms of an equation's own unknown col (code bias or
-    /// ambiguity, coefficient -1) to N (upper triangle) and t: its diagonal,
-    /// its products with the row B over the shared slots and slot 3 of iB,
-    /// misclosure f (m) and weight p.
-    void AddOwn(matrix<long double>& N, matrix<long double>& t, long col, const long double* B,
-                const long* iB, long double f, long double p);
+    /// ambiguity, coefficient -1) to N (upper triangle) and t: its diagonal
+    /// and its products with the record's shared row entries (record values
+    /// g as for AddRecord, system bias column sysCol), misclosure f (m) and
+    /// weight p.
+    void AddOwn(matrix<long double>& N, matrix<long double>& t, long col, long sysCol, const long double* g,
+                long double f, long double p);
 
     /// Ends the epoch: adds the shared sums to N and t (upper triangle) and
     /// the epoch clock's reduction term, upper triangle of N21^T N21 / N22
@@ -93,7 +93,10 @@ private:
     static constexpr int ValueOfSlot[NSharedSlots] = {0, 1, 2, 3, 4, 4, 5, 5, 6, 6};
     static constexpr int NSys = 3;
 
-    void Check(long col, const matrix<long double>& N) const;
+    // A column at or beyond nUnk, or a system smaller than nUnk, stops the
+    // run with the framed report.
+    void CheckColumn(long col) const;
+    void CheckSystem(const matrix<long double>& N, const matrix<long double>& t) const;
 
     long nUnk_;
     long col_[NSharedSlots];

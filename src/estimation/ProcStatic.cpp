@@ -351,14 +351,14 @@ void ProcStatic(gCPosC& gc)
                     gc.prcTid(k) = gc.SETIDE(k) + poleTide + oceanTide;
                 }
 
-                if (B_OBS_I[6] >= 0) {
-                    B_OBS[6] = -gc.MFTROP(k) * dtTropo1;
-                    B_OBS[7] = -gc.MFTROP(k) * dtTropo2;
-                }
                 // The record's values of the shared slots: their row
                 // entries are these times the epoch's node factors.
                 long double g[EpochNormals::NShared] = {B_OBS[0], B_OBS[1], B_OBS[2], -1.0L,
                                                         -gc.MFTROP(k), 0.0L, 0.0L};
+                if (B_OBS_I[6] >= 0) {
+                    B_OBS[6] = g[4] * dtTropo1;
+                    B_OBS[7] = g[4] * dtTropo2;
+                }
                 if (B_OBS_I[8] >= 0) {
                     g[5] = -gc.MFGRAD(k, 0);
                     g[6] = -gc.MFGRAD(k, 1);
@@ -370,12 +370,14 @@ void ProcStatic(gCPosC& gc)
                 long double pRec = 0.0L, pfRec = 0.0L;
 
                 if (storeRows) {
-                    // Both are NSlots wide (sized above).
+                    // Both are NSlots wide (sized above). Slots 4 and 5 (code
+                    // bias, ambiguity) stay without a column: the outlier
+                    // check sets them for each equation it looks at.
                     long double* const rowB = &gc.mB(k, 0);
                     auto* const rowI = &gc.mIB(k, 0);
                     for (int s = 0; s < NSlots; ++s) {
                         rowB[s] = B_OBS[s];
-                        rowI[s] = (s == 4 || s == 5) ? -1 : static_cast<int>(B_OBS_I[s]);
+                        rowI[s] = static_cast<int>(B_OBS_I[s]);
                     }
                 }
 
@@ -411,13 +413,11 @@ void ProcStatic(gCPosC& gc)
                     ++*sysCount[sys];
                     fTf += f * f * p;
                     *ct.fTf += f * f * gc.WGHT(k);
-                    B_OBS_I[4] = ixdcb;
-                    B_OBS_I[5] = -1;
                     if (ixdcb >= 0) f += (*ct.dcbValue)(ixsat);
                     (*ct.f)(k) = f;
                     pRec += p;
                     pfRec += p * f;
-                    sums.AddOwn(gc.Nc, gc.tc, ixdcb, B_OBS, B_OBS_I, f, p);
+                    sums.AddOwn(gc.Nc, gc.tc, ixdcb, B_OBS_I[3], g, f, p);
                     (*ct.used)(k) = true;
                 }
 
@@ -431,8 +431,6 @@ void ProcStatic(gCPosC& gc)
                     ixamb = amb;
                 }
                 if (ixamb >= 0) {
-                    B_OBS_I[4] = -1;
-                    B_OBS_I[5] = gc.ixAmb(ixamb);
                     const long double f = RO + TROP - d.L3(k).obs + gc.xAmb(ixamb);
                     const long double p = gc.WGHT(k) * p0L3[sys];
                     if (gc.isMaxfDiff && !(std::fabs(f) < gc.MaxfDiff / 2.0L)) {
@@ -447,7 +445,7 @@ void ProcStatic(gCPosC& gc)
                         gc.fl3(k) = f;
                         pRec += p;
                         pfRec += p * f;
-                        sums.AddOwn(gc.Nc, gc.tc, B_OBS_I[5], B_OBS, B_OBS_I, f, p);
+                        sums.AddOwn(gc.Nc, gc.tc, gc.ixAmb(ixamb), B_OBS_I[3], g, f, p);
                         gc.ifOl3(k) = true;
                     }
                 }

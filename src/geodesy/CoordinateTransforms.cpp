@@ -219,33 +219,6 @@ long double Azimuth(long double x1, long double y1, long double x2, long double 
     return (dy < 0.0L) ? Pi : 0.0L;
 }
 
-namespace {
-
-// Elevation and azimuth of the line of sight with their sines and cosines;
-// false when it has no length.
-bool LineOfSight(const xyz& stPoint, const LocalFrame& frame, const xyzt& satPos, SkyDirection& d)
-{
-    xyz vec = satPos - stPoint;
-    const long double len = vec.GetLength();
-    if (!(len > 0.0L)) return false;
-    vec /= len;
-    const neu veclg = g2lg(vec, frame);
-    const long double n = veclg.GetLength();
-    // Round-off can carry |u| / length a few ulp past 1, outside asin.
-    const long double s = std::clamp(veclg.u / n, -1.0L, 1.0L);
-    d.E = std::asin(s);
-    d.A = Azimuth(0.0L, 0.0L, veclg.e, veclg.n);
-    d.sinE = s;
-    const long double h = std::sqrt(veclg.e * veclg.e + veclg.n * veclg.n);
-    d.cosE = h / n;
-    // Straight overhead the azimuth is 0.
-    d.sinA = h > 0.0L ? veclg.e / h : 0.0L;
-    d.cosA = h > 0.0L ? veclg.n / h : 1.0L;
-    return true;
-}
-
-}  // namespace
-
 void SatelliteAzimuthElevation(const xyz& stPoint, const xyzt& satPos, const elipsoid& elps,
                                long double* E, long double* A)
 {
@@ -263,7 +236,22 @@ void SatelliteAzimuthElevation(const xyz& stPoint, const LocalFrame& frame, cons
 SkyDirection SatelliteSkyDirection(const xyz& stPoint, const LocalFrame& frame, const xyzt& satPos)
 {
     SkyDirection d;
-    if (!LineOfSight(stPoint, frame, satPos, d)) d = SkyDirection();
+    xyz vec = satPos - stPoint;
+    const long double len = vec.GetLength();
+    if (!(len > 0.0L)) return d;
+    vec /= len;
+    const neu veclg = g2lg(vec, frame);
+    const long double n = veclg.GetLength();
+    // Round-off can carry |u| / length a few ulp past 1, outside asin.
+    const long double s = std::clamp(veclg.u / n, -1.0L, 1.0L);
+    d.E = std::asin(s);
+    d.A = Azimuth(0.0L, 0.0L, veclg.e, veclg.n);
+    d.sinE = s;
+    const long double h = std::sqrt(veclg.e * veclg.e + veclg.n * veclg.n);
+    d.cosE = h / n;
+    // Straight overhead the azimuth is 0.
+    d.sinA = h > 0.0L ? veclg.e / h : 0.0L;
+    d.cosA = h > 0.0L ? veclg.n / h : 1.0L;
     return d;
 }
 

@@ -1,5 +1,6 @@
 #include "numerics/FieldText.h"
 
+#include <algorithm>
 #include <cctype>
 #include <cerrno>
 #include <cmath>
@@ -124,9 +125,13 @@ bool IsNumberOrBlank(const char* f, std::size_t n)
 
 void CopyTrimmedField(const std::string& line, std::size_t pos, std::size_t len, char* out, std::size_t n)
 {
-    const std::string f = TrimmedField(line, pos, len);
-    std::strncpy(out, f.c_str(), n - 1);
-    out[n - 1] = '\0';
+    // In place, with no string made: readers call it for every record.
+    std::size_t a = std::min(pos, line.size()), b = a + std::min(len, line.size() - a);
+    while (a < b && (line[a] == ' ' || line[a] == '\t')) ++a;
+    while (b > a && (line[b - 1] == ' ' || line[b - 1] == '\t')) --b;
+    const std::size_t used = std::min(b - a, n - 1);
+    std::memcpy(out, line.data() + a, used);
+    out[used] = '\0';
 }
 
 long double FortranNumber(const std::string& line, std::size_t pos, std::size_t len)

@@ -39,7 +39,7 @@ std::string InflateGzip(const std::string& raw, const std::string& path,
     }
     std::string out;
     out.reserve(room);
-    AdviseHugePages(&out[0], room);
+    PrepareLargeBlock(&out[0], room);
     out.resize(room);
     std::size_t n = 0;
     z_stream zs{};

@@ -5,21 +5,22 @@
 #include <sys/mman.h>
 #endif
 
-void AdviseHugePages(void* p, std::size_t n)
+void PrepareLargeBlock(void* p, std::size_t n)
 {
 #if defined(__linux__)
     if (p == nullptr || n < largememoryns::PrefaultBytes) return;
-    const std::uintptr_t a = reinterpret_cast<std::uintptr_t>(p);
-    // A refused hint changes nothing but the speed.
+    // The whole units of size unit inside the block, advised as asked. A
+    // refused hint changes nothing but the speed.
+    const auto advise = [p, n](std::uintptr_t unit, int advice) {
+        const std::uintptr_t a = reinterpret_cast<std::uintptr_t>(p);
+        const std::uintptr_t lo = (a + unit - 1) & ~(unit - 1), hi = (a + n) & ~(unit - 1);
+        if (hi > lo) madvise(reinterpret_cast<void*>(lo), hi - lo, advice);
+    };
 #if defined(MADV_HUGEPAGE)
-    const std::uintptr_t huge = largememoryns::HugePageBytes;
-    const std::uintptr_t lo = (a + huge - 1) & ~(huge - 1), hi = (a + n) & ~(huge - 1);
-    if (hi > lo) madvise(reinterpret_cast<void*>(lo), hi - lo, MADV_HUGEPAGE);
+    advise(largememoryns::HugePageBytes, MADV_HUGEPAGE);
 #endif
 #if defined(MADV_POPULATE_WRITE)
-    const std::uintptr_t page = 4096;
-    const std::uintptr_t plo = (a + page - 1) & ~(page - 1), phi = (a + n) & ~(page - 1);
-    if (phi > plo) madvise(reinterpret_cast<void*>(plo), phi - plo, MADV_POPULATE_WRITE);
+    advise(4096, MADV_POPULATE_WRITE);
 #endif
 #else
     (void)p;

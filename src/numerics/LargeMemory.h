@@ -21,7 +21,7 @@ inline constexpr std::size_t PrefaultBytes = std::size_t(256) << 10;
 /// the pages of a block of largememoryns::PrefaultBytes or more in one
 /// call, not one trap per page. Only hints: where the kernel has neither,
 /// or on another system, nothing changes but speed.
-void AdviseHugePages(void* p, std::size_t n);
+void PrepareLargeBlock(void* p, std::size_t n);
 
 /// Storage for n objects of T, hinted as above before any is touched, each
 /// default-initialised (class types constructed, others left as they are);
@@ -36,7 +36,7 @@ T* AllocateObjects(std::size_t n)
                     ? ::operator new(bytes, std::align_val_t(largememoryns::HugePageBytes), std::nothrow)
                     : ::operator new(bytes, std::nothrow);
     if (raw == nullptr) return nullptr;
-    AdviseHugePages(raw, bytes);
+    PrepareLargeBlock(raw, bytes);
     T* p = static_cast<T*>(raw);
     std::uninitialized_default_construct_n(p, n);
     return p;

@@ -93,7 +93,7 @@ public:
     {
         // A day file decodes to some 30 MB, faulted in page by page.
         buf_.reserve(n);
-        AdviseHugePages(buf_.data(), n);
+        PrepareLargeBlock(buf_.data(), n);
         buf_.resize(n);
     }
     // Room for k more characters; valid until the next call.

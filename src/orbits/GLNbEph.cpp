@@ -10,7 +10,6 @@
 
 #include "geodesy/LeapSecond.h"
 #include "geodesy/TimeConverse.h"
-#include "numerics/SmallAngle.h"
 #include "numerics/FieldText.h"
 #include "numerics/InputFile.h"
 #include "numerics/ProgramError.h"
@@ -323,12 +322,8 @@ long double GLNbEph::CalcSatPosition(short sati, mjd& eph, mjd& tindex, xyz& pre
         ephr += deltat;
         CalcSatPosition(sati, ephr, tindex, psat, vsat, warning);
         // The receiver turns with the Earth while the signal travels.
-        const long double a = -deltat * OMEGAz;
-        long double sinA, cosA;
-        SinCosOfSmallAngle(a, sinA, cosA);
-        ps.x = prec.x * cosA - prec.y * sinA;
-        ps.y = prec.y * cosA + prec.x * sinA;
-        ps.z = prec.z;
+        ps = prec;
+        ps.RotateZ(-deltat * OMEGAz);
         dist = std::sqrt((ps.x - psat.x) * (ps.x - psat.x) + (ps.y - psat.y) * (ps.y - psat.y)
                          + (ps.z - psat.z) * (ps.z - psat.z));
         thres = std::fabs(deltat * C_mps + dist);

@@ -38,17 +38,6 @@ bool NewDate(const std::string& line, std::size_t posDate, std::string& previous
     return true;
 }
 
-// The trimmed text of the n characters at pos of line, into out (room for
-// outSize characters with the terminating NUL; longer fields are cut).
-void TrimmedInto(const std::string& line, std::size_t pos, std::size_t n, char* out, std::size_t outSize)
-{
-    std::size_t a = pos, b = std::min(line.size(), pos + n);
-    while (a < b && (line[a] == ' ' || line[a] == '\t')) ++a;
-    while (b > a && (line[b - 1] == ' ' || line[b - 1] == '\t')) --b;
-    const std::size_t len = std::min(b - a, outSize - 1);
-    std::memcpy(out, line.data() + a, len);
-    out[len] = '\0';
-}
 
 }  // namespace
 
@@ -79,7 +68,7 @@ void GNSSpClk::ReadFile()
     std::ifstream in(clkfile);
     if (!in) ProgramError("Orvo", std::string("RINEX CLOCK FILE ") + clkfile + " CAN NOT BE OPENED!");
     ReadFileHeader(in);
-    CheckData(in);
+    ReadEpochs(in);
     in.close();
 
     SatClk.Resize(nepoch, nsat, GNSSpClkns::NoClock_s);
@@ -177,7 +166,7 @@ void GNSSpClk::SetSpan(const mjd& first, const mjd& last)
     spanLast = last;
 }
 
-void GNSSpClk::CheckData(std::istream& in)
+void GNSSpClk::ReadEpochs(std::istream& in)
 {
     std::string line, previous;
     long lineNo = nHeaderLines, badLine = 0;
@@ -267,7 +256,7 @@ void GNSSpClk::ReadFileData()
         // passes the length test but leaves a normalised mantissa of 0.1 or
         // more: the clock bound refuses it.
         char field[ns::BiasFieldWidth + 1];
-        TrimmedInto(line, posDate + ns::BiasFieldStart, ns::BiasFieldWidth, field, sizeof field);
+        fieldtext::CopyTrimmedField(line, posDate + ns::BiasFieldStart, ns::BiasFieldWidth, field, sizeof field);
         long double bias = 0.0L;
         if (!fieldtext::ToLongDouble(field, bias))
             Fail(lineNo, std::string("clock bias \"") + field + "\" is not a number");

@@ -57,9 +57,9 @@ public:
     /// run with the framed error.
     void SetFile(const char* file);
 
-    /// Reads the whole RINEX clock file: version and type, the satellite
-    /// list, all AS records (seconds), the epochs and the smallest epoch
-    /// spacing. A file that isn't a RINEX clock file, is cut in its header,
+    /// Reads the RINEX clock file: version and type, the satellite list, the
+    /// AS records (seconds) of all epochs or of a span (SetSpan), those
+    /// epochs and their smallest spacing. A file that isn't a RINEX clock file, is cut in its header,
     /// holds fewer than four epochs or epochs out of time order ends the run
     /// with the framed error, as does an AS record whose clock bias is
     /// blank, not a number or infinite (file and line named). AS records of
@@ -69,11 +69,12 @@ public:
     void ReadFile();
 
     /// Limits what ReadFile keeps to the epochs from first to last and
-    /// GNSSpClkns::SpanMarginEpochs file epochs on either side (the whole
-    /// file is still counted and its records' lengths and dates checked). A span that holds fewer than
-    /// four file epochs keeps the whole file, so that a caller's test of the
-    /// span sees where the file lies. Values refused by MaxSatClock_s are
-    /// counted among the kept epochs only.
+    /// GNSSpClkns::SpanMarginEpochs file epochs on either side: the whole
+    /// file is still counted and the length, date and time order of every
+    /// AS record checked, but only the kept epochs' biases are read (and
+    /// refused by MaxSatClock_s). A span that holds fewer than four file
+    /// epochs keeps the whole file, so that a caller's test of the span sees
+    /// where the file lies.
     void SetSpan(const mjd& first, const mjd& last);
 
     /// Full search: EpochIx becomes the last epoch not after reph (0 before
@@ -112,7 +113,7 @@ public:
 private:
     void GetCLKVersion();
     void ReadFileHeader(std::istream& in);
-    void CheckData(std::istream& in);
+    void ReadEpochs(std::istream& in);
     void ReadFileData();
     bool EndTests(const mjd& reph);
     [[noreturn]] void Fail(long lineNo, const std::string& text) const;

@@ -12,7 +12,6 @@
 #include "geodesy/ymdhms.h"
 #include "numerics/FieldText.h"
 #include "numerics/ProgramError.h"
-#include "numerics/SmallAngle.h"
 #include "orbits/GNSSpClk.h"
 #include "orbits/SatelliteNumber.h"
 
@@ -516,12 +515,8 @@ long double GNSSpEph::CalcSatPosition(unsigned short sati, mjd& ephCalc, xyz& pr
         Interpolate(sati, ephr, psat, vsat, false);
         if (!PSisOK) return -1.0L;
         // The receiver carried into the Earth-fixed frame of emission.
-        const long double a = -deltat * OMEGAz;
-        long double sinA, cosA;
-        SinCosOfSmallAngle(a, sinA, cosA);
-        ps.x = prec.x * cosA - prec.y * sinA;
-        ps.y = prec.y * cosA + prec.x * sinA;
-        ps.z = prec.z;
+        ps = prec;
+        ps.RotateZ(-deltat * OMEGAz);
         const long double dx = ps.x - psat.x, dy = ps.y - psat.y, dz = ps.z - psat.z;
         dist = std::sqrt(dx * dx + dy * dy + dz * dz);
         thres = std::fabs(deltat * C_mps + dist);
@@ -561,12 +556,9 @@ long double GNSSpEph::MovedSatPosition(const LightTimeState& s, long double shif
         psat.x = s.pos.x + s.vel.x * dt + s.pos.x * acc;
         psat.y = s.pos.y + s.vel.y * dt + s.pos.y * acc;
         psat.z = s.pos.z + s.vel.z * dt + s.pos.z * acc;
-        const long double a = tau * OMEGAz;
-        long double sinA, cosA;
-        SinCosOfSmallAngle(a, sinA, cosA);
-        const long double dx = prec.x * cosA - prec.y * sinA - psat.x;
-        const long double dy = prec.y * cosA + prec.x * sinA - psat.y;
-        const long double dz = prec.z - psat.z;
+        xyz turned = prec;
+        turned.RotateZ(tau * OMEGAz);
+        const long double dx = turned.x - psat.x, dy = turned.y - psat.y, dz = turned.z - psat.z;
         dist = std::sqrt(dx * dx + dy * dy + dz * dz);
         thres = std::fabs(dist - tau * C_mps);
         tau = dist / C_mps;
@@ -587,12 +579,8 @@ long double GNSSpEph::CalcSatPosition(unsigned short sati, mjd& ephCalc, xyz& pr
     ephr = ephCalc;
     ephr += -dt;
     Interpolate(sati, ephr, psat, vsat);
-    const long double a = OMEGAz * dt;
-    long double sinA, cosA;
-    SinCosOfSmallAngle(a, sinA, cosA);
-    ps.x = prec.x * cosA - prec.y * sinA;
-    ps.y = prec.y * cosA + prec.x * sinA;
-    ps.z = prec.z;
+    ps = prec;
+    ps.RotateZ(OMEGAz * dt);
     const long double dx = ps.x - psat.x, dy = ps.y - psat.y, dz = ps.z - psat.z;
     return std::sqrt(dx * dx + dy * dy + dz * dz);
 }

@@ -11,7 +11,6 @@
 
 #include "geodesy/CoordinateTransforms.h"
 #include "geodesy/TimeConverse.h"
-#include "numerics/SmallAngle.h"
 #include "numerics/FieldText.h"
 #include "numerics/ProgramError.h"
 #include "numerics/InputFile.h"
@@ -312,12 +311,8 @@ void GPSbEph::CalcSatPosition(unsigned short st, mjd& t0, mjd& tindex, xyzt& pos
 long double GPSbEph::RotatedDistance(const xyz& prec, long double tau, const xyzt& psat)
 {
     // The receiver turns with the Earth while the signal travels.
-    const long double a = tau * OMEGAz;
-    long double sinA, cosA;
-    SinCosOfSmallAngle(a, sinA, cosA);
-    ps.x = prec.x * cosA - prec.y * sinA;
-    ps.y = prec.y * cosA + prec.x * sinA;
-    ps.z = prec.z;
+    ps = prec;
+    ps.RotateZ(tau * OMEGAz);
     return std::hypot(ps.x - psat.x, ps.y - psat.y, ps.z - psat.z);
 }
 

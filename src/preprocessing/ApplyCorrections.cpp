@@ -155,9 +155,11 @@ void ModelTroposphere(gCPosC& gc, long k, mjd& calcEph, const SkyDirection& sky)
     if (gc.ifEstTropo) {
         gc.MFTROP(k) = gc.trpdelay.MappFunWet();
         if (gc.ifEstTropoGrad) {
-            // tan(e) sin(e); straight overhead the gradients map to nothing.
-            const long double tanSin = sky.cosE > 0.0L ? sky.sinE * sky.sinE / sky.cosE : 0.0L;
-            const long double mg = sky.cosE > 0.0L ? 1.0L / (tanSin + ApplyCorrectionsns::GradMappingC) : 0.0L;
+            // 1 / (tan(e) sin(e) + C); straight overhead the gradients map
+            // to nothing.
+            const long double mg = sky.cosE > 0.0L
+                                       ? 1.0L / (sky.sinE * sky.sinE / sky.cosE + ApplyCorrectionsns::GradMappingC)
+                                       : 0.0L;
             gc.MFGRAD(k, 0) = sky.cosA * mg;
             gc.MFGRAD(k, 1) = sky.sinA * mg;
         }

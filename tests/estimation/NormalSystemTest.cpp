@@ -38,8 +38,8 @@ TEST(NormalSystem, PreEliminatedClocksGiveTheDirectSolution)
     std::vector<long double> A(n * n, 0.0L), b(n, 0.0L);
     for (long e = 0; e < nEp; ++e) {
         long iB[NSlots];
-        long double factor[NSlots], B[NSlots];
-        for (int s = 0; s < NSlots; ++s) iB[s] = -1, factor[s] = 1.0L, B[s] = 0.0L;
+        long double factor[NSlots];
+        for (int s = 0; s < NSlots; ++s) iB[s] = -1, factor[s] = 1.0L;
         iB[0] = 0, iB[1] = 1, iB[2] = 2, iB[6] = 4, iB[7] = 5;
         factor[6] = 0.25L * static_cast<long double>(e + 1), factor[7] = 1.0L - factor[6];
         if (e % 2 == 1) iB[11] = 0, factor[11] = 0.5L;
@@ -50,13 +50,11 @@ TEST(NormalSystem, PreEliminatedClocksGiveTheDirectSolution)
             for (long double& v : g) v = next();
             g[3] = -1.0L;
             iB[3] = sys == 1 ? 3 : -1;
-            B[3] = -1.0L;
             std::vector<long double> row(n, 0.0L);
             const int slots[] = {0, 1, 2, 6, 7, 11}, values[] = {0, 1, 2, 4, 4, 6};
             for (int q = 0; q < 6; ++q) {
                 const int s = slots[q];
-                B[s] = g[values[q]] * factor[s];
-                if (iB[s] >= 0) row[static_cast<size_t>(iB[s])] += B[s];
+                if (iB[s] >= 0) row[static_cast<size_t>(iB[s])] += g[values[q]] * factor[s];
             }
             if (sys == 1) row[3] += -1.0L;
             row[static_cast<size_t>(nUnk + e)] = -1.0L;
@@ -68,7 +66,7 @@ TEST(NormalSystem, PreEliminatedClocksGiveTheDirectSolution)
             row[static_cast<size_t>(own)] = -1.0L;
             const long double fPhase = fCode - xTrue[own];
             AddRow(A, b, row, pPhase, fPhase);
-            sums.AddOwn(Nc, tc, own, B, iB, fPhase, pPhase);
+            sums.AddOwn(Nc, tc, own, iB[3], g, fPhase, pPhase);
             sums.AddRecord(sys, iB[3], g, pCode + pPhase, pCode * fCode + pPhase * fPhase);
         }
         sums.End(Nc, tc, Nt, tt, N22(e), t2(e), rowCol, rowVal);
