@@ -21,6 +21,7 @@
 #include "numerics/MathConstants.h"
 #include "observations/GLONASSc.h"
 #include "observations/SatelliteSystem.h"
+#include "orbits/LightTimeHints.h"
 #include "preprocessing/BroadcastSatellite.h"
 #include "preprocessing/SetAmbiguities.h"
 
@@ -203,6 +204,9 @@ void ProcStatic(gCPosC& gc)
     // The ambiguity of each record, looked up in the first iteration: the
     // arcs stay the same through the iterations.
     std::vector<long> ambOfRec(useL3 ? static_cast<std::size_t>(nRec) : 0, -1);
+    // Where a satellite is interpolated afresh (the first iteration), its
+    // last epoch's flight time starts the light-time iteration.
+    LightTimeHints hints;
     // The factors of the last iteration's system give the covariance.
     lur<long double> lu;
     int niter = 1;
@@ -308,9 +312,12 @@ void ProcStatic(gCPosC& gc)
                         gc.pephM.DTisOK = saved.clockOK;
                     } else {
                         dist = gc.pephM.CalcSatPosition(static_cast<unsigned short>(satprn), CalcEph,
-                                                        gc.RecPosFC, PosSat, VelSat);
-                        if (gc.pephM.PSisOK && dist > 0.0L)
+                                                        gc.RecPosFC, PosSat, VelSat,
+                                                        hints.Predict(satprn, CalcEph));
+                        if (gc.pephM.PSisOK && dist > 0.0L) {
                             saved = {gc.pephM.LastState(), RecClkErr, true, gc.pephM.DTisOK};
+                            hints.Keep(satprn, CalcEph, saved.state.tau, gc.RecPosFC, PosSat, VelSat);
+                        }
                     }
                     Relativity = gc.pephM.Relativity;
                     if (gc.isPclk) {

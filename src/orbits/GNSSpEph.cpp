@@ -480,29 +480,88 @@ void GNSSpEph::Interpolate(unsigned short sati, const mjd& ephCalc, xyzt& psat, 
     // on the same interval and slid inward at the same ends).
     const long p1 = i1;
     window(nPtsTime, i1, i2);
-    long double clk = 0.0L;
-    for (long i = i1; i <= i2; ++i) {
-        const long double dtNode = node[i - p1].dt;
-        if (std::fabs(dtNode) > GNSSpEphns::MaxClock_s) {
-            DTisOK = false;
-            break;
-        }
-        long double pxi = wClk.v[i - i1];
-        for (long j = i1; j <= i2; ++j)
-            if (j != i) pxi *= sec[j - p1];
-        clk += dtNode * pxi;
-    }
-    p0.dt = clk;
+    lastIx = ix;
+    lastClockOffset = i1 - p1;
+    lastClockNodes = i2 - i1 + 1;
+    p0.dt = WindowClock(sec);
     v0.dt = 0.0L;
     psat = p0;
     vsat = v0;
 }
 
+long double GNSSpEph::WindowClock(const long double* sec)
+{
+    const xyzt* const node = lastNode + lastClockOffset;
+    const long double* const s = sec + lastClockOffset;
+    long double clk = 0.0L;
+    for (long i = 0; i < lastClockNodes; ++i) {
+        const long double dtNode = node[i].dt;
+        if (std::fabs(dtNode) > GNSSpEphns::MaxClock_s) {
+            DTisOK = false;
+            break;
+        }
+        long double pxi = wClk.v[i];
+        for (long j = 0; j < lastClockNodes; ++j)
+            if (j != i) pxi *= s[j];
+        clk += dtNode * pxi;
+    }
+    return clk;
+}
+
 long double GNSSpEph::CalcSatPosition(unsigned short sati, mjd& ephCalc, xyz& prec,
                                       xyzt& psat, xyzt& vsat)
 {
-    using GNSSpEphns::C_mps;
     WarnIfOutside(ephCalc);
+    return IteratedLightTime(sati, ephCalc, prec, psat, vsat);
+}
+
+long double GNSSpEph::CalcSatPosition(unsigned short sati, mjd& ephCalc, xyz& prec,
+                                      xyzt& psat, xyzt& vsat, long double tauHint)
+{
+    using namespace GNSSpEphns;
+    WarnIfOutside(ephCalc);
+    if (!(tauHint > 0.0L && tauHint <= MaxFlightTime_s))
+        return IteratedLightTime(sati, ephCalc, prec, psat, vsat);
+    ephr = ephCalc;
+    ephr += -tauHint;
+    xyzt p1, v1;
+    Interpolate(sati, ephr, p1, v1, true);
+    ephr = ephCalc;
+    // Whatever leaves the one interpolation's window or the hint's reach
+    // takes the full iteration, which answers every such case.
+    if (!PSisOK) return IteratedLightTime(sati, ephCalc, prec, psat, vsat);
+    const LightTimeState start{tauHint, p1, xyz(v1.x, v1.y, v1.z)};
+    long double tau = tauHint;
+    bool converged = false;
+    const long double dist = CarriedLightTime(start, 0.0L, prec, psat, tau, converged);
+    const long double moved = tauHint - tau;
+    const long double q = std::clamp((ephCalc - epoch(0) - tau) / interval, -1e9L, 1e9L);
+    if (!converged || !(std::fabs(moved) <= MaxHintError_s) || static_cast<long>(q) != lastIx
+        || !(dist > 0.0L) || !(tau <= MaxFlightTime_s))
+        return IteratedLightTime(sati, ephCalc, prec, psat, vsat);
+    // The clock on the same nodes at the emission epoch found.
+    long double sec[MaxNodes];
+    for (long k = 0; k < lastNodes; ++k) sec[k] = lastSeconds[k] + moved;
+    psat.dt = WindowClock(sec);
+    const xyz acc = EarthFixedAcceleration(start);
+    vsat = xyzt(v1.x + acc.x * moved, v1.y + acc.y * moved, v1.z + acc.z * moved, 0.0L);
+    return Solved(tau, dist, psat, vsat);
+}
+
+long double GNSSpEph::Solved(long double tau, long double dist, xyzt& psat, const xyzt& vsat)
+{
+    lastTau = tau;
+    lastPos = psat;
+    lastVel = vsat;
+    Relativity = RelativityTerm(psat, vsat);
+    psat.dt -= Relativity;
+    return dist;
+}
+
+long double GNSSpEph::IteratedLightTime(unsigned short sati, mjd& ephCalc, xyz& prec,
+                                        xyzt& psat, xyzt& vsat)
+{
+    using GNSSpEphns::C_mps;
     long double thres = 1.0L, dist = 0.0L, deltat = -0.075L, tauUsed = 0.0L;
     int niter = 0;
     ephr = ephCalc;
@@ -534,35 +593,50 @@ long double GNSSpEph::CalcSatPosition(unsigned short sati, mjd& ephCalc, xyz& pr
         }
     }
     vsat = LastVelocity();
-    lastTau = tauUsed;
-    lastPos = psat;
-    lastVel = vsat;
-    Relativity = RelativityTerm(psat, vsat);
-    psat.dt -= Relativity;
+    return Solved(tauUsed, dist, psat, vsat);
+}
+
+xyz GNSSpEph::EarthFixedAcceleration(const LightTimeState& s) const
+{
+    // The orbit files are Earth-fixed: Coriolis (0.3 m/s²) and centrifugal
+    // (0.1 m/s²) terms join the central attraction.
+    const long double r = std::sqrt(s.pos.x * s.pos.x + s.pos.y * s.pos.y + s.pos.z * s.pos.z);
+    const long double k = GNSSpEphns::EarthGM_m3ps2 / (r * r * r), w2 = OMEGAz * OMEGAz;
+    return xyz(-k * s.pos.x + 2.0L * OMEGAz * s.vel.y + w2 * s.pos.x,
+               -k * s.pos.y - 2.0L * OMEGAz * s.vel.x + w2 * s.pos.y, -k * s.pos.z);
+}
+
+long double GNSSpEph::CarriedLightTime(const LightTimeState& s, long double shift_s, const xyz& prec,
+                                       xyzt& psat, long double& tau, bool& converged) const
+{
+    using GNSSpEphns::C_mps;
+    long double next = s.tau, thres = 1.0L, dist = 0.0L;
+    const xyz acc = EarthFixedAcceleration(s);
+    for (int niter = 0; thres > GNSSpEphns::LightTimeThres_m && niter < GNSSpEphns::MaxLightTimeIter; ++niter) {
+        tau = next;
+        const long double dt = shift_s - (tau - s.tau), half = 0.5L * dt * dt;
+        psat.x = s.pos.x + s.vel.x * dt + acc.x * half;
+        psat.y = s.pos.y + s.vel.y * dt + acc.y * half;
+        psat.z = s.pos.z + s.vel.z * dt + acc.z * half;
+        xyz turned = prec;
+        turned.RotateZ(tau * OMEGAz);
+        const long double dx = turned.x - psat.x, dy = turned.y - psat.y, dz = turned.z - psat.z;
+        dist = std::sqrt(dx * dx + dy * dy + dz * dz);
+        thres = std::fabs(dist - tau * C_mps);
+        next = dist / C_mps;
+    }
+    converged = thres <= GNSSpEphns::LightTimeThres_m;
     return dist;
 }
 
 long double GNSSpEph::MovedSatPosition(const LightTimeState& s, long double shift_s, const xyz& prec,
                                        xyzt& psat)
 {
-    using GNSSpEphns::C_mps;
     // The iteration of CalcSatPosition, started from the saved light time:
     // one or two steps, since the flight time changes by nanoseconds.
-    long double tau = s.tau, thres = 1.0L, dist = 0.0L;
-    const long double r = std::sqrt(s.pos.x * s.pos.x + s.pos.y * s.pos.y + s.pos.z * s.pos.z);
-    const long double halfAcc = -0.5L * GNSSpEphns::EarthGM_m3ps2 / (r * r * r);
-    for (int niter = 0; thres > GNSSpEphns::LightTimeThres_m && niter < GNSSpEphns::MaxLightTimeIter; ++niter) {
-        const long double dt = shift_s - (tau - s.tau), acc = halfAcc * dt * dt;
-        psat.x = s.pos.x + s.vel.x * dt + s.pos.x * acc;
-        psat.y = s.pos.y + s.vel.y * dt + s.pos.y * acc;
-        psat.z = s.pos.z + s.vel.z * dt + s.pos.z * acc;
-        xyz turned = prec;
-        turned.RotateZ(tau * OMEGAz);
-        const long double dx = turned.x - psat.x, dy = turned.y - psat.y, dz = turned.z - psat.z;
-        dist = std::sqrt(dx * dx + dy * dy + dz * dz);
-        thres = std::fabs(dist - tau * C_mps);
-        tau = dist / C_mps;
-    }
+    long double tau = s.tau;
+    bool converged = false;
+    const long double dist = CarriedLightTime(s, shift_s, prec, psat, tau, converged);
     // The clock keeps its saved value; the caller bounds the shift, since
     // the orbit files' clocks drift by up to 3e-10 s/s.
     psat.dt = s.pos.dt;

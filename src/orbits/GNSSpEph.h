@@ -53,6 +53,13 @@ constexpr long double EarthGM_m3ps2 = 3.986004418e14L;
 constexpr long double MaxFlightTime_s = 1.0L;
 /// Speed of light (m/s).
 constexpr long double C_mps = SpeedOfLight_mps;
+/// Farthest a flight-time hint may lie from the solution (s). Over it the
+/// satellite is carried along its velocity and its acceleration in the
+/// Earth-fixed frame (central attraction, Coriolis, centrifugal); what that
+/// leaves out (J2 and the third bodies, < 1e-4 m/s²) amounts to less than
+/// 1e-12 m of position and 1e-8 m/s of velocity, 2e-9 m in the relativity
+/// term.
+constexpr long double MaxHintError_s = 1e-4L;
 }  // namespace GNSSpEphns
 
 class GNSSpEph {
@@ -122,6 +129,16 @@ public:
     long double CalcSatPosition(unsigned short sati, mjd& ephCalc, xyz& prec,
                                 xyzt& psat, xyzt& vsat);
 
+    /// As above, with the iteration started from the flight time tauHint
+    /// (s), that of the satellite's last epoch carried forward: one
+    /// interpolation at the hinted emission epoch, the satellite then
+    /// carried as in MovedSatPosition, the clock interpolated at the
+    /// emission epoch found. Agrees with the form above to 1e-9 m, and
+    /// falls back to it for a hint of 0 (none), one off by more than
+    /// MaxHintError_s, or a solution on another interpolation window.
+    long double CalcSatPosition(unsigned short sati, mjd& ephCalc, xyz& prec,
+                                xyzt& psat, xyzt& vsat, long double tauHint);
+
     /// Satellite state of the last light-time solution of CalcSatPosition
     /// above: light time tau (s), position and orbit-file clock (s, before
     /// the relativity term) at emission, velocity (m/s).
@@ -136,7 +153,7 @@ public:
     /// The light-time solution of CalcSatPosition for the same record after
     /// its reception epoch moved by shift_s (s, a few microseconds at most)
     /// and the receiver to prec: the satellite carried along its saved
-    /// velocity and central acceleration over the change of emission time.
+    /// velocity and Earth-fixed acceleration over the change of emission time.
     /// Over a millisecond the neglected acceleration (J2 and the third
     /// bodies, < 1e-3 m/s²) moves it by less than 1e-9 m, so the distance
     /// (returned, m), psat and Relativity agree with a fresh interpolation
@@ -172,6 +189,23 @@ private:
                      bool withVelocity = true);
     // Velocity (m/s, dt 0) of the position last interpolated.
     xyzt LastVelocity() const;
+    // The clock on the clock nodes of the last window, at seconds sec from
+    // the position window's nodes; DTisOK false on a missing clock node.
+    long double WindowClock(const long double* sec);
+    // The light-time iteration of CalcSatPosition without the outside-the-
+    // file warning.
+    long double IteratedLightTime(unsigned short sati, mjd& ephCalc, xyz& prec, xyzt& psat, xyzt& vsat);
+    // Keeps the solution for LastState, takes the relativity term off the
+    // clock of psat; returns dist.
+    long double Solved(long double tau, long double dist, xyzt& psat, const xyzt& vsat);
+    // Acceleration (m/s²) of state s in the Earth-fixed frame.
+    xyz EarthFixedAcceleration(const LightTimeState& s) const;
+    // The light-time iteration with the satellite carried from state s
+    // along its velocity and acceleration, the reception epoch
+    // moved by shift_s: returns the distance (m), leaves the position
+    // (clock untouched) in psat and the flight time it belongs to in tau.
+    long double CarriedLightTime(const LightTimeState& s, long double shift_s, const xyz& prec,
+                                 xyzt& psat, long double& tau, bool& converged) const;
     void WarnIfOutside(const mjd& ephCalc);
     [[noreturn]] void Fail(long lineNo, const std::string& text) const;
 
@@ -206,6 +240,9 @@ private:
     long double lastPre[MaxNodes + 1] = {}, lastSuf[MaxNodes + 1] = {};
     const xyzt* lastNode = nullptr;
     long lastNodes = 0;
+    // Interval index of the last interpolation, and its clock nodes within
+    // the position window.
+    long lastIx = 0, lastClockOffset = 0, lastClockNodes = 0;
     long double OMEGAz;
     xyzt p0, v0;
     xyz ps;

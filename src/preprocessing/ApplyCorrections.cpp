@@ -19,6 +19,7 @@
 #include "observations/GLONASSc.h"
 #include "observations/GPSc.h"
 #include "observations/SatelliteSystem.h"
+#include "orbits/LightTimeHints.h"
 #include "preprocessing/AmbiguityTable.h"
 #include "preprocessing/BroadcastSatellite.h"
 
@@ -77,18 +78,19 @@ struct PreciseRefusals {
 // calcEph; true when both the orbit and a clock exist. A record refused for
 // want of either is counted in refused.
 bool PreciseSatellite(gCPosC& gc, short prn, mjd& calcEph, xyzt& posSat, long double& dist,
-                      PreciseRefusals& refused)
+                      PreciseRefusals& refused, LightTimeHints& hints)
 {
     if (!gc.isPEph) return false;
     xyz rec = gc.RecPosFC;
     xyzt velSat;
     dist = gc.pephM.CalcSatPosition(static_cast<unsigned short>(prn), calcEph, rec, posSat,
-                                    velSat);
+                                    velSat, hints.Predict(prn, calcEph));
     if (gc.pephM.OutOfSpan) ++refused.outside[prn];
     if (!gc.pephM.PSisOK) {
         if (gc.pephM.NodeMissing) ++refused.onMissingNode[prn];
         return false;
     }
+    if (dist > 0.0L) hints.Keep(prn, calcEph, gc.pephM.LastState().tau, rec, posSat, velSat);
     bool clockOK = gc.pephM.DTisOK;
     if (gc.isPclk) {
         // Only the existence of the clock is asked here; the estimator reads
@@ -401,6 +403,7 @@ void CalculateAE(gCPosC& gc)
     const RINEXData& d = gc.rnxd;
     const long nEpoch = d.GetNEpoch();
     PreciseRefusals refused;
+    LightTimeHints hints;
     long k = 0;
     int lastPercent = -1;
     for (long i = 0; i < nEpoch; ++i) {
@@ -453,7 +456,7 @@ void CalculateAE(gCPosC& gc)
             bool healthy = false;
             const bool ok = BroadcastSatellite(gc, prn, calcEph, posSat, dist, relativity, healthy)
                                 ? healthy
-                                : PreciseSatellite(gc, prn, calcEph, posSat, dist, refused);
+                                : PreciseSatellite(gc, prn, calcEph, posSat, dist, refused, hints);
             gc.OKSAT(k) = ok;
             gc.SAT_DIST(k) = 0.0L;
             if (!ok) {

@@ -4,6 +4,7 @@
 
 #include "OrbitsSupport.h"
 #include "orbits/GNSSpEph.h"
+#include "orbits/LightTimeHints.h"
 
 using namespace orbtest;
 
@@ -354,6 +355,41 @@ TEST(GNSSpEph, MovedLightTimeSolutionEqualsAFreshOne)
                 EXPECT_NEAR_LD(Dist(pm, pf), 0.0L, MoveTol_m) << sat;
                 EXPECT_NEAR_LD(Grg().Relativity, relF, ClockDrift_s) << sat;
                 EXPECT_NEAR_LD(pm.dt, pf.dt, ClockDrift_s) << sat;
+            }
+        }
+}
+
+// A hinted light-time solution must give what the full iteration gives, to
+// the bound MaxHintError_s is documented with (1e-9 m of range and orbit,
+// 1e-7 m/s of velocity, 1e-17 s = 3e-9 m of clock and relativity), whatever
+// the hint within it; a worse hint, or none, falls back to the iteration
+// itself. Either stops within 1e-5 m of range, 3.3e-14 s of flight time.
+// The hints kept from the solution 30 s before predict the flight time to
+// 1e-6 s.
+TEST(GNSSpEph, HintedLightTimeSolutionEqualsTheIteratedOne)
+{
+    constexpr long double HintTol_m = 1e-9L, HintClockTol_s = 1e-17L, PredictTol_s = 1e-6L, StopTol_s = 4e-14L;
+    xyz rec = kMarker;
+    for (int sat : {3, 113, 211})
+        for (long double off : {0.0L, 31.0L, 899.9L, 5000.0L}) {
+            mjd t = Plus(Grg().GetMJD(20), off), before = Plus(t, -30.0L); xyzt pf, vf, ph, vh, pb, vb;
+            const long double fresh = Grg().CalcSatPosition(static_cast<unsigned short>(sat), t, rec, pf, vf), relF = Grg().Relativity;
+            ASSERT_TRUE(Grg().PSisOK) << sat;
+            const long double tau = Grg().LastState().tau;
+            LightTimeHints hints;
+            EXPECT_EQ(hints.Predict(static_cast<short>(sat), t), 0.0L);
+            Grg().CalcSatPosition(static_cast<unsigned short>(sat), before, rec, pb, vb);
+            hints.Keep(static_cast<short>(sat), before, Grg().LastState().tau, rec, pb, vb);
+            EXPECT_NEAR_LD(hints.Predict(static_cast<short>(sat), t), tau, PredictTol_s) << sat;
+            EXPECT_EQ(hints.Predict(static_cast<short>(sat), Plus(t, LightTimeHints::MaxAge_s)), 0.0L);
+            for (long double hint : {tau, tau + 3e-7L, tau - 0.99e-4L, tau + 0.99e-4L, tau + 2e-3L, 0.0L, -1.0L}) {
+                const long double dist = Grg().CalcSatPosition(static_cast<unsigned short>(sat), t, rec, ph, vh, hint);
+                EXPECT_NEAR_LD(dist, fresh, HintTol_m) << sat << " " << off << " " << hint - tau;
+                EXPECT_NEAR_LD(Dist(ph, pf), 0.0L, HintTol_m) << sat << " " << hint - tau;
+                EXPECT_NEAR_LD(Dist(vh, vf), 0.0L, 1e-7L) << sat << " " << hint - tau;
+                EXPECT_NEAR_LD(ph.dt, pf.dt, HintClockTol_s) << sat << " " << hint - tau;
+                EXPECT_NEAR_LD(Grg().Relativity, relF, HintClockTol_s) << sat;
+                EXPECT_NEAR_LD(Grg().LastState().tau, tau, StopTol_s) << sat;
             }
         }
 }
