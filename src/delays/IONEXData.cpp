@@ -7,6 +7,7 @@
 
 #include "geodesy/TimeConverse.h"
 #include "numerics/ProgramError.h"
+#include "numerics/Trigonometry.h"
 
 namespace {
 
@@ -205,7 +206,7 @@ long double IONEXData::CalcIonDelay(long double& secd, long double& beta, long d
     }
 
     // Single-layer obliquity at the shell height hgt1.
-    const long double sinz = std::cos(elev * Pi / 180.0L) * h.BaseR / (h.hgt1 + h.BaseR);
+    const long double sinz = trig::Cos(elev * Pi / 180.0L) * h.BaseR / (h.hgt1 + h.BaseR);
     v /= std::sqrt(1.0L - sinz * sinz);
     return Unit == 0 ? v * IONEXns::TECU2m_L1 : v;
 }

@@ -8,6 +8,7 @@
 #include "numerics/FieldText.h"
 #include "numerics/MathConstants.h"
 #include "numerics/ProgramError.h"
+#include "numerics/Trigonometry.h"
 #include "observations/GPSc.h"
 
 using fieldtext::CopyTrimmedField;
@@ -73,11 +74,11 @@ long double IonKlobuchar::CalcIonDelay(long double fi_deg, long double la_deg, l
     // Earth angle between site and pierce point, then the pierce point and
     // its geomagnetic latitude.
     const long double ea = 0.0137L / (elev + 0.11L) - 0.022L;
-    long double fi1 = fi + ea * std::cos(Pi * azm);
+    long double fi1 = fi + ea * trig::Cos(Pi * azm);
     if (fi1 > 0.416L) fi1 = 0.416L;
     if (fi1 < -0.416L) fi1 = -0.416L;
-    const long double la1 = la + ea * std::sin(Pi * azm) / std::cos(Pi * fi1);
-    const long double fim = fi1 + 0.064L * std::cos(Pi * (la1 - 1.617L));
+    const long double la1 = la + ea * trig::Sin(Pi * azm) / trig::Cos(Pi * fi1);
+    const long double fim = fi1 + 0.064L * trig::Cos(Pi * (la1 - 1.617L));
 
     long double t = 43200.0L * la1 + sod;  // local time at the pierce point (s)
     if (t > 86400.0L)

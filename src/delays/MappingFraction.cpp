@@ -2,6 +2,8 @@
 
 #include <cmath>
 
+#include "numerics/Trigonometry.h"
+
 long double MappingFractionOfSine(long double a, long double b, long double c, long double sinE)
 {
     const long double s = sinE;
@@ -11,7 +13,7 @@ long double MappingFractionOfSine(long double a, long double b, long double c, l
 long double MappingFraction(long double a, long double b, long double c,
                             long double E_rad)
 {
-    return MappingFractionOfSine(a, b, c, std::sin(E_rad));
+    return MappingFractionOfSine(a, b, c, trig::Sin(E_rad));
 }
 
 long double NiellHeightCorrectionOfSine(long double h_m, long double sinE, long double aht, long double bht,
@@ -24,5 +26,5 @@ long double NiellHeightCorrection(long double h_m, long double E_rad,
                                   long double aht, long double bht,
                                   long double cht)
 {
-    return NiellHeightCorrectionOfSine(h_m, std::sin(E_rad), aht, bht, cht);
+    return NiellHeightCorrectionOfSine(h_m, trig::Sin(E_rad), aht, bht, cht);
 }

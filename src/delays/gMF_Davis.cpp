@@ -1,6 +1,7 @@
 #include "delays/gMF_Davis.h"
 
 #include "delays/stdAtm.h"
+#include "numerics/Trigonometry.h"
 
 #include <cmath>
 
@@ -17,7 +18,7 @@ gMF_Davis::gMF_Davis()
 
 void gMF_Davis::GetMappFunction(gTropDelay& td, long double E) const
 {
-    const long double s = std::sin(E);
+    const long double s = trig::Sin(E);
     td.mfdry = 1.0L / (s + a / (std::tan(E) + b / (s + c)));
     td.mfwet = td.mfdry;
 }

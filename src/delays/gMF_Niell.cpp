@@ -2,6 +2,7 @@
 
 #include "delays/MappingFraction.h"
 #include "numerics/MathConstants.h"
+#include "numerics/Trigonometry.h"
 
 #include <cmath>
 
@@ -75,13 +76,13 @@ void gMF_Niell::GetMappFunction(gTropDelay& td, const flh& pos, const mjd& eph,
     if (eph.GetMJDay() != seasonDay) {
         const long double dy =
             static_cast<long double>(eph.GetMJDay()) - 44239.0L + 1.0L - 28.0L;
-        season = std::cos(2.0L * Pi * dy / 365.25L);
+        season = trig::Cos(2.0L * Pi * dy / 365.25L);
         seasonDay = eph.GetMJDay();
     }
     ad = ad1 + ad2 * season;
     bd = bd1 + bd2 * season;
     cd = cd1 + cd2 * season;
-    const long double s = std::sin(E);
+    const long double s = trig::Sin(E);
     td.mfdry = MappingFractionOfSine(ad, bd, cd, s) + NiellHeightCorrectionOfSine(pos.h, s, adht, bdht, cdht);
     td.mfwet = MappingFractionOfSine(aw, bw, cw, s);
 }

@@ -1,12 +1,13 @@
 #include "delays/gMF_UNB3.h"
 
 #include "delays/MappingFraction.h"
+#include "numerics/Trigonometry.h"
 
 #include <cmath>
 
 void gMF_UNB3::SetAtmParams(const flh& pos)
 {
-    const long double cf = std::cos(pos.f);
+    const long double cf = trig::Cos(pos.f);
     ad = (1.18972L - 0.000026855L * pos.h + 0.10664L * cf) / 1000.0L;
     bd = 0.0035716L;
     cd = 0.082456L;

@@ -3,6 +3,7 @@
 #include "delays/MappingFraction.h"
 #include "numerics/MathConstants.h"
 #include "numerics/ProgramError.h"
+#include "numerics/Trigonometry.h"
 
 #include <cmath>
 
@@ -53,8 +54,8 @@ void gMF_VMF1::GetMappFunction(gTropDelay& td, const flh& pos, const mjd& eph,
         c10h = 0.001L;
     }
     const long double ch =
-        c0h + ((std::cos(2.0L * Pi * doy / 365.25L + phh) + 1.0L) * c11h / 2.0L + c10h)
-                  * (1.0L - std::cos(pos.f));
+        c0h + ((trig::Cos(2.0L * Pi * doy / 365.25L + phh) + 1.0L) * c11h / 2.0L + c10h)
+                  * (1.0L - trig::Cos(pos.f));
     td.mfdry = MappingFraction(ah, bh, ch, E)
                + NiellHeightCorrection(pos.h, E, adht, bdht, cdht);
     td.mfwet = MappingFraction(aw, bw, cw, E);

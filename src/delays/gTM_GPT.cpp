@@ -2,6 +2,7 @@
 
 #include "delays/stdAtm.h"
 #include "numerics/MathConstants.h"
+#include "numerics/Trigonometry.h"
 
 #include <algorithm>
 #include <cmath>
@@ -34,7 +35,7 @@ gTM_GPT::gTM_GPT()
 
 void gTM_GPT::SetAtmParams(const flh& pos)
 {
-    const long double t = std::sin(pos.f);
+    const long double t = trig::Sin(pos.f);
     // Factorials up to (2n+1)! = 19! < 2^64: exact in long double.
     long double dfac[2 * n + 2];
     dfac[0] = 1.0L;
@@ -55,8 +56,8 @@ void gTM_GPT::SetAtmParams(const flh& pos)
                 sum += (k % 2 == 0) ? term : -term;
             }
             const long double P = sum * std::sqrt(std::pow(c2, j)) / std::pow(2.0L, i);
-            aP[r] = P * std::cos(j * pos.l);
-            bP[r] = P * std::sin(j * pos.l);
+            aP[r] = P * trig::Cos(j * pos.l);
+            bP[r] = P * trig::Sin(j * pos.l);
             ++r;
         }
     }
@@ -74,7 +75,7 @@ void gTM_GPT::GetZenithDelay(gTropDelay& td, const flh& pos, const mjd& eph)
     // Whole days from 28 January 1980, the phase origin of the annual term.
     const long double doy =
         static_cast<long double>(eph.GetMJDay()) - 44239.0L + 1.0L - 28.0L;
-    const long double season = std::cos(2.0L * Pi * doy / 365.25L);
+    const long double season = trig::Cos(2.0L * Pi * doy / 365.25L);
     // Above 44 km above the geoid the base turns negative: no atmosphere.
     const long double base = std::max(0.0L, 1.0L - 0.0000226L * H);
     pres = (apMean + apAmp * season) * std::pow(base, 5.225L);

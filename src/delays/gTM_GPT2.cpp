@@ -3,6 +3,7 @@
 #include "delays/stdAtm.h"
 #include "numerics/MathConstants.h"
 #include "numerics/ProgramError.h"
+#include "numerics/Trigonometry.h"
 
 #include <cctype>
 #include <cmath>
@@ -281,10 +282,10 @@ void gTM_GPT2::GetZenithDelay(gTropDelay& td, const mjd& eph)
 {
     // Days from J2000.0 (MJD 51544.5), the phase origin of the harmonics.
     const long double d = static_cast<long double>(eph.GetMJDay()) - 51544.5L;
-    const long double cosfy = std::cos(2.0L * Pi * d / 365.25L);
-    const long double sinfy = std::sin(2.0L * Pi * d / 365.25L);
-    const long double coshy = std::cos(4.0L * Pi * d / 365.25L);
-    const long double sinhy = std::sin(4.0L * Pi * d / 365.25L);
+    const long double cosfy = trig::Cos(2.0L * Pi * d / 365.25L);
+    const long double sinfy = trig::Sin(2.0L * Pi * d / 365.25L);
+    const long double coshy = trig::Cos(4.0L * Pi * d / 365.25L);
+    const long double sinhy = trig::Sin(4.0L * Pi * d / 365.25L);
 
     long double pc[4], tc[4], qc[4], dtc[4], ahc[4], awc[4], nc[4];
     for (int k = 0; k < 4; ++k) {

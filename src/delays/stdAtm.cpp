@@ -2,11 +2,13 @@
 
 #include <cmath>
 
+#include "numerics/Trigonometry.h"
+
 namespace stdAtm {
 
 long double GravityFactor(long double lat_rad, long double h_m)
 {
-    return 1.0L - 0.0026L * std::cos(2.0L * lat_rad) - 0.00028L * h_m / 1000.0L;
+    return 1.0L - 0.0026L * trig::Cos(2.0L * lat_rad) - 0.00028L * h_m / 1000.0L;
 }
 
 long double WaterVapourPressure(long double H_pct, long double T_K)

@@ -8,6 +8,7 @@
 #include "numerics/MathConstants.h"
 #include "numerics/PolmerN.h"
 #include "numerics/ProgramError.h"
+#include "numerics/Trigonometry.h"
 
 namespace {
 
@@ -57,7 +58,7 @@ void Geodetic(const xyz& c, const elipsoid& elps, bool heightStop,
     // digits near the poles; p cos f + z sin f - a^2/N is the same distance
     // along the normal and is insensitive to a small error in f.
     const auto height = [&](long double fi, long double N) {
-        return p * std::cos(fi) + c.z * std::sin(fi) - a * a / N;
+        return p * trig::Cos(fi) + c.z * trig::Sin(fi) - a * a / N;
     };
 
     long double f0 = std::atan(c.z / ((1.0L - e) * p * (1.0L + e)));
@@ -68,7 +69,7 @@ void Geodetic(const xyz& c, const elipsoid& elps, bool heightStop,
         const long double h1 = height(f0, N0);
         // (1 - e^2 N/(N + h)) p with N + h = p / cos f, free of the
         // division by cos f near the poles.
-        const long double fn = std::atan(c.z / (p - e2 * N0 * std::cos(f0)));
+        const long double fn = std::atan(c.z / (p - e2 * N0 * trig::Cos(f0)));
         eps = std::fabs(fn - f0) + (heightStop ? std::fabs(h1 - h) : 0.0L);
         f0 = fn;
         h = h1;
@@ -110,10 +111,10 @@ xyz flh2xyz(const flh& pos, const elipsoid& elps)
     CheckEllipsoid(elps);
     const long double e = elps.GetE();
     const long double N = PolmerN(pos.f, elps.GetA(), e);
-    const long double cf = std::cos(pos.f);
-    return xyz((N + pos.h) * cf * std::cos(pos.l),
-               (N + pos.h) * cf * std::sin(pos.l),
-               ((1.0L - e * e) * N + pos.h) * std::sin(pos.f));
+    const long double cf = trig::Cos(pos.f);
+    return xyz((N + pos.h) * cf * trig::Cos(pos.l),
+               (N + pos.h) * cf * trig::Sin(pos.l),
+               ((1.0L - e * e) * N + pos.h) * trig::Sin(pos.f));
 }
 
 xyzt flht2xyzt(const flht& pos, const elipsoid& elps)
@@ -137,8 +138,8 @@ flht xyzt2flht(const xyzt& ecef, const elipsoid& elps)
 
 LocalFrame::LocalFrame(const flh& p)
 {
-    const long double sf = std::sin(p.f), cf = std::cos(p.f);
-    const long double sl = std::sin(p.l), cl = std::cos(p.l);
+    const long double sf = trig::Sin(p.f), cf = trig::Cos(p.f);
+    const long double sl = trig::Sin(p.l), cl = trig::Cos(p.l);
     R[0][0] = -sf * cl; R[0][1] = -sf * sl; R[0][2] = cf;
     R[1][0] = -sl;      R[1][1] = cl;       R[1][2] = 0.0L;
     R[2][0] = cf * cl;  R[2][1] = cf * sl;  R[2][2] = sf;

@@ -6,6 +6,7 @@
 
 #include "geodesy/FixedField.h"
 #include "numerics/SmallAngle.h"
+#include "numerics/Trigonometry.h"
 
 using geodesyio::IsUnit;
 using geodesyio::PutFixed;
@@ -26,7 +27,7 @@ xyz xyz::GetUnitVector(long double sign) const
 
 xyz& xyz::RotateX(long double a_rad)
 {
-    const long double c = std::cos(a_rad), s = std::sin(a_rad);
+    const long double c = trig::Cos(a_rad), s = trig::Sin(a_rad);
     const long double y1 = y * c - z * s;
     const long double z1 = z * c + y * s;
     y = y1; z = z1;
@@ -35,7 +36,7 @@ xyz& xyz::RotateX(long double a_rad)
 
 xyz& xyz::RotateY(long double a_rad)
 {
-    const long double c = std::cos(a_rad), s = std::sin(a_rad);
+    const long double c = trig::Cos(a_rad), s = trig::Sin(a_rad);
     const long double x1 = x * c + z * s;
     const long double z1 = z * c - x * s;
     x = x1; z = z1;

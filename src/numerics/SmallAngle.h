@@ -5,6 +5,8 @@
 // angle needs.
 #include <cmath>
 
+#include "numerics/Trigonometry.h"
+
 namespace smallanglens {
 /// Largest angle (rad) summed by its series: the first terms left out,
 /// a^9/9! and a^8/8!, are then below 1e-27 against results of order a and 1,
@@ -13,13 +15,12 @@ inline constexpr long double MaxSeriesAngle_rad = 1e-3L;
 }  // namespace smallanglens
 
 /// Sine s and cosine c of angle a (rad); by their Taylor series up to a^7
-/// and a^6 where |a| <= smallanglens::MaxSeriesAngle_rad, by the library
+/// and a^6 where |a| <= smallanglens::MaxSeriesAngle_rad, by trig::SinCos
 /// elsewhere.
 inline void SinCosOfSmallAngle(long double a, long double& s, long double& c)
 {
     if (!(std::fabs(a) <= smallanglens::MaxSeriesAngle_rad)) {
-        s = std::sin(a);
-        c = std::cos(a);
+        trig::SinCos(a, s, c);
         return;
     }
     const long double a2 = a * a;

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "numerics/Trigonometry.h"
 #include "observations/AmbRecord.h"
 #include "observations/GLONASSc.h"
 #include "observations/GPSc.h"
@@ -372,7 +373,7 @@ void RINEXData::ScreenMW(long double RMS, long MinObsAmb, const matrix<long doub
                 const long double mw = MW(k).obs;
                 if (n == 0) m0 = mw;
                 const long double p = std::fabs(E(k)) < ns::MWLowElev
-                                          ? 2.0L * std::sin(std::fabs(E(k))) : 1.0L;
+                                          ? 2.0L * trig::Sin(std::fabs(E(k))) : 1.0L;
                 N += p;
                 t += (mw - m0) * p;
                 f += (mw - m0) * (mw - m0) * p;

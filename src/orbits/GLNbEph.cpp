@@ -13,6 +13,7 @@
 #include "numerics/FieldText.h"
 #include "numerics/InputFile.h"
 #include "numerics/ProgramError.h"
+#include "numerics/Trigonometry.h"
 #include "numerics/cfilef.h"
 #include "orbits/Rinex3Navigation.h"
 
@@ -347,8 +348,8 @@ long double GLNbEph::CalcSatPosition(short sati, mjd& eph, mjd& tindex, xyz& pre
     // Into the Earth-fixed frame of the reception epoch: the frame has
     // turned by OMEGAz dt since transmission.
     const long double a = OMEGAz * dt;
-    const long double x = psat.x * std::cos(a) + psat.y * std::sin(a);
-    const long double y = psat.y * std::cos(a) - psat.x * std::sin(a);
+    const long double x = psat.x * trig::Cos(a) + psat.y * trig::Sin(a);
+    const long double y = psat.y * trig::Cos(a) - psat.x * trig::Sin(a);
     psat.x = x;
     psat.y = y;
     ephr = eph;

@@ -14,6 +14,7 @@
 #include "numerics/FieldText.h"
 #include "numerics/ProgramError.h"
 #include "numerics/InputFile.h"
+#include "numerics/Trigonometry.h"
 #include "numerics/cfilef.h"
 #include "orbits/Rinex3Navigation.h"
 
@@ -283,18 +284,18 @@ void GPSbEph::CalcSatPosition(unsigned short st, mjd& t0, mjd& tindex, xyzt& pos
     long double E0 = 0.0L, change = 1.0L;
     for (int count = 1; change > KeplerTol_rad; ++count) {
         if (count > MaxKeplerIter) GPSbEphError("TO MANY ITERATIONS (E)");
-        const long double E1 = M + e * std::sin(E0);
+        const long double E1 = M + e * trig::Sin(E0);
         change = std::fabs(E1 - E0);
         E0 = E1;
     }
-    const long double sinE = std::sin(E0), cosE = std::cos(E0);
+    const long double sinE = trig::Sin(E0), cosE = trig::Cos(E0);
     Relativity = -rk * sinE;
     const long double DT = d(ix, GPSbEphData::A0) + d(ix, GPSbEphData::A1) * dt
                            + d(ix, GPSbEphData::A2) * dt * dt + rk * sinE;
     if (tgdout != nullptr) *tgdout = d(ix, GPSbEphData::TGD);
     // True anomaly from the eccentric one, in its quadrant.
     long double u = d(ix, GPSbEphData::W) + Azimuth(0.0L, 0.0L, std::sqrt(1.0L - e * e) * sinE, cosE - e);
-    const long double c2u = std::cos(2.0L * u), s2u = std::sin(2.0L * u);
+    const long double c2u = trig::Cos(2.0L * u), s2u = trig::Sin(2.0L * u);
     const long double du = d(ix, GPSbEphData::CUC) * c2u + d(ix, GPSbEphData::CUS) * s2u;
     const long double dr = d(ix, GPSbEphData::CRC) * c2u + d(ix, GPSbEphData::CRS) * s2u;
     const long double di = d(ix, GPSbEphData::CIC) * c2u + d(ix, GPSbEphData::CIS) * s2u;
@@ -303,9 +304,9 @@ void GPSbEph::CalcSatPosition(unsigned short st, mjd& t0, mjd& tindex, xyzt& pos
     const long double i = d(ix, GPSbEphData::I0) + di + d(ix, GPSbEphData::IDOT) * dt;
     const long double OM = d(ix, GPSbEphData::OMEGA) + (d(ix, GPSbEphData::OMEGADOT) - OMEGAz) * dt
                            - OMEGAz * d(ix, GPSbEphData::TOE);
-    const long double xt = r * std::cos(u), yt = r * std::sin(u);
-    pos = xyzt(xt * std::cos(OM) - yt * std::cos(i) * std::sin(OM),
-               xt * std::sin(OM) + yt * std::cos(i) * std::cos(OM), yt * std::sin(i), DT);
+    const long double xt = r * trig::Cos(u), yt = r * trig::Sin(u);
+    pos = xyzt(xt * trig::Cos(OM) - yt * trig::Cos(i) * trig::Sin(OM),
+               xt * trig::Sin(OM) + yt * trig::Cos(i) * trig::Cos(OM), yt * trig::Sin(i), DT);
 }
 
 long double GPSbEph::RotatedDistance(const xyz& prec, long double tau, const xyzt& psat)

@@ -10,6 +10,7 @@
 #include "geodesy/CoordinateTransforms.h"
 #include "numerics/MathConstants.h"
 #include "numerics/ProgramError.h"
+#include "numerics/Trigonometry.h"
 #include "observations/GLC.h"
 #include "observations/SatelliteSystem.h"
 
@@ -129,8 +130,8 @@ bool CorrectReceiver(gCPosC& gc)
         const neu& o1 = off.pc[c1];
         const neu& o2 = off.pc[c1 + 1];
         // Line of sight in east, north, up.
-        const long double x = std::sin(azm) * std::cos(elv), y = std::cos(azm) * std::cos(elv),
-                          z = std::sin(elv);
+        const long double x = trig::Sin(azm) * trig::Cos(elv), y = trig::Cos(azm) * trig::Cos(elv),
+                          z = trig::Sin(elv);
         const long double atxL1 = o1.e * x + o1.n * y + o1.u * z - pcv.v[c1];
         const long double atxL2 = o2.e * x + o2.n * y + o2.u * z - pcv.v[c1 + 1];
         if (gc.isPRCorr && k < gc.prcAtx.NRow()) gc.prcAtx(k) = atxL1;
@@ -165,7 +166,7 @@ void CorrectSatellites(gCPosC& gc)
                 || !gc.UsesSystem(sat))
                 continue;
             const long double nadir_deg =
-                std::asin(std::cos(gc.ELV(k)) * gc.RecMag / gc.SAT_DIST(k)) * Rad2Deg;
+                std::asin(trig::Cos(gc.ELV(k)) * gc.RecMag / gc.SAT_DIST(k)) * Rad2Deg;
             const bool reported = missing.count(sat) > 0;
             if (reported) antexns::PrintWarns = 0;
             const bool found = gc.atx.SetSatellite(sat, eph);

@@ -15,6 +15,7 @@
 #include "geodesy/ymdhms.h"
 #include "numerics/MathConstants.h"
 #include "numerics/ProgramError.h"
+#include "numerics/Trigonometry.h"
 #include "observations/GALILEOc.h"
 #include "observations/GLONASSc.h"
 #include "observations/GPSc.h"
@@ -191,9 +192,9 @@ void ModelIonosphere(gCPosC& gc, long k, mjd& calcEph, const IonoSite& site)
         gc.myion.GetIonoDelay(calcEph, gc.ION(k));
         // The series is vertical: the thin-shell slant factor at the
         // pierce point turns it into the line of sight.
-        const long double z = std::asin(std::cos(gc.ELV(k)) * ns::ShellRadius_km
+        const long double z = std::asin(trig::Cos(gc.ELV(k)) * ns::ShellRadius_km
                                         / (ns::ShellRadius_km + ns::ShellHeight_km));
-        gc.ION(k) /= std::cos(z);
+        gc.ION(k) /= trig::Cos(z);
     }
 }
 

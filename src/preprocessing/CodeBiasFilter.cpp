@@ -8,6 +8,7 @@
 
 #include "driver/Console.h"
 #include "numerics/MathConstants.h"
+#include "numerics/Trigonometry.h"
 #include "preprocessing/AmbiguityTable.h"
 
 namespace {
@@ -135,7 +136,7 @@ bool Runs(const gCPosC& gc) { return gc.doCopyFilterC && (gc.ifPc3 || gc.ifPp3 |
 long double CodeWeight(long double elv)
 {
     const long double e = std::max(elv, CodeBiasFilterns::MinWeightElevation_deg * Deg2Rad);
-    const long double s = std::sin(e);
+    const long double s = trig::Sin(e);
     return s * s;
 }
 

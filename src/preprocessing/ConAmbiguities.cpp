@@ -9,6 +9,7 @@
 #include "driver/Console.h"
 #include "numerics/MathConstants.h"
 #include "numerics/ProgramError.h"
+#include "numerics/Trigonometry.h"
 #include "numerics/inv.h"
 #include "observations/GLC.h"
 #include "observations/LinearCombinations.h"
@@ -25,7 +26,7 @@ namespace ns = ConAmbiguitiesns;
 long double Weight(long double elv_rad)
 {
     if (elv_rad >= ns::minE * Deg2Rad) return 1.0L;
-    const long double p = 2.0L * std::sin(elv_rad);
+    const long double p = 2.0L * trig::Sin(elv_rad);
     return p > 0.0L ? p : 0.0L;
 }
 

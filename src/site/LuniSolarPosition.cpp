@@ -5,6 +5,7 @@
 
 #include "geodesy/LeapSecond.h"
 #include "numerics/MathConstants.h"
+#include "numerics/Trigonometry.h"
 
 namespace {
 
@@ -19,7 +20,7 @@ template <std::size_t N>
 long double SineSeries(const Term (&terms)[N], long double t)
 {
     long double s = 0.0L;
-    for (const Term& k : terms) s += k.amp * std::sin((k.arg0 + k.rate * t) * Deg2Rad);
+    for (const Term& k : terms) s += k.amp * trig::Sin((k.arg0 + k.rate * t) * Deg2Rad);
     return s;
 }
 
@@ -27,7 +28,7 @@ template <std::size_t N>
 long double CosineSeries(const Term (&terms)[N], long double t)
 {
     long double s = 0.0L;
-    for (const Term& k : terms) s += k.amp * std::cos((k.arg0 + k.rate * t) * Deg2Rad);
+    for (const Term& k : terms) s += k.amp * trig::Cos((k.arg0 + k.rate * t) * Deg2Rad);
     return s;
 }
 
@@ -83,10 +84,10 @@ void LuniSolarPosition::SunPosition(const mjd& eph, xyz& uvec, long double& magr
     const long double L_deg = std::fmod(280.4606184L + 36000.77005361L * t, 360.0L);
     long double M = std::fmod((357.5277233L + 35999.05034L * t) * Deg2Rad, twopi);
     if (M < 0.0L) M += twopi;
-    const long double lon = (L_deg + 1.914666471L * std::sin(M) + 0.019994643L * std::sin(2.0L * M)) * Deg2Rad;
+    const long double lon = (L_deg + 1.914666471L * trig::Sin(M) + 0.019994643L * trig::Sin(2.0L * M)) * Deg2Rad;
     const long double obl = Obliquity(t);
-    magr = (1.000140612L - 0.016708617L * std::cos(M) - 0.000139589L * std::cos(2.0L * M)) * AU * 1000.0L;
-    uvec.Set(std::cos(lon), std::sin(lon) * std::cos(obl), std::sin(lon) * std::sin(obl));
+    magr = (1.000140612L - 0.016708617L * trig::Cos(M) - 0.000139589L * trig::Cos(2.0L * M)) * AU * 1000.0L;
+    uvec.Set(trig::Cos(lon), trig::Sin(lon) * trig::Cos(obl), trig::Sin(lon) * trig::Sin(obl));
     uvec.RotateZ(-gst);
 }
 
@@ -98,9 +99,9 @@ void LuniSolarPosition::MoonPosition(const mjd& eph, xyz& uvec, long double& mag
     const long double lat = std::fmod(SineSeries(MoonLatitude, t) * Deg2Rad, twopi);
     const long double par = std::fmod((0.9508L + CosineSeries(MoonParallax, t)) * Deg2Rad, twopi);
     const long double obl = Obliquity(t);
-    const long double cl = std::cos(lat), sl = std::sin(lat), co = std::cos(obl), so = std::sin(obl);
-    uvec.Set(std::cos(lon) * cl, co * cl * std::sin(lon) - so * sl, so * cl * std::sin(lon) + co * sl);
+    const long double cl = trig::Cos(lat), sl = trig::Sin(lat), co = trig::Cos(obl), so = trig::Sin(obl);
+    uvec.Set(trig::Cos(lon) * cl, co * cl * trig::Sin(lon) - so * sl, so * cl * trig::Sin(lon) + co * sl);
     // The parallax stays near 0.9 deg, far from a zero sine.
-    magr = RE / std::sin(par) * 1000.0L;
+    magr = RE / trig::Sin(par) * 1000.0L;
     uvec.RotateZ(-gst);
 }

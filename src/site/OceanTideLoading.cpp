@@ -12,6 +12,7 @@
 #include "geodesy/LeapSecond.h"
 #include "numerics/MathConstants.h"
 #include "numerics/ProgramError.h"
+#include "numerics/Trigonometry.h"
 #include "numerics/spline.h"
 
 namespace {
@@ -300,8 +301,8 @@ void OceanTideLoading::ADMINT(const matrix<long double>& AMPIN, const matrix<lon
             for (int i = 0; i < NArg; ++i) same = same && otlns::Harmonics[KK].IDD[i] == IDT[i][LL];
             if (!same) continue;
             const long double t = std::fabs(otlns::Harmonics[KK].TAMP);
-            rl[K] = AMPIN(LL) * std::cos(PHIN(LL) * Deg2Rad) / t;
-            aim[K] = AMPIN(LL) * std::sin(PHIN(LL) * Deg2Rad) / t;
+            rl[K] = AMPIN(LL) * trig::Cos(PHIN(LL) * Deg2Rad) / t;
+            aim[K] = AMPIN(LL) * trig::Sin(PHIN(LL) * Deg2Rad) / t;
             TDFRPH(KK, rf[K], ph);
             ++K;
             break;  // each constituent is one row of the table
@@ -348,7 +349,7 @@ void OceanTideLoading::ADMINT(const matrix<long double>& AMPIN, const matrix<lon
 long double OceanTideLoading::RECURS(const matrix<long double>& A, const matrix<long double>& P) const
 {
     long double x = 0.0L;
-    for (int i = 0; i < NHarm; ++i) x += A(i) * std::cos(P(i) * Deg2Rad);
+    for (int i = 0; i < NHarm; ++i) x += A(i) * trig::Cos(P(i) * Deg2Rad);
     return x;
 }
 

@@ -7,6 +7,7 @@
 #include <istream>
 
 #include "numerics/ProgramError.h"
+#include "numerics/Trigonometry.h"
 
 namespace {
 
@@ -168,8 +169,8 @@ void PoleTide::GetPoleTide(const mjd& t, const flh& pos, neu& dpos)
         yi = VAL(ix, Y) + (VAL(ix + 1, Y) - VAL(ix, Y)) * dt1 / dtall;
     }
     const long double dx = xi - xp, dy = yi - yp;
-    const long double sl = std::sin(pos.l), cl = std::cos(pos.l);
-    dpos.u = -0.033L * std::sin(2.0L * pos.f) * (dx * cl + dy * sl);
-    dpos.e = 0.009L * std::sin(pos.f) * (dx * sl - dy * cl);
-    dpos.n = -0.009L * std::cos(2.0L * pos.f) * (dx * cl + dy * sl);
+    const long double sl = trig::Sin(pos.l), cl = trig::Cos(pos.l);
+    dpos.u = -0.033L * trig::Sin(2.0L * pos.f) * (dx * cl + dy * sl);
+    dpos.e = 0.009L * trig::Sin(pos.f) * (dx * sl - dy * cl);
+    dpos.n = -0.009L * trig::Cos(2.0L * pos.f) * (dx * cl + dy * sl);
 }

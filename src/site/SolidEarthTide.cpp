@@ -6,6 +6,7 @@
 
 #include "geodesy/LeapSecond.h"
 #include "numerics/MathConstants.h"
+#include "numerics/Trigonometry.h"
 
 namespace {
 
@@ -188,7 +189,8 @@ void SolidEarthTide::STEP2DIU(const mjd& eph)
     DXCOR = xyz();
     for (const auto& c : DATDIU) {
         const long double THETAF = (TAU + c[0] * S + c[1] * H + c[2] * P + c[3] * ZNS + c[4] * PS) * Deg2Rad;
-        const long double sA = std::sin(THETAF + ZLA), cA = std::cos(THETAF + ZLA);
+        long double sA = 0.0L, cA = 0.0L;
+        trig::SinCos(THETAF + ZLA, sA, cA);
         const long double DR = 2.0L * SINPHI * COSPHI * (c[5] * sA + c[6] * cA);
         const long double DN = C2PHI * (c[7] * sA + c[8] * cA);
         const long double DE = SINPHI * (c[7] * cA - c[8] * sA);
@@ -204,7 +206,8 @@ void SolidEarthTide::STEP2LON()
     DXCOR = xyz();
     for (const auto& c : DATLON) {
         const long double THETAF = (c[0] * S + c[1] * H + c[2] * P + c[3] * ZNS + c[4] * PS) * Deg2Rad;
-        const long double cT = std::cos(THETAF), sT = std::sin(THETAF);
+        long double sT = 0.0L, cT = 0.0L;
+        trig::SinCos(THETAF, sT, cT);
         const long double DR = ((3.0L * SINPHI * SINPHI - 1.0L) / 2.0L) * (c[5] * cT + c[7] * sT);
         const long double DN = 2.0L * COSPHI * SINPHI * (c[6] * cT + c[8] * sT);
         DXCOR += ToEarthFixed(DN, 0.0L, DR);
