@@ -14,8 +14,11 @@ constexpr long double TwoOverPi = 0xa2f9836e4e44152ap-64L, PiOver4 = 0xc90fdaa22
 // exact (the two lie within a factor 2 of each other for k != 0).
 long double Reduce(long double x, int& quadrant)
 {
-    const long double k = std::nearbyint(x * TwoOverPi);
-    quadrant = static_cast<int>(static_cast<long>(k) & 3);
+    // lrint is one instruction; nearbyint saves and restores the
+    // floating-point state around it, at the cost of a sine.
+    const long n = std::lrint(x * TwoOverPi);
+    const long double k = static_cast<long double>(n);
+    quadrant = static_cast<int>(n & 3);
     return ((x - k * P1) - k * P2) - k * P3;
 }
 
