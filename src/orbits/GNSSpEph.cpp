@@ -69,13 +69,12 @@ GNSSpEph::GNSSpEph()
 
 namespace {
 
-// Periodic relativity term 2 r·v/c² (s), divided by c one factor at a time,
-// so that no product of two large numbers is formed.
+// Periodic relativity term 2 r·v/c² (s). r·v stays below 1e12 m²/s, far
+// inside long double's range, so one division serves.
 long double RelativityTerm(const xyzt& p, const xyz& v)
 {
-    using GNSSpEphns::C_mps;
-    return 2.0L * ((v.x / C_mps * p.x) / C_mps + (v.y / C_mps * p.y) / C_mps
-                   + (v.z / C_mps * p.z) / C_mps);
+    constexpr long double C2 = GNSSpEphns::C_mps * GNSSpEphns::C_mps;
+    return 2.0L * (v.x * p.x + v.y * p.y + v.z * p.z) / C2;
 }
 
 }  // namespace
