@@ -10,7 +10,7 @@ long double LightTimeHints::Predict(short sat, const mjd& t) const
     const Solution& s = last[sat];
     const long double age = t - s.t;
     if (!(std::fabs(age) <= MaxAge_s)) return 0.0L;
-    return s.tau + s.rate * age;
+    return s.tau + (s.rate + 0.5L * s.change * age) * age;
 }
 
 void LightTimeHints::Keep(short sat, const mjd& t, long double tau, const xyz& prec, const xyzt& psat,
@@ -21,5 +21,9 @@ void LightTimeHints::Keep(short sat, const mjd& t, long double tau, const xyz& p
     const long double dist = std::sqrt(dx * dx + dy * dy + dz * dz);
     // The range shrinks as the satellite moves towards the receiver.
     const long double rate = dist > 0.0L ? -(dx * vsat.x + dy * vsat.y + dz * vsat.z) / (dist * SpeedOfLight_mps) : 0.0L;
-    last[sat] = {t, tau, rate, true};
+    // The rate's change from the solution before, where there is one near.
+    const Solution& before = last[sat];
+    const long double step = before.kept ? t - before.t : 0.0L;
+    const long double change = step != 0.0L && std::fabs(step) <= MaxAge_s ? (rate - before.rate) / step : 0.0L;
+    last[sat] = {t, tau, rate, change, true};
 }

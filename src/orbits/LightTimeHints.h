@@ -1,8 +1,10 @@
 #pragma once
 // Each satellite's last light-time solution, carried forward along its
-// range rate: where the next epoch's iteration starts, so that the
-// precise orbit is interpolated once a record instead of three or four
-// times.
+// range rate and the rate's change since the solution before: where the
+// next epoch's iteration starts, so that the precise orbit is interpolated
+// once a record instead of three or four times, and the iteration then
+// takes two steps. Over 30 s the rate alone misses by up to 3e-7 s, with
+// its change by 1e-9 s.
 #include <array>
 
 #include "geodesy/mjd.h"
@@ -16,7 +18,7 @@ public:
     static constexpr long double MaxAge_s = 300.0L;
 
     /// The flight time (s) expected for satellite sat received at t: the
-    /// kept one moved along its rate. 0, no hint, for a number outside the
+    /// kept one moved along its rate and the rate's change. 0, no hint, for a number outside the
     /// shared numbering, none kept, or one kept more than MaxAge_s from t.
     long double Predict(short sat, const mjd& t) const;
 
@@ -28,7 +30,7 @@ private:
     static constexpr int Numbers = 300;
     struct Solution {
         mjd t;
-        long double tau = 0.0L, rate = 0.0L;
+        long double tau = 0.0L, rate = 0.0L, change = 0.0L;  // s, s/s, s/s²
         bool kept = false;
     };
     std::array<Solution, Numbers> last{};
