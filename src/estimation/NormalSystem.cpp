@@ -30,12 +30,29 @@ void EpochNormals::Begin(const long* iB, const long double* factor)
     }
     for (int y = 0; y < NSys; ++y) {
         sysUsed_[y] = false;
-        for (int a = 0; a < NShared; ++a) {
-            pg_[y][a] = pfg_[y][a] = 0.0L;
-            for (int b = a; b < NShared; ++b) gg_[y][a][b] = 0.0L;
-        }
+        held_[y].clear();
     }
     n22_ = t2_ = 0.0L;
+}
+
+void EpochNormals::SumHeld(int sys)
+{
+    // The records in the order they came, as a running sum would take them.
+    const std::vector<Held>& h = held_[sys];
+    for (int a = 0; a < NShared; ++a) {
+        long double spg = 0.0L, spfg = 0.0L;
+        for (const Held& r : h) {
+            spg += r.pg[a];
+            spfg += r.pf * r.g[a];
+        }
+        pg_[sys][a] = spg;
+        pfg_[sys][a] = spfg;
+        for (int b = a; b < NShared; ++b) {
+            long double sgg = 0.0L;
+            for (const Held& r : h) sgg += r.pg[a] * r.g[b];
+            gg_[sys][a][b] = sgg;
+        }
+    }
 }
 
 void EpochNormals::AddRecord(int sys, long sysCol, const long double* g, long double p, long double pf)
@@ -46,12 +63,12 @@ void EpochNormals::AddRecord(int sys, long sysCol, const long double* g, long do
     sysCol_[sys] = sysCol;
     n22_ += p;
     t2_ -= pf;
+    Held& r = held_[sys].emplace_back();
     for (int a = 0; a < NShared; ++a) {
-        const long double pga = p * g[a];
-        pg_[sys][a] += pga;
-        pfg_[sys][a] += pf * g[a];
-        for (int b = a; b < NShared; ++b) gg_[sys][a][b] += pga * g[b];
+        r.pg[a] = p * g[a];
+        r.g[a] = g[a];
     }
+    r.pf = pf;
 }
 
 void EpochNormals::AddOwn(matrix<long double>& N, matrix<long double>& t, long col, long sysCol,
@@ -86,6 +103,7 @@ void EpochNormals::End(matrix<long double>& N, matrix<long double>& t, matrix<lo
     long double* const row21 = row21_.data();
     for (int y = 0; y < NSys; ++y) {
         if (!sysUsed_[y]) continue;
+        SumHeld(y);
         long c[NSharedSlots];
         for (int s = 0; s < NSharedSlots; ++s) c[s] = SharedSlot[s] == 3 ? sysCol_[y] : col_[s];
         for (int s = 0; s < NSharedSlots; ++s) {

@@ -103,9 +103,18 @@ private:
     long double factor_[NSharedSlots];
     long sysCol_[NSys];
     bool sysUsed_[NSys];
-    // Per system: upper triangle of sum p g g^T, sums p g and pf g.
+    // Per system: upper triangle of sum p g g^T, sums p g and pf g, summed
+    // at the end of the epoch from its records.
     long double gg_[NSys][NShared][NShared];
     long double pg_[NSys][NShared], pfg_[NSys][NShared];
+    // The epoch's records per system: p g, g and pf. Each sum then runs in a
+    // register over them, where adding every record to all 42 sums in
+    // memory stored and loaded 42 extended numbers a record.
+    struct Held {
+        long double pg[NShared], g[NShared], pf;
+    };
+    std::vector<Held> held_[NSys];
+    void SumHeld(int sys);
     long double n22_, t2_;
     std::vector<long double> row21_;
 };

@@ -1,5 +1,6 @@
 #include "preprocessing/AmbiguityTable.h"
 
+#include <algorithm>
 #include <cmath>
 #include <iomanip>
 #include <iostream>
@@ -167,9 +168,28 @@ std::vector<SatRecord> ArcRecords(const gCPosC& gc, long a)
 
 std::map<short, std::vector<SatRecord>> RecordsBySatellite(const RINEXData& d)
 {
+    // Counted first, so that each list is allocated once, and found through
+    // a table by number rather than a search per record.
+    const auto walk = [&d](auto&& visit) {
+        long k = 0;
+        for (long i = 0; i < d.GetNEpoch(); ++i)
+            for (long j = 0; j < d.nsat(i) && k < d.GetNObs(); ++j, ++k) visit(i, k, d.sat(k));
+    };
+    short low = 0, high = -1;
+    walk([&](long, long, short sat) {
+        if (high < low) low = high = sat;
+        low = std::min(low, sat);
+        high = std::max(high, sat);
+    });
+    std::vector<long> n(high >= low ? static_cast<std::size_t>(high - low + 1) : 0, 0);
+    walk([&](long, long, short sat) { ++n[static_cast<std::size_t>(sat - low)]; });
     std::map<short, std::vector<SatRecord>> bySat;
-    long k = 0;
-    for (long i = 0; i < d.GetNEpoch(); ++i)
-        for (long j = 0; j < d.nsat(i) && k < d.GetNObs(); ++j, ++k) bySat[d.sat(k)].push_back({i, k});
+    std::vector<std::vector<SatRecord>*> list(n.size(), nullptr);
+    for (std::size_t s = 0; s < n.size(); ++s)
+        if (n[s] > 0) {
+            list[s] = &bySat[static_cast<short>(low + static_cast<long>(s))];
+            list[s]->reserve(static_cast<std::size_t>(n[s]));
+        }
+    walk([&](long i, long k, short sat) { list[static_cast<std::size_t>(sat - low)]->push_back({i, k}); });
     return bySat;
 }
