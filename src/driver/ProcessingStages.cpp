@@ -46,10 +46,6 @@ void RunPreprocessing(gCPosC& gpos)
     // Sizes that the options multiply fail here, before any stage works or
     // writes; the ambiguities are counted again when they are known.
     CheckUnknownSizes(gpos, 0);
-    // Doppler and signal strength are read and checked with the file, and no
-    // stage uses them: 13 MB of a day that the preprocessing need not carry.
-    RINEXData& d = gpos.rnxd;
-    Release({&d.D1, &d.D2, &d.D3R, &d.D5, &d.D6, &d.D7, &d.D8, &d.S1, &d.S2, &d.S3R, &d.S5, &d.S6, &d.S7, &d.S8});
     PrepareObservations(gpos);
     PhaseWindUp(gpos);
     GetEclipsing(gpos);

@@ -28,6 +28,7 @@ void ReadAll(gCPosC& gc)
 {
     const bool v = gc.verbose;
     if (gc.isRnx) {
+        gc.rnxd.KeepAuxiliary(false);
         gc.rnx.ReadFile();
         Echo(v, "reading RINEX file - " + std::to_string(gc.rnxd.GetNEpoch()) + " epochs, "
                     + std::to_string(gc.rnxd.GetNObs()) + " C1 observations, "

@@ -119,7 +119,7 @@ void RINEXData::Reset()
     IfTimeCorr = false;
     for (unsigned short t = 0; t < RINEXObs::Unknown; t++) {
         if (matrix<gnssobs>* m = ObsMatrix(t)) *m = matrix<gnssobs>();
-        if (matrix<gnssobsshort>* m = ShortMatrix(t)) *m = matrix<gnssobsshort>();
+        if (matrix<gnssobsshort>* m = AuxiliaryMatrix(t)) *m = matrix<gnssobsshort>();
     }
     PC1 = PC3 = PP3 = L3 = L4 = MW = PC4 = PP4 = CL1 = CLI = matrix<gnssobs>();
     IsEpochOKG = matrix<short>();
@@ -162,6 +162,17 @@ const matrix<gnssobs>* RINEXData::ObsMatrix(unsigned short t) const
 }
 
 matrix<gnssobsshort>* RINEXData::ShortMatrix(unsigned short t)
+{
+    return keepAuxiliary_ ? AuxiliaryMatrix(t) : nullptr;
+}
+
+bool RINEXData::IsAuxiliary(unsigned short t)
+{
+    const std::string code = RINEXHeader::GetObsString(t);  // "??" for none
+    return code[0] == 'D' || code[0] == 'S';
+}
+
+matrix<gnssobsshort>* RINEXData::AuxiliaryMatrix(unsigned short t)
 {
     switch (t) {
     case RINEXObs::D1: return &D1;   case RINEXObs::D2: return &D2;
@@ -299,6 +310,7 @@ RecordStoreFill::RecordStoreFill(RINEXData& d) : d_(d), ntypes_(d.rhead.nobs)
     for (int k = 0; k < ntypes_; k++) {
         colObs_[k] = d.ObsMatrix(d.rhead.obs(k));
         colShort_[k] = d.ShortMatrix(d.rhead.obs(k));
+        colChecked_[k] = colObs_[k] || RINEXData::IsAuxiliary(d.rhead.obs(k));
         colCode_[k] = IsCode(d.rhead.obs(k));
     }
     for (int s = SysGPS; s <= SysNone; s++) CodeRangeLimits(static_cast<SatSystem>(s), codeMin_[s], codeMax_[s]);
@@ -481,13 +493,14 @@ std::istream& operator>>(std::istream& in, RINEXData& d)
                 const char* f = fields + FieldWidth * k;
                 matrix<gnssobs>* obs = fill.Obs(k);
                 matrix<gnssobsshort>* shrt = fill.Short(k);
-                if (!obs && !shrt) continue;
+                // A type not kept is still checked.
+                if (!fill.Checked(k)) continue;
                 if (!fieldtext::IsNumberOrBlank(f, ValueWidth) || !IsFlagText(f[ValueWidth]) || !IsFlagText(f[ValueWidth + 1]))
                     RINEXData::RINEXDataError(In(h) + RINEXHeader::GetObsString(h.obs(k)) + " OF " + RINEXSatName(sn)
                                               + " IS NOT A NUMBER: \"" + std::string(f, FieldWidth) + "\""
                                               + AtLine(recordLine + k / FieldsPerLine));
                 if (shrt) (*shrt)(r) >> f;
-                else (*obs)(r) >> f;
+                else if (obs) (*obs)(r) >> f;
             }
             fill.CheckCodes(r);
             texts[s].swap(obsText);  // obsText is cleared before the next record

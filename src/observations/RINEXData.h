@@ -105,9 +105,16 @@ public:
     /// signal strength and unknown types.
     matrix<gnssobs>* ObsMatrix(unsigned short type);
     const matrix<gnssobs>* ObsMatrix(unsigned short type) const;
-    /// The Doppler or signal-strength matrix of a type, null otherwise.
+    /// The Doppler or signal-strength matrix of a type, null otherwise, and
+    /// null for all while they are not kept.
     matrix<gnssobsshort>* ShortMatrix(unsigned short type);
     const matrix<gnssobsshort>* ShortMatrix(unsigned short type) const;
+    /// True for a Doppler or signal-strength type.
+    static bool IsAuxiliary(unsigned short type);
+    /// Whether the readers store Doppler and signal strength (the default)
+    /// or only check their fields: no processing stage reads them, and a
+    /// day of them is 14 MB to fill and parse.
+    void KeepAuxiliary(bool keep) { keepAuxiliary_ = keep; }
 
     // Conditioning in memory (RINEXDataConditioning.cpp): clock-jump and
     // time-tag repairs, linear combinations, presence of a system's data.
@@ -229,6 +236,9 @@ public:
     static void RINEXDataWarning(const std::string& text);
 
 private:
+    bool keepAuxiliary_ = true;
+    // The Doppler or signal-strength matrix of a type, kept or not.
+    matrix<gnssobsshort>* AuxiliaryMatrix(unsigned short type);
     // Steps of ScreenL4Linear. Epochs are walked with their first record
     // index beside them; Elev and MinElev define the series as above.
 
@@ -300,6 +310,8 @@ public:
     matrix<gnssobs>* Obs(int k) const { return colObs_[k]; }
     /// The Doppler or signal-strength matrix of header type k, null for others.
     matrix<gnssobsshort>* Short(int k) const { return colShort_[k]; }
+    /// Whether column k's fields are checked: a known type, kept or not.
+    bool Checked(int k) const { return colChecked_[k]; }
 
     /// Starts the next epoch: time t, flag character, count records and the
     /// receiver clock offset (s, kept when the store carries offsets).
@@ -324,6 +336,7 @@ private:
     int ntypes_;
     matrix<gnssobs>* colObs_[RINEXns::MaxObsTypes] = {};
     matrix<gnssobsshort>* colShort_[RINEXns::MaxObsTypes] = {};
+    bool colChecked_[RINEXns::MaxObsTypes] = {};
     bool colCode_[RINEXns::MaxObsTypes] = {};
     long double codeMin_[SysNone + 1], codeMax_[SysNone + 1];
     short scratch_[RINEXns::ScratchSatellites] = {};

@@ -45,7 +45,12 @@ struct Loaded {
     RINEXHeader h;
     RINEXData d{h};
     RINEX r{h, d};
-    explicit Loaded(const std::string& path) { r.SetFile(path); r.ReadFile(); }
+    explicit Loaded(const std::string& path, bool keepAuxiliary = true)
+    {
+        d.KeepAuxiliary(keepAuxiliary);
+        r.SetFile(path);
+        r.ReadFile();
+    }
 };
 
 /// A whole real file, read once per process: reading the ESBC day takes a

@@ -222,3 +222,16 @@ TEST(RinexDataDeath, ClockOffsetThatIsNoNumberStops)
     text.replace(text.find("-0.000456000"), 12, "         nan");
     EXPECT_STOP(Loaded f(Temp(text)), "#### RINEXData: Error -> .*data.o: RECEIVER CLOCK OFFSET \"nan\" IS NOT A NUMBER -> line: 4 ####");
 }
+
+// Doppler and signal strength not kept: they get no storage, every other
+// value reads as with them, and a field of them that is no number still
+// stops the run.
+TEST(RinexDataDeath, AuxiliaryTypesNotKeptAreCheckedAndLeftEmpty)
+{
+    std::string text = File(kNine, {{20, 6, 25, 0, 0, 0.0, Sats("G", 2)}, {20, 6, 25, 0, 0, 30.0, Sats("R", 3)}});
+    const Loaded f(Temp(text), false);
+    ExpectValues(f, kNine);
+    for (const matrix<gnssobsshort>* m : {&f.d.S1, &f.d.D1, &f.d.S2}) EXPECT_EQ(m->NRow(), 0);
+    text = Put(text, 1, 2, 4, "x");
+    EXPECT_STOP(Loaded g(Temp(text), false), "#### RINEXData: Error -> .*data.o: D1 OF R03 IS NOT A NUMBER: .* -> line: .* ####");
+}
