@@ -18,17 +18,25 @@ long double GetQVV(matrix<long double>& B, matrix<int>& iB, matrix<long double>&
                    long int k, long double p)
 {
     using ProcStaticns::NSlots;
-    long double qv = 1.0L / p;
+    // The row's columns and entries first, each column tried once on Qxx
+    // (one outside stops the run there); the products then read Qxx
+    // directly, in the order of the slots.
+    long col[NSlots];
+    long double b[NSlots];
+    int n = 0;
     for (int i = 0; i < NSlots; ++i) {
         const long int ci = iB(k, i);
         if (ci == -1) continue;
-        const long double bi = B(k, i);
-        qv -= Qxx(ci, ci) * bi * bi;
-        for (int j = i + 1; j < NSlots; ++j) {
-            const long int cj = iB(k, j);
-            if (cj == -1) continue;
-            qv -= Qxx(ci, cj) * B(k, j) * 2.0L * bi;
-        }
+        static_cast<void>(Qxx(ci, ci));
+        col[n] = ci;
+        b[n++] = B(k, i);
+    }
+    long double qv = 1.0L / p;
+    for (int i = 0; i < n; ++i) {
+        const long double bi = b[i];
+        const long double* const row = Qxx.v + Qxx.c * col[i];
+        qv -= row[col[i]] * bi * bi;
+        for (int j = i + 1; j < n; ++j) qv -= row[col[j]] * b[j] * 2.0L * bi;
     }
     return qv;
 }
