@@ -204,6 +204,7 @@ void ProcStatic(gCPosC& gc)
     // The ambiguity of each record, looked up in the first iteration: the
     // arcs stay the same through the iterations.
     std::vector<long> ambOfRec(useL3 ? static_cast<std::size_t>(nRec) : 0, -1);
+    const AmbiguityLookup arcs(gc.AmbIndex, gc.AmbSat, gc.nAmb);
     // Where a satellite is interpolated afresh (the first iteration), its
     // last epoch's flight time starts the light-time iteration.
     LightTimeHints hints;
@@ -431,10 +432,7 @@ void ProcStatic(gCPosC& gc)
                 long ixamb = -1;
                 if (useL3 && !gc.ifXl3(k) && !d.L3(k).IsNull()) {
                     long& amb = ambOfRec[static_cast<std::size_t>(k)];
-                    if (niter == 1) {
-                        long ieph = i;
-                        GetAmbIndex(satprn, ieph, gc.AmbIndex, gc.AmbSat, gc.nAmb, amb);
-                    }
+                    if (niter == 1) amb = arcs.Find(satprn, i);
                     ixamb = amb;
                 }
                 if (ixamb >= 0) {

@@ -66,6 +66,7 @@ void ResCheck(gCPosC& gc)
     for (int s = 0; s < 3; ++s) *cdCount[s] = *phCount[s] = 0;
 
     std::array<StoredType, 6> types = StoredTypes(gc);
+    const AmbiguityLookup arcs(gc.AmbIndex, gc.AmbSat, gc.nAmb);
     StoredType& l3 = types[5];
 
     matrix<short> SatList = d.satList;
@@ -106,8 +107,7 @@ void ResCheck(gCPosC& gc)
             }
 
             if (!l3.on || !l3.used(k)) continue;
-            long ixamb = -1;
-            GetAmbIndex(prn, i, gc.AmbIndex, gc.AmbSat, gc.nAmb, ixamb);
+            const long ixamb = arcs.Find(prn, i);
             if (ixamb < 0 || ixamb >= gc.ixAmb.NRow()) {
                 l3.rejected(k) = true;
                 continue;

@@ -1,5 +1,6 @@
 #include "preprocessing/SetAmbiguities.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -131,6 +132,29 @@ void GetAmbIndex(const short& prn, const long& ieph, const matrix<long>& AI,
         }
 }
 
+AmbiguityLookup::AmbiguityLookup(const matrix<long>& AI, const matrix<short>& AP, long namb) : AI_(AI)
+{
+    const long n = AI.NCol() < 3 ? 0 : std::min({namb, AI.NRow(), AP.NRow()});
+    if (n <= 0) return;
+    short high = AP(0);
+    low_ = AP(0);
+    for (long k = 1; k < n; ++k) {
+        low_ = std::min(low_, AP(k));
+        high = std::max(high, AP(k));
+    }
+    arcsOf_.resize(static_cast<std::size_t>(high - low_ + 1));
+    for (long k = 0; k < n; ++k) arcsOf_[static_cast<std::size_t>(AP(k) - low_)].push_back(k);
+}
+
+long AmbiguityLookup::Find(short prn, long ieph) const
+{
+    const long s = static_cast<long>(prn) - low_;
+    if (s < 0 || s >= static_cast<long>(arcsOf_.size())) return -1;
+    for (long k : arcsOf_[static_cast<std::size_t>(s)])
+        if (AI_(k, 0) <= ieph && ieph <= AI_(k, 2)) return k;
+    return -1;
+}
+
 void SetAmbiguities(gCPosC& gc)
 {
     if (!gc.ifL3) return;
@@ -224,14 +248,13 @@ void SetAmbiguities(gCPosC& gc)
     // Phase outside every arc has no ambiguity to go with it and must not
     // reach the adjustment. The span decides, not the elevation.
     long nRemoved = 0;
+    const AmbiguityLookup lookup(gc.AmbIndex, gc.AmbSat, gc.nAmb);
     long k = 0;
     for (long i = 0; i < d.GetNEpoch(); ++i)
         for (long j = 0; j < d.nsat(i); ++j, ++k) {
             const short sat = d.sat(k);
             if (!InUse(gc, sat)) continue;
-            long iamb = -1;
-            GetAmbIndex(sat, i, gc.AmbIndex, gc.AmbSat, gc.nAmb, iamb);
-            if (iamb >= 0) continue;
+            if (lookup.Find(sat, i) >= 0) continue;
             if (h.iL1 && k < d.L1.NRow() && !d.L1(k).IsNull()) ++nRemoved;
             Clear(d.L1, h.iL1, k);
             if (sat >= 201)

@@ -2,6 +2,8 @@
 // Ambiguity arcs: the stretches of one satellite's phase over which one
 // carrier-phase ambiguity holds, and the lookup that all later stages use
 // to find the arc of an observation.
+#include <vector>
+
 #include "driver/gCPosC.h"
 
 namespace SetAmbiguitiesns {
@@ -26,6 +28,22 @@ void ArcParameters(long double T_s, long double& MaxAmbTimeGap, long& MinObsAmb)
 /// well; namb beyond the rows of AI or AP is cut to them.
 void GetAmbIndex(const short& prn, const long& ieph, const matrix<long>& AI,
                  const matrix<short>& AP, const long& namb, long& iamb);
+
+/// GetAmbIndex on one arc table that stays as it is, for a stage that asks
+/// for every record: each satellite's arcs are listed once, in table order,
+/// so that a search walks that satellite's few arcs, not all of them.
+class AmbiguityLookup {
+public:
+    /// The first namb arcs of AI and AP, which must outlive the lookup.
+    AmbiguityLookup(const matrix<long>& AI, const matrix<short>& AP, long namb);
+    /// What GetAmbIndex gives for prn and ieph: the arc, or -1.
+    long Find(short prn, long ieph) const;
+
+private:
+    const matrix<long>& AI_;
+    short low_ = 0;
+    std::vector<std::vector<long>> arcsOf_;  // by satellite number less low_
+};
 
 /// Cuts the phase of every satellite into ambiguity arcs when gc.ifL3 is
 /// set, and does nothing otherwise. The arc parameters come from the

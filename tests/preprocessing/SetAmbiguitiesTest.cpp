@@ -49,7 +49,7 @@ TEST(ArcParameters, GapAndMinimumFollowTheSamplingInterval)
 
 TEST(GetAmbIndex, FindsTheFirstArcEnclosingTheEpochEndsIncluded)
 {
-    // Arcs (first epoch, last epoch, satellite): 10-20 G05, 0-50 G07, 21-40 G05, 15-30 G05.
+    // The search and the lookup alike. Arcs (first epoch, last epoch, satellite): 10-20 G05, 0-50 G07, 21-40 G05, 15-30 G05.
     matrix<long> AI(4, 4, 0L);
     matrix<short> AP(4, 1, static_cast<short>(5));
     std::tie(AI(0, 0), AI(0, 2), AI(1, 0), AI(1, 2), AI(2, 0), AI(2, 2), AI(3, 0), AI(3, 2), AP(1)) =
@@ -61,6 +61,7 @@ TEST(GetAmbIndex, FindsTheFirstArcEnclosingTheEpochEndsIncluded)
         long iamb = 123;
         GetAmbIndex(static_cast<short>(q[0]), q[1], AI, AP, q[2], iamb);
         EXPECT_EQ(iamb, q[3]) << q[0] << " " << q[1] << " " << q[2];
+        EXPECT_EQ(AmbiguityLookup(AI, AP, q[2]).Find(static_cast<short>(q[0]), q[1]), q[3]) << q[0] << " " << q[1];
     }
 }
 
