@@ -117,21 +117,6 @@ void ArcParameters(long double T_s, long double& MaxAmbTimeGap, long& MinObsAmb)
         MinObsAmb = 15;
 }
 
-void GetAmbIndex(const short& prn, const long& ieph, const matrix<long>& AI,
-                 const matrix<short>& AP, const long& namb, long& iamb)
-{
-    iamb = -1;
-    if (AI.NCol() < 3) return;
-    long n = namb;
-    if (n > AI.NRow()) n = AI.NRow();
-    if (n > AP.NRow()) n = AP.NRow();
-    for (long k = 0; k < n; ++k)
-        if (AP(k) == prn && AI(k, 0) <= ieph && ieph <= AI(k, 2)) {
-            iamb = k;
-            return;
-        }
-}
-
 AmbiguityLookup::AmbiguityLookup(const matrix<long>& AI, const matrix<short>& AP, long namb) : AI_(AI)
 {
     const long n = AI.NCol() < 3 ? 0 : std::min({namb, AI.NRow(), AP.NRow()});

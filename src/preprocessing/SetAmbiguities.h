@@ -21,22 +21,16 @@ inline constexpr long double IntervalSlack_s = 0.5L;
 /// points would make the a-priori ambiguity and the slip tests unreliable.
 void ArcParameters(long double T_s, long double& MaxAmbTimeGap, long& MinObsAmb);
 
-/// Index iamb of the first of the first namb arcs (rows of AI and AP) whose
+/// The arc of an observation in an arc table: of the first namb arcs (rows
+/// of AI and AP; namb beyond their rows is cut to them), the first whose
 /// satellite AP(k) is prn and whose epochs AI(k,0) .. AI(k,2) enclose ieph,
-/// both ends included; -1 when there is none. A linear search over the
-/// arrays given, so that it serves on working copies of the arc table as
-/// well; namb beyond the rows of AI or AP is cut to them.
-void GetAmbIndex(const short& prn, const long& ieph, const matrix<long>& AI,
-                 const matrix<short>& AP, const long& namb, long& iamb);
-
-/// GetAmbIndex on one arc table that stays as it is, for a stage that asks
-/// for every record: each satellite's arcs are listed once, in table order,
-/// so that a search walks that satellite's few arcs, not all of them.
+/// both ends included. Each satellite's arcs are listed once, in table
+/// order, so that a search walks that satellite's few arcs, not all of them.
 class AmbiguityLookup {
 public:
-    /// The first namb arcs of AI and AP, which must outlive the lookup.
+    /// The arcs of AI and AP, which must outlive the lookup unchanged.
     AmbiguityLookup(const matrix<long>& AI, const matrix<short>& AP, long namb);
-    /// What GetAmbIndex gives for prn and ieph: the arc, or -1.
+    /// The arc k for prn and ieph, -1 when there is none.
     long Find(short prn, long ieph) const;
 
 private:

@@ -12,7 +12,7 @@
 /// part is kept when it spans at least MinObsAmb epochs (its column 3 is
 /// that number of epochs); both keep xAmb (m) and AmbSat of the arc. A
 /// part that is not kept takes its observations out of every arc, so
-/// GetAmbIndex gives -1 for them. Replaces nAmb, xAmb, AmbIndex and AmbSat,
+/// AmbiguityLookup finds none for them. Replaces nAmb, xAmb, AmbIndex and AmbSat,
 /// and reports the table and the totals on the output stream. An arc table
 /// that does not fit the store ends the run (status 1).
 void SplitMidnightAmbs(gCPosC& gc);

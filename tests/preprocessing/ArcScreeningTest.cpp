@@ -111,8 +111,7 @@ TEST(SplitMidnightAmbs, CrossingArcsSplitAtTheNewDayShortPartsVanish) {
         for (int j = 0; j < 5; ++j) EXPECT_EQ(got[j], want[a][j]) << a << " " << j;
         EXPECT_EQ(g.AmbIndex(a, 1), 5 * g.AmbIndex(a, 0)); }
     for (const auto& q : {std::array<long, 3>{5, 19, 0}, {5, 20, 1}, {13, 20, -1}, {112, 15, -1}, {209, 20, -1}}) {
-        long iamb = 99; GetAmbIndex(static_cast<short>(q[0]), q[1], g.AmbIndex, g.AmbSat, g.nAmb, iamb);
-        EXPECT_EQ(iamb, q[2]) << q[0] << " " << q[1]; }
+        EXPECT_EQ(AmbiguityLookup(g.AmbIndex, g.AmbSat, g.nAmb).Find(static_cast<short>(q[0]), q[1]), q[2]) << q[0] << " " << q[1]; }
     EXPECT_EQ(out.find("SPLITTING MIDNIGHT AMBIGUITIES - PRECISE CLKS MISSALIGMENT:\n=="), 0u);
     EXPECT_NE(out.find("  # of splitted ambiguities    : 4\n  # of additional ambiguities  : 1\n"
                        "  # of removed ambiguities     : 1\n"), std::string::npos) << out; }

@@ -47,9 +47,9 @@ TEST(ArcParameters, GapAndMinimumFollowTheSamplingInterval)
     }
 }
 
-TEST(GetAmbIndex, FindsTheFirstArcEnclosingTheEpochEndsIncluded)
+TEST(AmbiguityLookup, FindsTheFirstArcEnclosingTheEpochEndsIncluded)
 {
-    // The search and the lookup alike. Arcs (first epoch, last epoch, satellite): 10-20 G05, 0-50 G07, 21-40 G05, 15-30 G05.
+    // Arcs (first epoch, last epoch, satellite): 10-20 G05, 0-50 G07, 21-40 G05, 15-30 G05.
     matrix<long> AI(4, 4, 0L);
     matrix<short> AP(4, 1, static_cast<short>(5));
     std::tie(AI(0, 0), AI(0, 2), AI(1, 0), AI(1, 2), AI(2, 0), AI(2, 2), AI(3, 0), AI(3, 2), AP(1)) =
@@ -57,12 +57,8 @@ TEST(GetAmbIndex, FindsTheFirstArcEnclosingTheEpochEndsIncluded)
     const long qs[][4] = {{5, 10, 4, 0},  {5, 20, 4, 0},  {5, 21, 4, 2}, {5, 9, 4, -1},  {5, 41, 4, -1},
                           {7, 0, 4, 1},   {7, 50, 4, 1},  {7, 51, 4, -1}, {8, 15, 4, -1}, {5, 21, 2, -1},
                           {5, 25, 3, 2},  {5, 25, 99, 2}, {5, 10, 0, -1}, {205, 10, 4, -1}};  // prn, epoch, namb, want
-    for (const auto& q : qs) {
-        long iamb = 123;
-        GetAmbIndex(static_cast<short>(q[0]), q[1], AI, AP, q[2], iamb);
-        EXPECT_EQ(iamb, q[3]) << q[0] << " " << q[1] << " " << q[2];
-        EXPECT_EQ(AmbiguityLookup(AI, AP, q[2]).Find(static_cast<short>(q[0]), q[1]), q[3]) << q[0] << " " << q[1];
-    }
+    for (const auto& q : qs)
+        EXPECT_EQ(AmbiguityLookup(AI, AP, q[2]).Find(static_cast<short>(q[0]), q[1]), q[3]) << q[0] << " " << q[1] << " " << q[2];
 }
 
 // The real day with combinations formed and the per-record arrays that the
