@@ -384,6 +384,11 @@ TEST(GNSSpEph, HintedLightTimeSolutionEqualsTheIteratedOne)
             }
             EXPECT_NEAR_LD(hints.Predict(static_cast<short>(sat), t), tau, PredictTol_s) << sat;
             EXPECT_EQ(hints.Predict(static_cast<short>(sat), Plus(t, LightTimeHints::MaxAge_s)), 0.0L);
+            // Numbers outside the shared numbering are neither kept nor asked.
+            for (short none : {-1, 300}) {
+                hints.Keep(none, t, tau, rec, pb, vb);
+                EXPECT_EQ(hints.Predict(none, t), 0.0L) << none;
+            }
             for (long double hint : {tau, tau + 3e-7L, tau - 0.99e-4L, tau + 0.99e-4L, tau + 2e-3L, 0.0L, -1.0L}) {
                 const long double dist = Grg().CalcSatPosition(static_cast<unsigned short>(sat), t, rec, ph, vh, hint);
                 EXPECT_NEAR_LD(dist, fresh, HintTol_m) << sat << " " << off << " " << hint - tau;
