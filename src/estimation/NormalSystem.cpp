@@ -1,5 +1,6 @@
 #include "estimation/NormalSystem.h"
 
+#include <algorithm>
 #include <cmath>
 #include <vector>
 
@@ -37,19 +38,21 @@ void EpochNormals::Begin(const long* iB, const long double* factor)
 
 void EpochNormals::SumHeld(int sys)
 {
-    // The records in the order they came, as a running sum would take them.
+    // The records in the order they came, as a running sum would take them,
+    // and each term the same product of p g_a (in extended precision, as it
+    // would be stored) with the other factor.
     const std::vector<Held>& h = held_[sys];
     for (int a = 0; a < NShared; ++a) {
         long double spg = 0.0L, spfg = 0.0L;
         for (const Held& r : h) {
-            spg += r.pg[a];
+            spg += r.p * r.g[a];
             spfg += r.pf * r.g[a];
         }
         pg_[sys][a] = spg;
         pfg_[sys][a] = spfg;
         for (int b = a; b < NShared; ++b) {
             long double sgg = 0.0L;
-            for (const Held& r : h) sgg += r.pg[a] * r.g[b];
+            for (const Held& r : h) sgg += (r.p * r.g[a]) * r.g[b];
             gg_[sys][a][b] = sgg;
         }
     }
@@ -64,10 +67,8 @@ void EpochNormals::AddRecord(int sys, long sysCol, const long double* g, long do
     n22_ += p;
     t2_ -= pf;
     Held& r = held_[sys].emplace_back();
-    for (int a = 0; a < NShared; ++a) {
-        r.pg[a] = p * g[a];
-        r.g[a] = g[a];
-    }
+    std::copy(g, g + NShared, r.g);
+    r.p = p;
     r.pf = pf;
 }
 

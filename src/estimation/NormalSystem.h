@@ -107,11 +107,11 @@ private:
     // at the end of the epoch from its records.
     long double gg_[NSys][NShared][NShared];
     long double pg_[NSys][NShared], pfg_[NSys][NShared];
-    // The epoch's records per system: p g, g and pf. Each sum then runs in a
+    // The epoch's records per system: g, p and pf. Each sum then runs in a
     // register over them, where adding every record to all 42 sums in
     // memory stored and loaded 42 extended numbers a record.
     struct Held {
-        long double pg[NShared], g[NShared], pf;
+        long double g[NShared], p, pf;
     };
     std::vector<Held> held_[NSys];
     void SumHeld(int sys);

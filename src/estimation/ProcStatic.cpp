@@ -313,12 +313,9 @@ void ProcStatic(gCPosC& gc)
                         gc.pephM.DTisOK = saved.clockOK;
                     } else {
                         dist = gc.pephM.CalcSatPosition(static_cast<unsigned short>(satprn), CalcEph,
-                                                        gc.RecPosFC, PosSat, VelSat,
-                                                        hints.Predict(satprn, CalcEph));
-                        if (gc.pephM.PSisOK && dist > 0.0L) {
+                                                        gc.RecPosFC, PosSat, VelSat, hints);
+                        if (gc.pephM.PSisOK && dist > 0.0L)
                             saved = {gc.pephM.LastState(), RecClkErr, true, gc.pephM.DTisOK};
-                            hints.Keep(satprn, CalcEph, saved.state.tau, gc.RecPosFC, PosSat, VelSat);
-                        }
                     }
                     Relativity = gc.pephM.Relativity;
                     if (gc.isPclk) {

@@ -13,7 +13,6 @@
 #include "numerics/FieldText.h"
 #include "numerics/InputFile.h"
 #include "numerics/ProgramError.h"
-#include "numerics/Trigonometry.h"
 #include "numerics/cfilef.h"
 #include "orbits/Rinex3Navigation.h"
 
@@ -347,11 +346,7 @@ long double GLNbEph::CalcSatPosition(short sati, mjd& eph, mjd& tindex, xyz& pre
     CalcSatPosition(sati, ephr, tindex, psat, vsat, warning);
     // Into the Earth-fixed frame of the reception epoch: the frame has
     // turned by OMEGAz dt since transmission.
-    const long double a = OMEGAz * dt;
-    const long double x = psat.x * trig::Cos(a) + psat.y * trig::Sin(a);
-    const long double y = psat.y * trig::Cos(a) - psat.x * trig::Sin(a);
-    psat.x = x;
-    psat.y = y;
+    psat.RotateZ(-OMEGAz * dt);
     ephr = eph;
     return std::sqrt((prec.x - psat.x) * (prec.x - psat.x) + (prec.y - psat.y) * (prec.y - psat.y)
                      + (prec.z - psat.z) * (prec.z - psat.z));

@@ -38,7 +38,6 @@ bool NewDate(const std::string& line, std::size_t posDate, std::string& previous
     return true;
 }
 
-
 }  // namespace
 
 GNSSpClk::GNSSpClk()

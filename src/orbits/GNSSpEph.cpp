@@ -530,9 +530,10 @@ long double GNSSpEph::CalcSatPosition(unsigned short sati, mjd& ephCalc, xyz& pr
     // takes the full iteration, which answers every such case.
     if (!PSisOK) return IteratedLightTime(sati, ephCalc, prec, psat, vsat);
     const LightTimeState start{tauHint, p1, xyz(v1.x, v1.y, v1.z)};
+    const xyz acc = EarthFixedAcceleration(start);
     long double tau = tauHint;
     bool converged = false;
-    const long double dist = CarriedLightTime(start, 0.0L, prec, psat, tau, converged);
+    const long double dist = CarriedLightTime(start, acc, 0.0L, prec, psat, tau, converged);
     const long double moved = tauHint - tau;
     const long double q = std::clamp((ephCalc - epoch(0) - tau) / interval, -1e9L, 1e9L);
     if (!converged || !(std::fabs(moved) <= MaxHintError_s) || static_cast<long>(q) != lastIx
@@ -542,9 +543,17 @@ long double GNSSpEph::CalcSatPosition(unsigned short sati, mjd& ephCalc, xyz& pr
     long double sec[MaxNodes];
     for (long k = 0; k < lastNodes; ++k) sec[k] = lastSeconds[k] + moved;
     psat.dt = WindowClock(sec);
-    const xyz acc = EarthFixedAcceleration(start);
     vsat = xyzt(v1.x + acc.x * moved, v1.y + acc.y * moved, v1.z + acc.z * moved, 0.0L);
     return Solved(tau, dist, psat, vsat);
+}
+
+long double GNSSpEph::CalcSatPosition(unsigned short sati, mjd& ephCalc, xyz& prec,
+                                      xyzt& psat, xyzt& vsat, LightTimeHints& hints)
+{
+    const short sat = static_cast<short>(sati);
+    const long double dist = CalcSatPosition(sati, ephCalc, prec, psat, vsat, hints.Predict(sat, ephCalc));
+    if (PSisOK && dist > 0.0L) hints.Keep(sat, ephCalc, lastTau, prec, psat, vsat);
+    return dist;
 }
 
 long double GNSSpEph::Solved(long double tau, long double dist, xyzt& psat, const xyzt& vsat)
@@ -605,12 +614,11 @@ xyz GNSSpEph::EarthFixedAcceleration(const LightTimeState& s) const
                -k * s.pos.y - 2.0L * OMEGAz * s.vel.x + w2 * s.pos.y, -k * s.pos.z);
 }
 
-long double GNSSpEph::CarriedLightTime(const LightTimeState& s, long double shift_s, const xyz& prec,
-                                       xyzt& psat, long double& tau, bool& converged) const
+long double GNSSpEph::CarriedLightTime(const LightTimeState& s, const xyz& acc, long double shift_s,
+                                       const xyz& prec, xyzt& psat, long double& tau, bool& converged) const
 {
     using GNSSpEphns::C_mps;
     long double next = s.tau, thres = 1.0L, dist = 0.0L;
-    const xyz acc = EarthFixedAcceleration(s);
     for (int niter = 0; thres > GNSSpEphns::LightTimeThres_m && niter < GNSSpEphns::MaxLightTimeIter; ++niter) {
         tau = next;
         const long double dt = shift_s - (tau - s.tau), half = 0.5L * dt * dt;
@@ -635,7 +643,7 @@ long double GNSSpEph::MovedSatPosition(const LightTimeState& s, long double shif
     // one or two steps, since the flight time changes by nanoseconds.
     long double tau = s.tau;
     bool converged = false;
-    const long double dist = CarriedLightTime(s, shift_s, prec, psat, tau, converged);
+    const long double dist = CarriedLightTime(s, EarthFixedAcceleration(s), shift_s, prec, psat, tau, converged);
     // The clock keeps its saved value; the caller bounds the shift, since
     // the orbit files' clocks drift by up to 3e-10 s/s.
     psat.dt = s.pos.dt;

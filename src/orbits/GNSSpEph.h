@@ -11,6 +11,7 @@
 #include "numerics/MathConstants.h"
 #include "numerics/matrix.h"
 #include "observations/gnssobs.h"
+#include "orbits/LightTimeHints.h"
 
 namespace GNSSpEphns {
 /// Distance (s) beyond the first or last node at which a request is
@@ -139,6 +140,11 @@ public:
     long double CalcSatPosition(unsigned short sati, mjd& ephCalc, xyz& prec,
                                 xyzt& psat, xyzt& vsat, long double tauHint);
 
+    /// As above, with the hint hints hold for sati; they keep the solution
+    /// for the satellite's next epoch.
+    long double CalcSatPosition(unsigned short sati, mjd& ephCalc, xyz& prec,
+                                xyzt& psat, xyzt& vsat, LightTimeHints& hints);
+
     /// Satellite state of the last light-time solution of CalcSatPosition
     /// above: light time tau (s), position and orbit-file clock (s, before
     /// the relativity term) at emission, velocity (m/s).
@@ -201,10 +207,11 @@ private:
     // Acceleration (m/s²) of state s in the Earth-fixed frame.
     xyz EarthFixedAcceleration(const LightTimeState& s) const;
     // The light-time iteration with the satellite carried from state s
-    // along its velocity and acceleration, the reception epoch
-    // moved by shift_s: returns the distance (m), leaves the position
-    // (clock untouched) in psat and the flight time it belongs to in tau.
-    long double CarriedLightTime(const LightTimeState& s, long double shift_s, const xyz& prec,
+    // along its velocity and acceleration acc (EarthFixedAcceleration of
+    // s), the reception epoch moved by shift_s: returns the distance (m),
+    // leaves the position (clock untouched) in psat and the flight time it
+    // belongs to in tau.
+    long double CarriedLightTime(const LightTimeState& s, const xyz& acc, long double shift_s, const xyz& prec,
                                  xyzt& psat, long double& tau, bool& converged) const;
     void WarnIfOutside(const mjd& ephCalc);
     [[noreturn]] void Fail(long lineNo, const std::string& text) const;

@@ -84,14 +84,12 @@ bool PreciseSatellite(gCPosC& gc, short prn, mjd& calcEph, xyzt& posSat, long do
     if (!gc.isPEph) return false;
     xyz rec = gc.RecPosFC;
     xyzt velSat;
-    dist = gc.pephM.CalcSatPosition(static_cast<unsigned short>(prn), calcEph, rec, posSat,
-                                    velSat, hints.Predict(prn, calcEph));
+    dist = gc.pephM.CalcSatPosition(static_cast<unsigned short>(prn), calcEph, rec, posSat, velSat, hints);
     if (gc.pephM.OutOfSpan) ++refused.outside[prn];
     if (!gc.pephM.PSisOK) {
         if (gc.pephM.NodeMissing) ++refused.onMissingNode[prn];
         return false;
     }
-    if (dist > 0.0L) hints.Keep(prn, calcEph, gc.pephM.LastState().tau, rec, posSat, velSat);
     bool clockOK = gc.pephM.DTisOK;
     if (gc.isPclk) {
         // Only the existence of the clock is asked here; the estimator reads
