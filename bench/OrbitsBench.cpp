@@ -58,6 +58,30 @@ void BM_PreciseSatelliteStates(benchmark::State& state)
                                                           benchmark::Counter::kIsRate);
 }
 
+// Reading the products, a fixed cost of every run whatever its length: the
+// orbit file, and the 30-s clock file for the first span:hours of the day
+// (24 the whole file), the part the run keeps.
+void BM_ReadPreciseProducts(benchmark::State& state)
+{
+    if (!std::ifstream(kSp3).good() || !std::ifstream(kClk).good()) {
+        state.SkipWithError("GRG products not found (run from the repository root)");
+        return;
+    }
+    for (auto _ : state) {
+        GNSSpEph eph;
+        eph.SetFile(kSp3);
+        eph.ReadFile();
+        GNSSpClk clk;
+        clk.SetFile(kClk);
+        mjd first = eph.GetMJD(0), last = first;
+        last += 3600.0L * static_cast<long double>(state.range(0));
+        clk.SetSpan(first, last);
+        clk.ReadFile();
+        benchmark::DoNotOptimize(clk.GetNEpoch());
+    }
+}
+
 }  // namespace
 
+BENCHMARK(BM_ReadPreciseProducts)->ArgName("span")->Arg(6)->Arg(24)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_PreciseSatelliteStates)->ArgName("hinted")->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond)->UseRealTime();

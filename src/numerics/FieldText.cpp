@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 
 namespace fieldtext {
 
@@ -13,6 +14,52 @@ bool NextLine(std::istream& in, std::string& line)
 {
     if (!std::getline(in, line)) return false;
     if (!line.empty() && line.back() == '\r') line.pop_back();
+    return true;
+}
+
+namespace {
+// Large enough that the calls to the kernel cost nothing next to the scan,
+// small enough to come from the heap's reused memory: a fresh mapping would
+// fault in every page again.
+constexpr std::size_t ScanBlock = std::size_t(64) << 10;
+}  // namespace
+
+LineScanner::LineScanner(std::istream& in) : in_(in), buf_(new char[ScanBlock]), size_(ScanBlock) {}
+
+bool LineScanner::Refill()
+{
+    if (!in_) return false;
+    if (pos_ > 0) {
+        std::memmove(buf_.get(), buf_.get() + pos_, end_ - pos_);
+        consumed_ += pos_;
+        end_ -= pos_;
+        pos_ = 0;
+    }
+    // A line longer than the block (no text file of ours has one) grows it.
+    if (end_ == size_) {
+        std::unique_ptr<char[]> wider(new char[2 * size_]);
+        std::memcpy(wider.get(), buf_.get(), end_);
+        buf_ = std::move(wider);
+        size_ *= 2;
+    }
+    in_.read(buf_.get() + end_, static_cast<std::streamsize>(size_ - end_));
+    const std::size_t got = static_cast<std::size_t>(in_.gcount());
+    end_ += got;
+    return got > 0;
+}
+
+bool LineScanner::Next(std::string_view& line)
+{
+    const char* nl = nullptr;
+    while ((nl = static_cast<const char*>(std::memchr(buf_.get() + pos_, '\n', end_ - pos_))) == nullptr)
+        if (!Refill()) break;
+    if (nl == nullptr && pos_ == end_) return false;
+    const std::size_t stop = nl != nullptr ? static_cast<std::size_t>(nl - buf_.get()) : end_;
+    std::size_t len = stop - pos_;
+    if (len > 0 && buf_[pos_ + len - 1] == '\r') --len;
+    line = std::string_view(buf_.get() + pos_, len);
+    lineStart_ = consumed_ + pos_;
+    pos_ = nl != nullptr ? stop + 1 : end_;
     return true;
 }
 
@@ -123,7 +170,7 @@ bool IsNumberOrBlank(const char* f, std::size_t n)
     return ToLongDouble(TrimmedField(std::string(f, n), 0, n), v);
 }
 
-void CopyTrimmedField(const std::string& line, std::size_t pos, std::size_t len, char* out, std::size_t n)
+void CopyTrimmedField(std::string_view line, std::size_t pos, std::size_t len, char* out, std::size_t n)
 {
     // In place, with no string made: readers call it for every record.
     std::size_t a = std::min(pos, line.size()), b = a + std::min(len, line.size() - a);

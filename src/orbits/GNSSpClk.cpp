@@ -8,6 +8,7 @@
 #include <fstream>
 #include <limits>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "geodesy/TimeConverse.h"
@@ -30,13 +31,16 @@ constexpr std::size_t DateWidth = 26;
 
 // True when the AS line's date text differs from previous, which then
 // takes it. Compared in place: some hundred thousand lines share a few
-// thousand dates.
-bool NewDate(const std::string& line, std::size_t posDate, std::string& previous)
+// thousand dates. The caller has checked that the line holds the date.
+bool NewDate(std::string_view line, std::size_t posDate, std::string& previous)
 {
-    if (line.compare(posDate, DateWidth, previous) == 0) return false;
-    previous.assign(line, posDate, DateWidth);
+    const std::string_view date = line.substr(posDate, DateWidth);
+    if (date == previous) return false;
+    previous.assign(date);
     return true;
 }
+
+bool IsAS(std::string_view line) { return line.size() >= 2 && line[0] == 'A' && line[1] == 'S'; }
 
 }  // namespace
 
@@ -167,14 +171,18 @@ void GNSSpClk::SetSpan(const mjd& first, const mjd& last)
 
 void GNSSpClk::ReadEpochs(std::istream& in)
 {
-    std::string line, previous;
+    std::string previous;
     long lineNo = nHeaderLines, badLine = 0;
     std::string bad;
     std::vector<mjd> fileEpoch;
     std::vector<long> epochLine;
-    while (NextLine(in, line)) {
+    std::vector<std::streamoff> epochAt;
+    const std::streamoff start = in.tellg();
+    fieldtext::LineScanner scan(in);
+    std::string_view line;
+    while (scan.Next(line)) {
         ++lineNo;
-        if (line.compare(0, 2, "AS") != 0) continue;
+        if (!IsAS(line)) continue;
         // The clock bias is the E19.12 field that ends 50 characters behind
         // posDate; a line cut inside it (the last line of a cut file) would
         // read a number off by powers of ten without any sign.
@@ -192,6 +200,7 @@ void GNSSpClk::ReadEpochs(std::istream& in)
         }
         fileEpoch.push_back(t);
         epochLine.push_back(lineNo);
+        epochAt.push_back(start + static_cast<std::streamoff>(scan.Offset()));
     }
     // Four nodes for the cubic, and two epochs at least for a spacing.
     const long nFile = static_cast<long>(fileEpoch.size());
@@ -219,28 +228,33 @@ void GNSSpClk::ReadEpochs(std::istream& in)
     epoch.Resize(nepoch);
     for (long i = 0; i < nepoch; ++i) epoch(i) = fileEpoch[static_cast<std::size_t>(firstKept + i)];
     firstKeptLine = epochLine[static_cast<std::size_t>(firstKept)];
+    // A stream that cannot tell its place is read again from its start.
+    firstKeptAt = start >= 0 ? epochAt[static_cast<std::size_t>(firstKept)] : -1;
 }
 
 void GNSSpClk::ReadFileData()
 {
     namespace ns = GNSSpClkns;
     std::ifstream in(clkfile);
-    std::string line;
-    long lineNo = 0;
-    do {
-        if (!NextLine(in, line)) ProgramError("Orvo", "RINEX CLOCK FILE - UNSUCCESFUL READING (DATA-HEADER)");
-        ++lineNo;
-    } while (!Holds(line, "END OF HEADER"));
-
     // The lines before the first kept epoch were checked by the count:
     // passed over unread, as is everything after the last kept epoch.
-    while (lineNo + 1 < firstKeptLine && in.ignore(std::numeric_limits<std::streamsize>::max(), '\n')) ++lineNo;
+    long lineNo = 0;
+    if (firstKeptAt >= 0 && in.seekg(firstKeptAt)) {
+        lineNo = firstKeptLine - 1;
+    } else {
+        in.clear();
+        in.seekg(0);
+        std::string text;
+        while (lineNo + 1 < firstKeptLine && NextLine(in, text)) ++lineNo;
+    }
+    fieldtext::LineScanner scan(in);
+    std::string_view line;
     long fileIx = firstKept - 1, ieph = -1, firstRefused = 0;
     std::string previous;
     refused.clear();
-    while (NextLine(in, line)) {
+    while (scan.Next(line)) {
         ++lineNo;
-        if (line.compare(0, 2, "AS") != 0) continue;
+        if (!IsAS(line)) continue;
         if (line.size() < posDate + GNSSpClkns::BiasFieldEnd) Fail(lineNo, "AS record too short");
         if (NewDate(line, posDate, previous) || ieph < 0) {
             ++fileIx;
@@ -259,7 +273,11 @@ void GNSSpClk::ReadFileData()
         long double bias = 0.0L;
         if (!fieldtext::ToLongDouble(field, bias))
             Fail(lineNo, std::string("clock bias \"") + field + "\" is not a number");
-        const int prn = std::atoi(line.c_str() + 4);
+        // The number behind the system letter, read from its own columns:
+        // the line is not terminated where it ends.
+        char number[4];
+        fieldtext::CopyTrimmedField(line, 4, 3, number, sizeof number);
+        const int prn = std::atoi(number);
         const short s = PreciseSatelliteNumber(line[3], prn);
         // A satellite the header doesn't list has no column.
         if (s < 0 || s >= ns::NSatIx || satIx(s) < 0) continue;

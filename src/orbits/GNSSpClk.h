@@ -148,4 +148,6 @@ private:
     bool hasSpan = false;
     mjd spanFirst, spanLast;
     long nepochFile = 0, firstKept = 0, firstKeptLine = 0;
+    // Where the first kept epoch's line starts in the file, -1 unknown.
+    std::streamoff firstKeptAt = -1;
 };

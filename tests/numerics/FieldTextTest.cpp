@@ -6,7 +6,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <sstream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "numerics/FieldText.h"
@@ -49,5 +51,33 @@ TEST(FieldText, ToLongDoubleReadsAsStrtoldDoesBitForBit)
     for (const char* bad : {"", "1e", "nan", "inf", "1.2.3", "--1", "e5", ".", "1 "}) {
         long double v = 0.0L;
         EXPECT_FALSE(fieldtext::ToLongDouble(bad, v)) << bad;
+    }
+}
+
+// The block scanner hands out the lines getline would, ends of line cut
+// (a DOS return too), with each line's start in the text, across block
+// boundaries, for a last line without its newline and for a line longer
+// than a block.
+TEST(FieldText, LineScannerSplitsAsGetlineDoesAndTellsWhereLinesStart)
+{
+    std::string many;
+    for (int i = 0; i < 20000; ++i) many += "AS G" + std::to_string(i % 32) + std::string(static_cast<std::size_t>(i % 97), 'x') + (i % 5 ? "\n" : "\r\n");
+    const std::vector<std::string> texts = {"", "\n", "one", "one\n", "a\r\nb\r\n\r\nc", "\n\nx\n\n",
+                                            std::string(200000, 'y') + "\nz", many};
+    for (const std::string& text : texts) {
+        std::vector<std::string> expected;
+        std::istringstream ref(text);
+        for (std::string l; std::getline(ref, l);) expected.push_back(!l.empty() && l.back() == '\r' ? l.substr(0, l.size() - 1) : l);
+        std::istringstream in(text);
+        fieldtext::LineScanner scan(in);
+        std::string_view line;
+        std::size_t n = 0;
+        while (scan.Next(line)) {
+            ASSERT_LT(n, expected.size()) << text.size();
+            EXPECT_EQ(line, expected[n]) << n;
+            EXPECT_EQ(text.compare(scan.Offset(), line.size(), line), 0) << n;
+            ++n;
+        }
+        EXPECT_EQ(n, expected.size()) << text.size();
     }
 }
