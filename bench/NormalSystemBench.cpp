@@ -14,8 +14,8 @@ void BM_NormalEquationsOneEpoch(benchmark::State& state)
     const int nRec = 30;
     matrix<long double> N(nUnk, nUnk, 0.0L), t(nUnk, 1, 0.0L), Nt(nUnk, nUnk, 0.0L), tt(nUnk, 1, 0.0L);
     long double n22 = 0.0L, t2 = 0.0L;
-    std::vector<long> cols;
-    std::vector<long double> vals;
+    LargeVector<long> cols;
+    LargeVector<long double> vals;
     EpochNormals sums(nUnk);
     // Coordinates, system bias, one ambiguity of 120, two delay and four
     // gradient nodes; slot 4 (code bias) unused.

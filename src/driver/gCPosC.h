@@ -172,6 +172,7 @@ public:
         GNSSpEph::LightTimeState state;
         long double recClk = 0.0L;
         bool saved = false, clockOK = false;
+        using ZeroBytesDefault = void;
     };
     matrix<SavedSatellite> savedSat;
 

@@ -96,8 +96,8 @@ void EpochNormals::AddOwn(matrix<long double>& N, matrix<long double>& t, long c
 }
 
 void EpochNormals::End(matrix<long double>& N, matrix<long double>& t, matrix<long double>& Nt,
-                       matrix<long double>& tt, long double& n22, long double& t2, std::vector<long>& cols,
-                       std::vector<long double>& vals)
+                       matrix<long double>& tt, long double& n22, long double& t2, LargeVector<long>& cols,
+                       LargeVector<long double>& vals)
 {
     CheckSystem(N, t);
     CheckSystem(Nt, tt);

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "geodesy/mjd.h"
+#include "numerics/LargeMemory.h"
 #include "numerics/MathConstants.h"
 #include "numerics/matrix.h"
 
@@ -83,8 +84,8 @@ public:
     /// weight N22 exceeds ProcStaticns::ElimMinWeight. Gives N22 and t2 and
     /// appends the clock row's non-zero columns and values to cols and vals.
     void End(matrix<long double>& N, matrix<long double>& t, matrix<long double>& Nt,
-             matrix<long double>& tt, long double& n22, long double& t2, std::vector<long>& cols,
-             std::vector<long double>& vals);
+             matrix<long double>& tt, long double& n22, long double& t2, LargeVector<long>& cols,
+             LargeVector<long double>& vals);
 
 private:
     // Slots of a design row that take record values, and which value each.

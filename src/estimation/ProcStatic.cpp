@@ -176,11 +176,17 @@ void ProcStatic(gCPosC& gc)
 
     // The clock rows of the epochs, kept as their few non-zero columns for
     // the clocks' back substitution: a full epochs-by-unknowns block would
-    // be mostly zeros.
+    // be mostly zeros. A row holds about one column per record and a few
+    // shared ones; taken at once, the storage is not copied and faulted in
+    // again at every doubling.
     EpochNormals sums(nUnk);
     matrix<long double> N22(nEp, 1, 0.0L), t2(nEp, 1, 0.0L);
-    std::vector<long> rowStart(static_cast<std::size_t>(nEp) + 1, 0), rowCol;
-    std::vector<long double> rowVal;
+    std::vector<long> rowStart(static_cast<std::size_t>(nEp) + 1, 0);
+    LargeVector<long> rowCol;
+    LargeVector<long double> rowVal;
+    const std::size_t rowGuess = static_cast<std::size_t>(nRec) + static_cast<std::size_t>(NSlots) * static_cast<std::size_t>(nEp);
+    rowCol.reserve(rowGuess);
+    rowVal.reserve(rowGuess);
     long double B_OBS[NSlots] = {0.0L}, nodeFactor[NSlots];
     long int B_OBS_I[NSlots];
     for (long int& s : B_OBS_I) s = -1;

@@ -36,6 +36,8 @@ constexpr long double EqualTol = 1e-14L;
 class xyz {
 public:
     long double x, y, z;
+    /// The null vector, and xyzt's, is all zero bytes.
+    using ZeroBytesDefault = void;
 
     /// The null vector.
     xyz() : x(0.0L), y(0.0L), z(0.0L) {}

@@ -1,6 +1,9 @@
 #include "numerics/LargeMemory.h"
 
 #include <cstdint>
+#include <new>
+
+#include "numerics/MError.h"
 #if defined(__linux__)
 #include <sys/mman.h>
 #endif
@@ -26,4 +29,28 @@ void PrepareLargeBlock(void* p, std::size_t n)
     (void)p;
     (void)n;
 #endif
+}
+
+void* AllocateBytes(std::size_t n)
+{
+    // The alignment costs address space only: memory is what is touched.
+    void* raw = n >= largememoryns::HugePageBytes
+                    ? ::operator new(n, std::align_val_t(largememoryns::HugePageBytes), std::nothrow)
+                    : ::operator new(n, std::nothrow);
+    PrepareLargeBlock(raw, n);
+    return raw;
+}
+
+void FreeBytes(void* p, std::size_t n)
+{
+    if (p == nullptr) return;
+    if (n >= largememoryns::HugePageBytes)
+        ::operator delete(p, std::align_val_t(largememoryns::HugePageBytes));
+    else
+        ::operator delete(p);
+}
+
+void LargeBlockRefused(std::size_t n)
+{
+    MError::AllocationError(static_cast<long>(n > PTRDIFF_MAX ? PTRDIFF_MAX : n), 1);
 }

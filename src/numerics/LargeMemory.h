@@ -4,10 +4,12 @@
 // 4 kB page fault costs microseconds, so a few tens of megabytes cost more
 // than the reading that fills them; 2 MB pages cut the faults 512-fold.
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <memory>
 #include <new>
 #include <type_traits>
+#include <vector>
 
 namespace largememoryns {
 /// The size of a large page, and the size from which a block is offered
@@ -25,31 +27,23 @@ inline constexpr std::size_t PrefaultBytes = std::size_t(256) << 10;
 /// or on another system, nothing changes but speed.
 void PrepareLargeBlock(void* p, std::size_t n);
 
-namespace largememoryns {
-/// True when a default-constructed T is all zero bytes and the type may be
-/// brought to life by copying bytes: its block is then cleared in one pass
-/// instead of object by object, which for extended-precision members costs
-/// one slow 80-bit store each. Asked once per type, of an object built on
-/// zeroed bytes, so that padding cannot tell against it. A type whose
-/// construction does nothing is not cleared at all, as before.
+/// A class whose default-constructed value is all zero bytes says so with
+/// `using ZeroBytesDefault = void;`: a block of it is then cleared in one
+/// pass instead of object by object, which for extended-precision members
+/// costs one slow 80-bit store each. Asking the bytes of a constructed
+/// object instead is not reliable: the optimiser may leave its padding as
+/// anything.
+template <class T, class = void>
+struct ZeroBytesDefault : std::false_type {};
 template <class T>
-bool ZeroBytesDefault()
-{
-    if constexpr (std::is_trivially_default_constructible_v<T> || !std::is_trivially_copyable_v<T>
-                  || !std::is_trivially_destructible_v<T>) {
-        return false;
-    } else {
-        static const bool zero = [] {
-            alignas(T) unsigned char bytes[sizeof(T)] = {};
-            ::new (static_cast<void*>(bytes)) T;
-            for (unsigned char b : bytes)
-                if (b != 0) return false;
-            return true;
-        }();
-        return zero;
-    }
-}
-}  // namespace largememoryns
+struct ZeroBytesDefault<T, std::void_t<typename T::ZeroBytesDefault>>
+    : std::bool_constant<std::is_trivially_copyable_v<T> && std::is_trivially_destructible_v<T>> {};
+
+/// n bytes, hinted as above before any is touched; null when the memory is
+/// not there. Free with FreeBytes(p, n).
+void* AllocateBytes(std::size_t n);
+/// Frees the n bytes at p from AllocateBytes.
+void FreeBytes(void* p, std::size_t n);
 
 /// Storage for n objects of T, hinted as above before any is touched, each
 /// default-initialised (class types constructed, others left as they are);
@@ -59,14 +53,10 @@ T* AllocateObjects(std::size_t n)
 {
     static_assert(alignof(T) <= __STDCPP_DEFAULT_NEW_ALIGNMENT__, "over-aligned element type");
     const std::size_t bytes = n * sizeof(T);
-    // The alignment costs address space only: memory is what is touched.
-    void* raw = bytes >= largememoryns::HugePageBytes
-                    ? ::operator new(bytes, std::align_val_t(largememoryns::HugePageBytes), std::nothrow)
-                    : ::operator new(bytes, std::nothrow);
+    void* raw = AllocateBytes(bytes);
     if (raw == nullptr) return nullptr;
-    PrepareLargeBlock(raw, bytes);
     T* p = static_cast<T*>(raw);
-    if (largememoryns::ZeroBytesDefault<T>())
+    if constexpr (ZeroBytesDefault<T>::value)
         std::memset(raw, 0, bytes);
     else
         std::uninitialized_default_construct_n(p, n);
@@ -79,8 +69,34 @@ void FreeObjects(T* p, std::size_t n)
 {
     if (p == nullptr) return;
     std::destroy_n(p, n);
-    if (n * sizeof(T) >= largememoryns::HugePageBytes)
-        ::operator delete(static_cast<void*>(p), std::align_val_t(largememoryns::HugePageBytes));
-    else
-        ::operator delete(static_cast<void*>(p));
+    FreeBytes(p, n * sizeof(T));
 }
+
+/// Ends the run with the framed report of an array of n that could not be
+/// had.
+[[noreturn]] void LargeBlockRefused(std::size_t n);
+
+/// Allocator of growing arrays whose final size is known roughly in
+/// advance (reserve it): their storage is taken as above, and a refusal
+/// ends the run with the framed report, not an exception.
+template <class T>
+struct LargeBlockAllocator {
+    using value_type = T;
+    LargeBlockAllocator() = default;
+    template <class U>
+    LargeBlockAllocator(const LargeBlockAllocator<U>&) {}
+    T* allocate(std::size_t n)
+    {
+        static_assert(alignof(T) <= __STDCPP_DEFAULT_NEW_ALIGNMENT__, "over-aligned element type");
+        void* p = n <= PTRDIFF_MAX / sizeof(T) ? AllocateBytes(n * sizeof(T)) : nullptr;
+        if (p == nullptr) LargeBlockRefused(n);
+        return static_cast<T*>(p);
+    }
+    void deallocate(T* p, std::size_t n) { FreeBytes(p, n * sizeof(T)); }
+    bool operator==(const LargeBlockAllocator&) const { return true; }
+    bool operator!=(const LargeBlockAllocator&) const { return false; }
+};
+
+/// A growing array in such storage.
+template <class T>
+using LargeVector = std::vector<T, LargeBlockAllocator<T>>;

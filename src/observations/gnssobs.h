@@ -32,6 +32,7 @@ public:
     long double obs = 0.0L;   // cycles for phase, metres for code
     unsigned short lli = 0;   // loss-of-lock indicator
     unsigned short ss = 0;    // signal strength
+    using ZeroBytesDefault = void;  // the null observation is all zero bytes
 
     gnssobs() = default;
     gnssobs(const gnssobs&) = default;
@@ -67,6 +68,7 @@ public:
 class gnssobsshort {
 public:
     long double obs = 0.0L;
+    using ZeroBytesDefault = void;  // as gnssobs
 
     gnssobsshort() = default;
     gnssobsshort(const gnssobsshort&) = default;

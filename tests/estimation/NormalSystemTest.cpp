@@ -31,8 +31,9 @@ TEST(NormalSystem, PreEliminatedClocksGiveTheDirectSolution)
     };
     matrix<long double> Nc(nUnk, nUnk, 0.0L), tc(nUnk, 1, 0.0L), Nt(nUnk, nUnk, 0.0L), tt(nUnk, 1, 0.0L);
     matrix<long double> N22(nEp, 1, 0.0L), t2(nEp, 1, 0.0L);
-    std::vector<long> rowStart{0}, rowCol;
-    std::vector<long double> rowVal;
+    std::vector<long> rowStart{0};
+    LargeVector<long> rowCol;
+    LargeVector<long double> rowVal;
     EpochNormals sums(nUnk);
     const size_t n = static_cast<size_t>(nUnk + nEp);
     std::vector<long double> A(n * n, 0.0L), b(n, 0.0L);

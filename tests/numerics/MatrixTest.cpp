@@ -11,6 +11,8 @@
 
 #include "NearLD.h"
 #include "NumericsSupport.h"
+#include "geodesy/xyz.h"
+#include "numerics/LargeMemory.h"
 #include "numerics/matrix.h"
 
 using namespace orvotest;
@@ -39,6 +41,8 @@ TEST(MatrixDeath, BadIndexShapeOrSizeStopsWithTheFramedReport) {
         {[&] { matrix<long double>(-2, 3); }, "Function:   matrix\nMatrix can not be allocated:  [   -2,    3]\n\n"},
         {[&] { matrix<long double>(huge, huge); },
          "Function:   matrix\nMatrix can not be allocated:  [" + std::to_string(huge) + "," + std::to_string(huge) + "]\n\n"},
+        {[&] { LargeVector<long double>().reserve(static_cast<std::size_t>(huge)); },
+         "Function:   matrix\nMatrix can not be allocated:  [" + std::to_string(huge) + ",    1]\n\n"},
         // The pivot report: the scaled pivot in a field of 10, the index in a field of 5.
         {[&] { MError::invError("Function:   test\nPivot: ", 2.5L, 7L); }, "Function:   test\nPivot:        2.5 10**-15     7\n\n"},
     };
@@ -52,6 +56,23 @@ TEST(Matrix, RowMajorStorageResizeAndDeepCopies) {
     EXPECT_TRUE(r.NRow() == 4 && r.NCol() == 1);
     EXPECT_EQ(&r(3), &r(3, 0));
     EXPECT_TRUE(matrix<std::string>(2, 3)(1, 2).empty());  // class elements are default-constructed
+    {
+        // Cleared storage of a zero-default class holds its default even
+        // where the heap hands back the bytes of an array just freed (the
+        // fence keeps them from going back to the system, which would zero
+        // them).
+        // Written and read through volatile: the optimiser drops stores to
+        // storage about to be freed and may take bytes it believes never
+        // written for anything.
+        matrix<xyzt>* dirty = new matrix<xyzt>(300, 1);
+        volatile long double* const old = &(*dirty)(0).x;
+        for (long i = 0; i < 4 * 300; ++i) old[i] = 1.0L;
+        const matrix<long> fence(100, 1, 0L);
+        delete dirty;
+        const matrix<xyzt> fresh(300, 1);
+        const volatile long double* const cell = &fresh(0).x;
+        for (long i = 0; i < 4 * 300; ++i) EXPECT_EQ(cell[i], 0.0L) << i;
+    }
     r.Resize(4, 1, 2.5L);
     long double* const before = r.v;
     r.Resize(4);  // same shape: storage and content stay
