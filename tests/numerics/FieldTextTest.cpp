@@ -81,3 +81,30 @@ TEST(FieldText, LineScannerSplitsAsGetlineDoesAndTellsWhereLinesStart)
         EXPECT_EQ(n, expected.size()) << text.size();
     }
 }
+
+// Whole numbers and trimmed fields as the readers take them: a sign and
+// digits and nothing else, within a long; a field cut to its line and to
+// the buffer, blank and tab ends dropped.
+TEST(FieldText, WholeNumbersAndTrimmedFieldsAtTheirEdges)
+{
+    const struct { const char* text; bool ok; long value; } numbers[] = {
+        {"12", true, 12}, {"-7", true, -7}, {"+0", true, 0}, {"", false, 0}, {"-", false, 0},
+        {"1 2", false, 0}, {"1.0", false, 0}, {"99999999999999999999", false, 0}};
+    for (const auto& c : numbers) {
+        long v = -1;
+        EXPECT_EQ(fieldtext::ToLong(c.text, v), c.ok) << c.text;
+        if (c.ok) {
+            EXPECT_EQ(v, c.value) << c.text;
+        }
+    }
+    const struct { const char* line; std::size_t pos, len, n; const char* out; } fields[] = {
+        {"AS G05  2020", 3, 4, 8, "G05"}, {"AB   CD", 2, 3, 8, ""}, {"AB      x", 2, 3, 8, ""}, {"AB \t\tCD", 2, 3, 8, ""},
+        {"\t x y \t", 0, 7, 8, "x y"}, {"short", 3, 10, 8, "rt"}, {"short", 9, 3, 8, ""},
+        {"abcdefgh", 0, 8, 4, "abc"}};
+    for (const auto& c : fields) {
+        char out[16];
+        std::memset(out, '#', sizeof out);
+        fieldtext::CopyTrimmedField(c.line, c.pos, c.len, out, c.n);
+        EXPECT_STREQ(out, c.out) << c.line << " " << c.pos;
+    }
+}
