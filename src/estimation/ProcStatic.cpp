@@ -184,7 +184,7 @@ void ProcStatic(gCPosC& gc)
     std::vector<long> rowStart(static_cast<std::size_t>(nEp) + 1, 0);
     LargeVector<long> rowCol;
     LargeVector<long double> rowVal;
-    const std::size_t rowGuess = static_cast<std::size_t>(nRec) + static_cast<std::size_t>(NSlots) * static_cast<std::size_t>(nEp);
+    const std::size_t rowGuess = static_cast<std::size_t>(nRec + NSlots * nEp);
     rowCol.reserve(rowGuess);
     rowVal.reserve(rowGuess);
     long double B_OBS[NSlots] = {0.0L}, nodeFactor[NSlots];

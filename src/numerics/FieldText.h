@@ -5,8 +5,8 @@
 // the labels of their headers.
 #include <cstddef>
 #include <istream>
-#include <string>
 #include <memory>
+#include <string>
 #include <string_view>
 
 namespace fieldtext {

@@ -6,7 +6,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
-#include <limits>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -175,8 +174,12 @@ void GNSSpClk::ReadEpochs(std::istream& in)
     long lineNo = nHeaderLines, badLine = 0;
     std::string bad;
     std::vector<mjd> fileEpoch;
-    std::vector<long> epochLine;
-    std::vector<std::streamoff> epochAt;
+    // Where each epoch's first line is: its number and its place in the file.
+    struct Start {
+        long line;
+        std::streamoff at;
+    };
+    std::vector<Start> epochStart;
     const std::streamoff start = in.tellg();
     fieldtext::LineScanner scan(in);
     std::string_view line;
@@ -199,8 +202,7 @@ void GNSSpClk::ReadEpochs(std::istream& in)
             badLine = lineNo, bad = "AS record date does not parse";
         }
         fileEpoch.push_back(t);
-        epochLine.push_back(lineNo);
-        epochAt.push_back(start + static_cast<std::streamoff>(scan.Offset()));
+        epochStart.push_back({lineNo, start + static_cast<std::streamoff>(scan.Offset())});
     }
     // Four nodes for the cubic, and two epochs at least for a spacing.
     const long nFile = static_cast<long>(fileEpoch.size());
@@ -227,9 +229,8 @@ void GNSSpClk::ReadEpochs(std::istream& in)
     }
     epoch.Resize(nepoch);
     for (long i = 0; i < nepoch; ++i) epoch(i) = fileEpoch[static_cast<std::size_t>(firstKept + i)];
-    firstKeptLine = epochLine[static_cast<std::size_t>(firstKept)];
-    // A stream that cannot tell its place is read again from its start.
-    firstKeptAt = start >= 0 ? epochAt[static_cast<std::size_t>(firstKept)] : -1;
+    firstKeptLine = epochStart[static_cast<std::size_t>(firstKept)].line;
+    firstKeptAt = start >= 0 ? epochStart[static_cast<std::size_t>(firstKept)].at : -1;
 }
 
 void GNSSpClk::ReadFileData()
@@ -237,16 +238,11 @@ void GNSSpClk::ReadFileData()
     namespace ns = GNSSpClkns;
     std::ifstream in(clkfile);
     // The lines before the first kept epoch were checked by the count:
-    // passed over unread, as is everything after the last kept epoch.
-    long lineNo = 0;
-    if (firstKeptAt >= 0 && in.seekg(firstKeptAt)) {
-        lineNo = firstKeptLine - 1;
-    } else {
-        in.clear();
-        in.seekg(0);
-        std::string text;
-        while (lineNo + 1 < firstKeptLine && NextLine(in, text)) ++lineNo;
-    }
+    // passed over unread, as is everything after the last kept epoch. The
+    // count ran on a stream of the same file, which told its place.
+    if (firstKeptAt < 0 || !in.seekg(firstKeptAt))
+        ProgramError("Orvo", "RINEX CLOCK FILE - UNSUCCESFUL READING (DATA-HEADER)");
+    long lineNo = firstKeptLine - 1;
     fieldtext::LineScanner scan(in);
     std::string_view line;
     long fileIx = firstKept - 1, ieph = -1, firstRefused = 0;
