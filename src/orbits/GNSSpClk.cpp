@@ -181,6 +181,11 @@ void GNSSpClk::ReadEpochs(std::istream& in)
     };
     std::vector<Start> epochStart;
     const std::streamoff start = in.tellg();
+    // Epochs met inside the span and behind it: once the span holds the
+    // four epochs the interpolation needs and the margin behind it is read,
+    // the rest of the file is not kept, and the pass ends there. A few hours
+    // of observations then cost a few hours of the file, not the whole day.
+    long inSpan = 0, behindSpan = 0;
     fieldtext::LineScanner scan(in);
     std::string_view line;
     while (scan.Next(line)) {
@@ -203,6 +208,12 @@ void GNSSpClk::ReadEpochs(std::istream& in)
         }
         fileEpoch.push_back(t);
         epochStart.push_back({lineNo, start + static_cast<std::streamoff>(scan.Offset())});
+        if (!hasSpan || badLine > 0) continue;
+        if (spanLast < t) ++behindSpan;
+        else if (!(t < spanFirst)) ++inSpan;
+        // One epoch past the margin is counted too: it bounds the data
+        // pass, which stops on the first epoch it does not keep.
+        if (inSpan >= 4 && behindSpan > GNSSpClkns::SpanMarginEpochs) break;
     }
     // Four nodes for the cubic, and two epochs at least for a spacing.
     const long nFile = static_cast<long>(fileEpoch.size());

@@ -69,10 +69,11 @@ public:
     void ReadFile();
 
     /// Limits what ReadFile keeps to the epochs from first to last and
-    /// GNSSpClkns::SpanMarginEpochs file epochs on either side: the whole
-    /// file is still counted and the length, date and time order of every
-    /// AS record checked, but only the kept epochs' biases are read (and
-    /// refused by MaxSatClock_s). A span that holds fewer than four file
+    /// GNSSpClkns::SpanMarginEpochs file epochs on either side: the file is
+    /// counted and the length, date and time order of its AS records
+    /// checked up to the margin behind the span, but only the kept epochs'
+    /// biases are read (and refused by MaxSatClock_s); what follows the
+    /// margin is not read at all. A span that holds fewer than four file
     /// epochs keeps the whole file, so that a caller's test of the span sees
     /// where the file lies.
     void SetSpan(const mjd& first, const mjd& last);

@@ -4,6 +4,8 @@
 #include "orbits/GNSSpClk.h"
 #include "orbits/GNSSpEph.h"
 
+#include <tuple>
+
 using namespace orbtest;
 
 namespace {
@@ -121,7 +123,8 @@ TEST(GNSSpClk, AgreesWithTheSp3ClockOfTheSameCentre)
 // A span keeps its epochs and five on either side, whose clocks are the
 // whole file's to the bit (the same four nodes, the same cubic) at nodes,
 // between them and at an emission just before the first; a span beyond the
-// file keeps all of it.
+// file keeps all of it. Past the margin behind the span the file is not
+// read: a disorder there stops the whole file's reading but not the span's.
 TEST(GNSSpClk, ASpanKeepsItsEpochsWithTheWholeFilesClocks)
 {
     GNSSpClk part, beyond;
@@ -147,6 +150,19 @@ TEST(GNSSpClk, ASpanKeepsItsEpochsWithTheWholeFilesClocks)
     beyond.SetSpan(Epoch(5000), Epoch(6000));
     beyond.ReadFile();
     EXPECT_EQ(beyond.GetNEpoch(), 2880);
+
+    std::vector<long> disordered;
+    for (long e = 0; e < 40; ++e) disordered.push_back(e == 22 ? 3 : e);
+    const std::string name = WriteTemp("late_disorder.clk", ClockFileOf(disordered));
+    for (const auto& [first, last, kept] : {std::tuple{10L, 13L, 14L}, {10L, 15L, 16L}}) {
+        GNSSpClk early;
+        early.SetFile(name.c_str());
+        early.SetSpan(Epoch(first), Epoch(last));
+        early.ReadFile();
+        ASSERT_EQ(early.GetNEpoch(), kept) << first << " " << last;
+        EXPECT_NEAR_LD(ClockAt(early, 5, Epoch(12, 3.0L)), ClockAt(Grg(), 5, Epoch(12, 3.0L)), 0.0L);
+    }
+    EXPECT_EXIT(Load<GNSSpClk>(name), ::testing::ExitedWithCode(1), Framed(".*epochs are not in increasing time order"));
 }
 
 TEST(GNSSpClk, EpochIndexSearchesAndTheirWarnings)
