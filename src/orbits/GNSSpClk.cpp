@@ -213,7 +213,10 @@ void GNSSpClk::ReadEpochs(std::istream& in)
         else if (!(t < spanFirst)) ++inSpan;
         // One epoch past the margin is counted too: it bounds the data
         // pass, which stops on the first epoch it does not keep.
-        if (inSpan >= 4 && behindSpan > GNSSpClkns::SpanMarginEpochs) break;
+        if (inSpan >= 4 && behindSpan > GNSSpClkns::SpanMarginEpochs) {
+            if (start >= 0) CheckFileEnd(in, epochStart.back().at, t);
+            break;
+        }
     }
     // Four nodes for the cubic, and two epochs at least for a spacing.
     const long nFile = static_cast<long>(fileEpoch.size());
@@ -242,6 +245,45 @@ void GNSSpClk::ReadEpochs(std::istream& in)
     for (long i = 0; i < nepoch; ++i) epoch(i) = fileEpoch[static_cast<std::size_t>(firstKept + i)];
     firstKeptLine = epochStart[static_cast<std::size_t>(firstKept)].line;
     firstKeptAt = start >= 0 ? epochStart[static_cast<std::size_t>(firstKept)].at : -1;
+}
+
+void GNSSpClk::CheckFileEnd(std::istream& in, std::streamoff from, const mjd& last)
+{
+    // A file cut short shows in its last line; 64 kB hold some ten epochs.
+    constexpr std::streamoff TailBytes = 65536;
+    in.clear();
+    if (!in.seekg(0, std::ios::end)) return;
+    const std::streamoff end = in.tellg();
+    const std::streamoff at = std::max(from, end - TailBytes);
+    if (at < 0 || !in.seekg(at)) return;
+    // The line number of a fault is only counted when there is one.
+    auto failAt = [this](std::streamoff offset, const std::string& text) {
+        std::ifstream again(clkfile);
+        long lineNo = 1;
+        fieldtext::LineScanner count(again);
+        std::string_view l;
+        while (count.Next(l) && static_cast<std::streamoff>(count.Offset()) < offset) ++lineNo;
+        Fail(lineNo, text);
+    };
+    fieldtext::LineScanner scan(in);
+    std::string_view line;
+    // Unless it starts the epoch at from, the first line may be a piece.
+    if (at > from) scan.Next(line);
+    std::string date;
+    std::streamoff dateAt = -1;
+    while (scan.Next(line)) {
+        if (!IsAS(line)) continue;
+        const std::streamoff lineAt = at + static_cast<std::streamoff>(scan.Offset());
+        if (line.size() < posDate + GNSSpClkns::BiasFieldEnd) failAt(lineAt, "AS record too short");
+        date.assign(line.substr(posDate, DateWidth));
+        dateAt = lineAt;
+    }
+    if (dateAt < 0) return;
+    unsigned short y = 0, mo = 0, d = 0, h = 0, mi = 0;
+    long double sec = 0.0L;
+    if (std::sscanf(date.c_str(), "%hu %hu %hu %hu %hu %Lf", &y, &mo, &d, &h, &mi, &sec) != 6)
+        failAt(dateAt, "AS record date does not parse");
+    if (ymdhms2mjd(ymdhms(y, mo, d, h, mi, sec)) < last) failAt(dateAt, "epochs are not in increasing time order");
 }
 
 void GNSSpClk::ReadFileData()

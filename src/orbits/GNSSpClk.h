@@ -72,8 +72,10 @@ public:
     /// GNSSpClkns::SpanMarginEpochs file epochs on either side: the file is
     /// counted and the length, date and time order of its AS records
     /// checked up to the margin behind the span, but only the kept epochs'
-    /// biases are read (and refused by MaxSatClock_s); what follows the
-    /// margin is not read at all. A span that holds fewer than four file
+    /// biases are read (and refused by MaxSatClock_s). What follows the
+    /// margin is not read, except its last 64 kB: a file cut short still
+    /// stops the run there (record length, and the last epoch not before
+    /// those read). A span that holds fewer than four file
     /// epochs keeps the whole file, so that a caller's test of the span sees
     /// where the file lies.
     void SetSpan(const mjd& first, const mjd& last);
@@ -115,6 +117,9 @@ private:
     void GetCLKVersion();
     void ReadFileHeader(std::istream& in);
     void ReadEpochs(std::istream& in);
+    // Tests the last lines of the file behind a span's epoch pass, which
+    // stopped at from having read up to the epoch last.
+    void CheckFileEnd(std::istream& in, std::streamoff from, const mjd& last);
     void ReadFileData();
     bool EndTests(const mjd& reph);
     [[noreturn]] void Fail(long lineNo, const std::string& text) const;

@@ -163,6 +163,18 @@ TEST(GNSSpClk, ASpanKeepsItsEpochsWithTheWholeFilesClocks)
         EXPECT_NEAR_LD(ClockAt(early, 5, Epoch(12, 3.0L)), ClockAt(Grg(), 5, Epoch(12, 3.0L)), 0.0L);
     }
     EXPECT_EXIT(Load<GNSSpClk>(name), ::testing::ExitedWithCode(1), Framed(".*epochs are not in increasing time order"));
+    // A file cut short is seen at its end all the same, on its own line.
+    std::vector<long> forty(40);
+    for (long e = 0; e < 40; ++e) forty[static_cast<size_t>(e)] = e;
+    const std::string whole = ClockFileOf(forty), cut = whole.substr(0, whole.size() - 30) + "\n";
+    const std::string cutName = WriteTemp("cut_behind_span.clk", cut);
+    const auto lines = std::count(cut.begin(), cut.end(), '\n');
+    EXPECT_EXIT({
+        GNSSpClk c;
+        c.SetFile(cutName.c_str());
+        c.SetSpan(Epoch(10), Epoch(13));
+        c.ReadFile();
+    }, ::testing::ExitedWithCode(1), Framed(".*line " + std::to_string(lines) + ": AS record too short"));
 }
 
 TEST(GNSSpClk, EpochIndexSearchesAndTheirWarnings)
