@@ -163,8 +163,10 @@ public:
     double IterThres, IterThresFin;
 
     // Group 6: estimation state.
+    // Direction cosines of each record's design row (its coordinate
+    // entries) as the static adjustment last formed them; the rest of the
+    // row follows from the epoch (StoredDesignRow).
     matrix<long double> mB;
-    matrix<int> mIB;  // unknown of each slot, -1 for none (unknowns stay far below 2^31)
     // Light-time solution of each record's satellite (precise orbits) with
     // the receiver clock (m) it was made for: the later iterations and the
     // second adjustment move it instead of interpolating again.

@@ -92,6 +92,55 @@ std::string NoObservationReason(const gCPosC& gc)
     return "NO OBSERVATION OF THE CHOSEN TYPES LEFT";
 }
 
+TropoSlots EpochTropoSlots(gCPosC& gc, mjd& t)
+{
+    TropoSlots s;
+    if (!gc.ifEstTropo || gc.nTropoUnk <= 1) return s;
+    long iTropo = -1;
+    GetTropoIndex(t, gc.TropoEpoch, iTropo);
+    if (iTropo < 0) return s;
+    const long double dtTropoI = gc.TropoEpoch(iTropo + 1) - gc.TropoEpoch(iTropo);
+    s.factor[0] = (gc.TropoEpoch(iTropo + 1) - t) / dtTropoI;
+    s.factor[1] = (t - gc.TropoEpoch(iTropo)) / dtTropoI;
+    s.zenith = gc.xTropo(iTropo) * s.factor[0] + gc.xTropo(iTropo + 1) * s.factor[1];
+    s.col[0] = gc.ixTropo(iTropo);
+    s.col[1] = gc.ixTropo(iTropo + 1);
+    if (!gc.ifEstTropoGrad || gc.nTropoUnkGradN <= 1) return s;
+    long iGrad = -1;
+    GetTropoIndex(t, gc.TropoGradEpoch, iGrad);
+    if (iGrad < 0) return s;
+    const long double dtI = gc.TropoGradEpoch(iGrad + 1) - gc.TropoGradEpoch(iGrad);
+    s.factor[2] = s.factor[4] = (gc.TropoGradEpoch(iGrad + 1) - t) / dtI;
+    s.factor[3] = s.factor[5] = (t - gc.TropoGradEpoch(iGrad)) / dtI;
+    s.north = gc.xTropoGradN(iGrad) * s.factor[2] + gc.xTropoGradN(iGrad + 1) * s.factor[3];
+    s.east = gc.xTropoGradE(iGrad) * s.factor[2] + gc.xTropoGradE(iGrad + 1) * s.factor[3];
+    s.col[2] = gc.ixTropoGradN(iGrad);
+    s.col[3] = gc.ixTropoGradN(iGrad + 1);
+    s.col[4] = gc.ixTropoGradE(iGrad);
+    s.col[5] = gc.ixTropoGradE(iGrad + 1);
+    return s;
+}
+
+void StoredDesignRow(const gCPosC& gc, long k, int sys, const TropoSlots& tropo,
+                     long double (&b)[ProcStaticns::NSlots], long (&col)[ProcStaticns::NSlots])
+{
+    using ProcStaticns::NSlots;
+    // The entries as the adjustment forms them, operand for operand, so
+    // that they are its own to the bit.
+    const long cols[NSlots] = {gc.ixX, gc.ixY, gc.ixZ, gc.ixDTsys[sys], -1, -1, tropo.col[0], tropo.col[1],
+                               tropo.col[2], tropo.col[3], tropo.col[4], tropo.col[5]};
+    const long double mf = -gc.MFTROP(k);
+    const long double mfN = tropo.col[2] >= 0 ? -gc.MFGRAD(k, 0) : 0.0L;
+    const long double mfE = tropo.col[2] >= 0 ? -gc.MFGRAD(k, 1) : 0.0L;
+    const long double vals[NSlots] = {gc.mB(k, 0), gc.mB(k, 1), gc.mB(k, 2), -1.0L, -1.0L, -1.0L,
+                                      mf * tropo.factor[0], mf * tropo.factor[1], mfN * tropo.factor[2],
+                                      mfN * tropo.factor[3], mfE * tropo.factor[4], mfE * tropo.factor[5]};
+    for (int s = 0; s < NSlots; ++s) {
+        b[s] = vals[s];
+        col[s] = cols[s];
+    }
+}
+
 void ProcStatic(gCPosC& gc)
 {
     using namespace ProcStaticns;
@@ -125,11 +174,7 @@ void ProcStatic(gCPosC& gc)
             if (m->NRow() != nRec) m->Resize(nRec, 1, 0.0L);
     }
     const bool storeRows = gc.ifEstKin || gc.isThresBlunder;
-    if (storeRows && (gc.mB.NRow() != nRec || gc.mIB.NRow() != nRec || gc.mB.NCol() != NSlots
-                      || gc.mIB.NCol() != NSlots)) {
-        gc.mB.Resize(nRec, NSlots, 0.0L);
-        gc.mIB.Resize(nRec, NSlots, -1);
-    }
+    if (storeRows && (gc.mB.NRow() != nRec || gc.mB.NCol() != 3)) gc.mB.Resize(nRec, 3, 0.0L);
 
     const long double minElevation = Pi * static_cast<long double>(gc.MinElevation) / 180.0L;
     matrix<short> SatList = d.satList;
@@ -243,42 +288,14 @@ void ProcStatic(gCPosC& gc)
                                          " EXCEEDS THE RECORD STORE!");
             if (gc.isPclk) gc.pclkM.SetEpochIndex(d.epoch(i), gc.pclkM.GetEpochIx());
 
-            long double tropoValf = 0.0L, tropoValfN = 0.0L, tropoValfE = 0.0L;
-            long double dtTropo1 = 0.0L, dtTropo2 = 0.0L, dtTropoGrad1 = 0.0L, dtTropoGrad2 = 0.0L;
-            for (int s = 6; s < NSlots; ++s) B_OBS_I[s] = -1;
-            long iTropo = -1, iTropoGrad = -1;
-            if (gc.ifEstTropo && gc.nTropoUnk > 1) {
-                GetTropoIndex(d.epoch(i), gc.TropoEpoch, iTropo);
-                if (iTropo >= 0) {
-                    const long double dtTropoI = gc.TropoEpoch(iTropo + 1) - gc.TropoEpoch(iTropo);
-                    dtTropo1 = (gc.TropoEpoch(iTropo + 1) - d.epoch(i)) / dtTropoI;
-                    dtTropo2 = (d.epoch(i) - gc.TropoEpoch(iTropo)) / dtTropoI;
-                    tropoValf = gc.xTropo(iTropo) * dtTropo1 + gc.xTropo(iTropo + 1) * dtTropo2;
-                    B_OBS_I[6] = gc.ixTropo(iTropo);
-                    B_OBS_I[7] = gc.ixTropo(iTropo + 1);
-                }
-                if (gc.ifEstTropoGrad && iTropo >= 0 && gc.nTropoUnkGradN > 1) {
-                    GetTropoIndex(d.epoch(i), gc.TropoGradEpoch, iTropoGrad);
-                    if (iTropoGrad >= 0) {
-                        const long double dtI =
-                            gc.TropoGradEpoch(iTropoGrad + 1) - gc.TropoGradEpoch(iTropoGrad);
-                        dtTropoGrad1 = (gc.TropoGradEpoch(iTropoGrad + 1) - d.epoch(i)) / dtI;
-                        dtTropoGrad2 = (d.epoch(i) - gc.TropoGradEpoch(iTropoGrad)) / dtI;
-                        tropoValfN = gc.xTropoGradN(iTropoGrad) * dtTropoGrad1 +
-                                     gc.xTropoGradN(iTropoGrad + 1) * dtTropoGrad2;
-                        tropoValfE = gc.xTropoGradE(iTropoGrad) * dtTropoGrad1 +
-                                     gc.xTropoGradE(iTropoGrad + 1) * dtTropoGrad2;
-                        B_OBS_I[8] = gc.ixTropoGradN(iTropoGrad);
-                        B_OBS_I[9] = gc.ixTropoGradN(iTropoGrad + 1);
-                        B_OBS_I[10] = gc.ixTropoGradE(iTropoGrad);
-                        B_OBS_I[11] = gc.ixTropoGradE(iTropoGrad + 1);
-                    }
-                }
+            const TropoSlots tropo = EpochTropoSlots(gc, d.epoch(i));
+            const long double tropoValf = tropo.zenith, tropoValfN = tropo.north, tropoValfE = tropo.east;
+            for (int s = 6; s < NSlots; ++s) {
+                B_OBS_I[s] = tropo.col[s - 6];
+                nodeFactor[s] = tropo.factor[s - 6];
             }
-            nodeFactor[6] = dtTropo1;
-            nodeFactor[7] = dtTropo2;
-            nodeFactor[8] = nodeFactor[10] = dtTropoGrad1;
-            nodeFactor[9] = nodeFactor[11] = dtTropoGrad2;
+            const long double dtTropo1 = nodeFactor[6], dtTropo2 = nodeFactor[7];
+            const long double dtTropoGrad1 = nodeFactor[8], dtTropoGrad2 = nodeFactor[9];
             sums.Begin(B_OBS_I, nodeFactor);
 
             for (long k = i1; k < i2; ++k) {
@@ -381,15 +398,10 @@ void ProcStatic(gCPosC& gc)
                 long double pRec = 0.0L, pfRec = 0.0L;
 
                 if (storeRows) {
-                    // Both are NSlots wide (sized above). Slots 4 and 5 (code
-                    // bias, ambiguity) stay without a column: the outlier
-                    // check sets them for each equation it looks at.
+                    // The rest of the row follows from the epoch and the
+                    // record's mapping values (StoredDesignRow).
                     long double* const rowB = &gc.mB(k, 0);
-                    auto* const rowI = &gc.mIB(k, 0);
-                    for (int s = 0; s < NSlots; ++s) {
-                        rowB[s] = B_OBS[s];
-                        rowI[s] = static_cast<int>(B_OBS_I[s]);
-                    }
+                    for (int s = 0; s < 3; ++s) rowB[s] = B_OBS[s];
                 }
 
                 for (CodeType& ct : codes) {

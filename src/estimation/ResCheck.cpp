@@ -8,35 +8,35 @@
 #include "driver/Console.h"
 #include "estimation/EpochProgress.h"
 #include "estimation/NormalSystem.h"
+#include "estimation/ProcStatic.h"
 #include "estimation/StoredTypes.h"
 #include "numerics/ProgramError.h"
 #include "numerics/Trigonometry.h"
 #include "observations/SatelliteSystem.h"
 #include "preprocessing/SetAmbiguities.h"
 
-long double GetQVV(matrix<long double>& B, matrix<int>& iB, matrix<long double>& Qxx,
-                   long int k, long double p)
+long double GetQVV(const long double (&b)[ProcStaticns::NSlots], const long (&col)[ProcStaticns::NSlots],
+                   const matrix<long double>& Qxx, long double p)
 {
     using ProcStaticns::NSlots;
     // The row's columns and entries first, each column tried once on Qxx
     // (one outside stops the run there); the products then read Qxx
     // directly, in the order of the slots.
-    long col[NSlots];
-    long double b[NSlots];
+    long c[NSlots];
+    long double v[NSlots];
     int n = 0;
     for (int i = 0; i < NSlots; ++i) {
-        const long int ci = iB(k, i);
-        if (ci == -1) continue;
-        static_cast<void>(Qxx(ci, ci));
-        col[n] = ci;
-        b[n++] = B(k, i);
+        if (col[i] == -1) continue;
+        static_cast<void>(Qxx(col[i], col[i]));
+        c[n] = col[i];
+        v[n++] = b[i];
     }
     long double qv = 1.0L / p;
     for (int i = 0; i < n; ++i) {
-        const long double bi = b[i];
-        const long double* const row = Qxx.v + Qxx.c * col[i];
-        qv -= row[col[i]] * bi * bi;
-        for (int j = i + 1; j < n; ++j) qv -= row[col[j]] * b[j] * 2.0L * bi;
+        const long double bi = v[i];
+        const long double* const row = Qxx.v + Qxx.c * c[i];
+        qv -= row[c[i]] * bi * bi;
+        for (int j = i + 1; j < n; ++j) qv -= row[c[j]] * v[j] * 2.0L * bi;
     }
     return qv;
 }
@@ -48,9 +48,9 @@ void ResCheck(gCPosC& gc)
     const long nEp = d.nepochall, nRec = d.nsatall;
     // The rows are stored by the adjustment for this check; without them
     // there is nothing to test, and reading on would leave the array.
-    if (gc.mB.NRow() < nRec || gc.mIB.NRow() < nRec || gc.mB.NCol() < ProcStaticns::NSlots
-        || gc.mIB.NCol() < ProcStaticns::NSlots || d.nsat.NRow() < nEp || d.sat.NRow() < nRec
-        || gc.WGHT.NRow() < nRec || gc.ELV.NRow() < nRec)
+    if (gc.mB.NRow() < nRec || gc.mB.NCol() < 3 || d.nsat.NRow() < nEp || d.sat.NRow() < nRec
+        || gc.WGHT.NRow() < nRec || gc.ELV.NRow() < nRec || gc.MFTROP.NRow() < nRec
+        || (gc.ifEstTropoGrad && (gc.MFGRAD.NRow() < nRec || gc.MFGRAD.NCol() < 2)))
         ProgramError("Orvo", "OUTLIER CHECK: THE STATIC SOLUTION HAS NOT STORED ITS OBSERVATIONS!");
 
     ProgramSubSubTitle("OUTLIER DETECTION AND ELIMINATION - OBSERVATION CORRECTIONS CHECK:", 0);
@@ -82,22 +82,27 @@ void ResCheck(gCPosC& gc)
         if (d.nsat(i) < 0 || i2 > nRec)
             ProgramError("Orvo", "OUTLIER CHECK: RECORD COUNT OF EPOCH " + std::to_string(i + 1)
                                      + " EXCEEDS THE RECORD STORE!");
+        const TropoSlots tropo = EpochTropoSlots(gc, d.epoch(i));
         for (; k < i2; ++k) {
             short prn = d.sat(k);
             const SatSystem sys = SystemOf(prn);
             if (sys == SysNone) continue;
+            long double row[ProcStaticns::NSlots];
+            long col[ProcStaticns::NSlots];
+            bool formed = false;
 
             for (int t = 0; t < 5; ++t) {
                 StoredType& ct = types[t];
                 if (!ct.on || !ct.used(k)) continue;
-                gc.mIB(k, 4) = gc.mIB(k, 5) = -1;
+                if (!formed) StoredDesignRow(gc, k, sys, tropo, row, col), formed = true;
+                col[4] = col[5] = -1;
                 if (ct.dcb) {
                     long ixdcb = -1, ixsat = -1;
                     GetIndexSatDCB(prn, SatList, ct.ixdcb, nSatList, ixdcb, ixsat);
-                    gc.mIB(k, 4) = static_cast<int>(ixdcb);
+                    col[4] = ixdcb;
                 }
                 const long double p = gc.WGHT(k) * ct.p0[sys];
-                const long double qv = GetQVV(gc.mB, gc.mIB, gc.QxxAll, k, p);
+                const long double qv = GetQVV(row, col, gc.QxxAll, p);
                 // A negative cofactor gives a bound that is not a number:
                 // the comparison fails and the observation stays.
                 if (std::fabs(ct.f(k)) > std::sqrt(s0 * qv) * gc.ThresBlunder) {
@@ -112,10 +117,11 @@ void ResCheck(gCPosC& gc)
                 l3.rejected(k) = true;
                 continue;
             }
-            gc.mIB(k, 4) = -1;
-            gc.mIB(k, 5) = static_cast<int>(gc.ixAmb(ixamb));
+            if (!formed) StoredDesignRow(gc, k, sys, tropo, row, col);
+            col[4] = -1;
+            col[5] = gc.ixAmb(ixamb);
             const long double p = gc.WGHT(k) * l3.p0[sys];
-            const long double qv = GetQVV(gc.mB, gc.mIB, gc.QxxAll, k, p);
+            const long double qv = GetQVV(row, col, gc.QxxAll, p);
             long double rThres = std::sqrt(s0 * qv) * gc.ThresBlunder;
             // A phase is never judged against less than the a-priori noise of
             // a GPS L3; the fall-back widens towards the horizon.

@@ -410,7 +410,6 @@ void SetUnknowns(gCPosC& gc)
         t.rejected.Resize(n, 1, false);
     }
     if (gc.ifEstKin || gc.isThresBlunder) {
-        gc.mB.Resize(n, 12, 0.0L);
-        gc.mIB.Resize(n, 12, -1);
+        gc.mB.Resize(n, 3, 0.0L);
     }
 }

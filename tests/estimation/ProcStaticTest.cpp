@@ -105,6 +105,7 @@ TEST(ProcStatic, TroposphereSystemBiasAndAmbiguitiesAreRecovered)
     RINEXData& d = ctx.rnxd;
     gc.ifEstTropo = gc.ifL3 = true;
     gc.TropoInterval = 7200.0L;
+    gc.isThresBlunder = true;  // the design rows are kept
     // One arc per satellite over its whole span, a-priori 0.3 m off the
     // generated 0.1 m * number.
     gc.nAmb = d.satList.NRow();
@@ -130,6 +131,47 @@ TEST(ProcStatic, TroposphereSystemBiasAndAmbiguitiesAreRecovered)
     long used = 0;  // the phase entered: L3 equations are counted besides P3
     for (long k = 0; k < d.nsatall; ++k) used += gc.ifOl3(k);
     EXPECT_GT(used, 0);
+
+    // The stored rows with each equation's own column rebuild the reduced
+    // normal matrix of the last iteration: summed here equation by
+    // equation, the epoch clock (-1 in every row) reduced epoch by epoch,
+    // apart from the adjustment's per-epoch blocks.
+    const long n = gc.NUnk;
+    const long double p0[2][3] = {{gc.p0Pc3G, gc.p0Pc3R, gc.p0Pc3E}, {gc.p0L3G, gc.p0L3R, gc.p0L3E}};
+    std::vector<long double> N(static_cast<size_t>(n * n), 0.0L);
+    for (long k = 0, i = 0; i < d.nepochall; ++i) {
+        const TropoSlots tropo = EpochTropoSlots(gc, d.epoch(i));
+        std::vector<long double> sum(static_cast<size_t>(n), 0.0L);
+        long double sumP = 0.0L;
+        for (long j = 0; j < d.nsat(i); ++j, ++k)
+            for (int e = 0; e < 2; ++e) {
+                if (!(e == 0 ? gc.ifOc3(k) : gc.ifOl3(k))) continue;
+                const int sys = SystemOf(d.sat(k));
+                long double b[ProcStaticns::NSlots];
+                long col[ProcStaticns::NSlots];
+                StoredDesignRow(gc, k, sys, tropo, b, col);
+                for (long a = 0; e == 1 && a < gc.nAmb; ++a) if (gc.AmbSat(a) == d.sat(k)) col[5] = gc.ixAmb(a);
+                const long double p = gc.WGHT(k) * p0[e][sys];
+                sumP += p;
+                for (int u = 0; u < ProcStaticns::NSlots; ++u) {
+                    if (col[u] < 0) continue;
+                    sum[static_cast<size_t>(col[u])] += p * b[u];
+                    for (int v = 0; v < ProcStaticns::NSlots; ++v)
+                        if (col[v] >= 0) N[static_cast<size_t>(col[u] * n + col[v])] += p * b[u] * b[v];
+                }
+            }
+        for (long a = 0; a < n && sumP > 0.0L; ++a)
+            for (long c = 0; c < n; ++c) N[static_cast<size_t>(a * n + c)] -= sum[static_cast<size_t>(a)] * sum[static_cast<size_t>(c)] / sumP;
+    }
+    long double largest = 0.0L;
+    for (long a = 0; a < n; ++a) largest = std::max(largest, std::fabs(gc.NFin(a, a)));
+    // Sums of a few hundred products in either order: 1e-15 of the largest
+    // entry is round-off; a wrong node weight or column is of its order.
+    for (long a = 0; a < n; ++a)
+        for (long c = 0; c < n; ++c)
+            if (gc.IsUnkOK(a) && gc.IsUnkOK(c)) {
+                EXPECT_NEAR_LD(N[static_cast<size_t>(a * n + c)], gc.NFin(a, c), 1e-15L * largest) << a << " " << c;
+            }
 }
 
 TEST(ProcStatic, ClockFileOverrulesOrbitClockAndAConstellationBelowCutOffIsLeftOut)
@@ -230,7 +272,8 @@ TEST(ProcStatic, RealExcerptMatchesSolutionWithExplicitClocks)
         for (long j = 0; j < d.nsat(i); ++j, ++k) {
             if (!gc.ifOc3(k)) continue;
             std::vector<long double> row(n, 0.0L);
-            for (int s = 0; s < 3; ++s) row[static_cast<size_t>(gc.mIB(k, s))] = gc.mB(k, s);
+            const long xyzCol[3] = {gc.ixX, gc.ixY, gc.ixZ};
+            for (int s = 0; s < 3; ++s) row[static_cast<size_t>(xyzCol[s])] = gc.mB(k, s);
             row[static_cast<size_t>(3 + i)] = -1.0L;
             AddRow(A, b, row, gc.WGHT(k) * gc.p0Pc3G, gc.fc3(k));
         }

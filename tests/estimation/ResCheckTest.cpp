@@ -13,14 +13,15 @@ namespace {
 // over both triangles (the code walks one triangle and doubles it).
 TEST(ResCheck, ResidualCofactorIsInverseWeightLessFullQuadraticForm)
 {
-    matrix<long double> B(1, 12, 0.0L), Q(5, 5, 0.0L);
-    matrix<int> iB(1, 12, -1);
+    matrix<long double> Q(5, 5, 0.0L);
+    long double B[ProcStaticns::NSlots] = {};
+    long iB[ProcStaticns::NSlots] = {-1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1};
     const long double b[] = {0.3L, -0.5L, 0.8L, -1.0L, 2.5L};
     const long cols[] = {0, 1, 2, 3, 5};  // slot 4 empty: no code bias
     for (int s = 0, u = 0; s < 6; ++s) {
         if (s == 4) continue;
-        B(0, s) = b[u];
-        iB(0, s) = cols[u] < 4 ? cols[u] : 4;
+        B[s] = b[u];
+        iB[s] = cols[u] < 4 ? cols[u] : 4;
         ++u;
     }
     for (int i = 0; i < 5; ++i)
@@ -29,7 +30,7 @@ TEST(ResCheck, ResidualCofactorIsInverseWeightLessFullQuadraticForm)
     for (int i = 0; i < 5; ++i)
         for (int j = 0; j < 5; ++j) quad += b[i] * Q(i, j) * b[j];
     const long double p = 4.0L;
-    EXPECT_NEAR(static_cast<double>(GetQVV(B, iB, Q, 0, p)), static_cast<double>(1.0L / p - quad),
+    EXPECT_NEAR(static_cast<double>(GetQVV(B, iB, Q, p)), static_cast<double>(1.0L / p - quad),
                 1e-15);
 }
 
