@@ -39,9 +39,16 @@ template <class T>
 struct ZeroBytesDefault<T, std::void_t<typename T::ZeroBytesDefault>>
     : std::bool_constant<std::is_trivially_copyable_v<T> && std::is_trivially_destructible_v<T>> {};
 
-/// n bytes, hinted as above before any is touched; null when the memory is
-/// not there. Free with FreeBytes(p, n).
+/// n bytes; null when the memory is not there. Free with FreeBytes(p, n).
+/// From largememoryns::PrefaultBytes on, the block is carved (on Linux)
+/// from a range of 2 MB pages shared with other large blocks and is faulted
+/// in at once; where that range is missing or full, and below that size,
+/// it comes from the library heap, hinted as above.
 void* AllocateBytes(std::size_t n);
+/// Whether large blocks are carved from the shared 2 MB pages (not under
+/// the address sanitizer, nor off Linux, nor where the address range could
+/// not be had).
+bool LargeBlocksSharePages();
 /// Frees the n bytes at p from AllocateBytes.
 void FreeBytes(void* p, std::size_t n);
 
