@@ -181,6 +181,7 @@ bool LargeBlocksSharePages()
 
 void* AllocateBytes(std::size_t n)
 {
+    if (n > largememoryns::MaxBlockBytes) return nullptr;
 #if ORVO_LARGE_PAGE_ARENA
     if (n >= largememoryns::PrefaultBytes)
         if (void* p = LargePageArena::Instance().Take(n)) return p;

@@ -18,6 +18,9 @@ namespace largememoryns {
 inline constexpr std::size_t HugePageBytes = std::size_t(2) << 20;
 /// Blocks of this size or more are faulted in by one call to the kernel.
 inline constexpr std::size_t PrefaultBytes = std::size_t(256) << 10;
+/// Larger blocks are refused before any allocator is asked: a terabyte is
+/// no array of a station's observations, only a size gone wrong.
+inline constexpr std::size_t MaxBlockBytes = std::size_t(1) << 40;
 }  // namespace largememoryns
 
 /// Asks the kernel for 2 MB pages in the aligned interior of the n bytes at
@@ -39,7 +42,8 @@ template <class T>
 struct ZeroBytesDefault<T, std::void_t<typename T::ZeroBytesDefault>>
     : std::bool_constant<std::is_trivially_copyable_v<T> && std::is_trivially_destructible_v<T>> {};
 
-/// n bytes; null when the memory is not there. Free with FreeBytes(p, n).
+/// n bytes; null when the memory is not there or n exceeds
+/// largememoryns::MaxBlockBytes. Free with FreeBytes(p, n).
 /// From largememoryns::PrefaultBytes on, the block is carved (on Linux)
 /// from a range of 2 MB pages shared with other large blocks and is faulted
 /// in at once; where that range is missing or full, and below that size,
