@@ -94,7 +94,10 @@ void ResCheck(gCPosC& gc)
             for (int t = 0; t < 5; ++t) {
                 StoredType& ct = types[t];
                 if (!ct.on || !ct.used(k)) continue;
-                if (!formed) StoredDesignRow(gc, k, sys, tropo, row, col), formed = true;
+                if (!formed) {
+                    StoredDesignRow(gc, k, sys, tropo, row, col);
+                    formed = true;
+                }
                 col[4] = col[5] = -1;
                 if (ct.dcb) {
                     long ixdcb = -1, ixsat = -1;

@@ -27,6 +27,7 @@
 #define ORVO_LARGE_PAGE_ARENA 0
 #endif
 
+#if ORVO_LARGE_PAGE_ARENA
 namespace {
 
 constexpr std::size_t PageBytes = 4096;
@@ -34,7 +35,6 @@ constexpr std::size_t PageBytes = 4096;
 std::size_t RoundUp(std::size_t n, std::size_t unit) { return (n + unit - 1) / unit * unit; }
 std::size_t RoundDown(std::size_t n, std::size_t unit) { return n / unit * unit; }
 
-#if ORVO_LARGE_PAGE_ARENA
 // Large blocks carved from one range of address space whose memory the
 // kernel is asked to give in 2 MB pages. On a virtual machine the first
 // touch of each 4 kB page costs microseconds even after it was faulted in
@@ -143,9 +143,9 @@ private:
     std::size_t top_ = 0;                      // taken so far, from base_
     std::map<std::size_t, std::size_t> free_;  // start to length, below top_, none adjacent
 };
-#endif
 
 }  // namespace
+#endif
 
 void PrepareLargeBlock(void* p, std::size_t n)
 {

@@ -41,6 +41,16 @@ bool NewDate(std::string_view line, std::size_t posDate, std::string& previous)
 
 bool IsAS(std::string_view line) { return line.size() >= 2 && line[0] == 'A' && line[1] == 'S'; }
 
+// The epoch of an AS record's date text; false when it does not parse.
+bool DateOf(const std::string& text, mjd& t)
+{
+    unsigned short y = 0, mo = 0, d = 0, h = 0, mi = 0;
+    long double sec = 0.0L;
+    if (std::sscanf(text.c_str(), "%hu %hu %hu %hu %hu %Lf", &y, &mo, &d, &h, &mi, &sec) != 6) return false;
+    t = ymdhms2mjd(ymdhms(y, mo, d, h, mi, sec));
+    return true;
+}
+
 }  // namespace
 
 GNSSpClk::GNSSpClk()
@@ -196,11 +206,8 @@ void GNSSpClk::ReadEpochs(std::istream& in)
         // read a number off by powers of ten without any sign.
         if (line.size() < posDate + GNSSpClkns::BiasFieldEnd) Fail(lineNo, "AS record too short");
         if (!NewDate(line, posDate, previous) && !fileEpoch.empty()) continue;
-        unsigned short y = 0, mo = 0, d = 0, h = 0, mi = 0;
-        long double sec = 0.0L;
         mjd t;
-        if (std::sscanf(previous.c_str(), "%hu %hu %hu %hu %hu %Lf", &y, &mo, &d, &h, &mi, &sec) == 6) {
-            t = ymdhms2mjd(ymdhms(y, mo, d, h, mi, sec));
+        if (DateOf(previous, t)) {
             if (badLine == 0 && !fileEpoch.empty() && !(t - fileEpoch.back() > 0.0L))
                 badLine = lineNo, bad = "epochs are not in increasing time order";
         } else if (badLine == 0) {
@@ -279,11 +286,9 @@ void GNSSpClk::CheckFileEnd(std::istream& in, std::streamoff from, const mjd& la
         dateAt = lineAt;
     }
     if (dateAt < 0) return;
-    unsigned short y = 0, mo = 0, d = 0, h = 0, mi = 0;
-    long double sec = 0.0L;
-    if (std::sscanf(date.c_str(), "%hu %hu %hu %hu %hu %Lf", &y, &mo, &d, &h, &mi, &sec) != 6)
-        failAt(dateAt, "AS record date does not parse");
-    if (ymdhms2mjd(ymdhms(y, mo, d, h, mi, sec)) < last) failAt(dateAt, "epochs are not in increasing time order");
+    mjd t;
+    if (!DateOf(date, t)) failAt(dateAt, "AS record date does not parse");
+    if (t < last) failAt(dateAt, "epochs are not in increasing time order");
 }
 
 void GNSSpClk::ReadFileData()
