@@ -124,20 +124,23 @@ TropoSlots EpochTropoSlots(gCPosC& gc, mjd& t)
 void StoredDesignRow(const gCPosC& gc, long k, int sys, const TropoSlots& tropo,
                      long double (&b)[ProcStaticns::NSlots], long (&col)[ProcStaticns::NSlots])
 {
-    using ProcStaticns::NSlots;
-    // The entries as the adjustment forms them, operand for operand, so
-    // that they are its own to the bit.
-    const long cols[NSlots] = {gc.ixX, gc.ixY, gc.ixZ, gc.ixDTsys[sys], -1, -1, tropo.col[0], tropo.col[1],
-                               tropo.col[2], tropo.col[3], tropo.col[4], tropo.col[5]};
+    // A troposphere entry is the record's mapping value (negated) times the
+    // epoch's node weight, the product the adjustment's normals are made of.
     const long double mf = -gc.MFTROP(k);
     const long double mfN = tropo.col[2] >= 0 ? -gc.MFGRAD(k, 0) : 0.0L;
     const long double mfE = tropo.col[2] >= 0 ? -gc.MFGRAD(k, 1) : 0.0L;
-    const long double vals[NSlots] = {gc.mB(k, 0), gc.mB(k, 1), gc.mB(k, 2), -1.0L, -1.0L, -1.0L,
-                                      mf * tropo.factor[0], mf * tropo.factor[1], mfN * tropo.factor[2],
-                                      mfN * tropo.factor[3], mfE * tropo.factor[4], mfE * tropo.factor[5]};
-    for (int s = 0; s < NSlots; ++s) {
-        b[s] = vals[s];
-        col[s] = cols[s];
+    const long double mapping[6] = {mf, mf, mfN, mfN, mfE, mfE};
+    const long xyzCol[3] = {gc.ixX, gc.ixY, gc.ixZ};
+    for (int s = 0; s < 3; ++s) {
+        b[s] = gc.mB(k, s);
+        col[s] = xyzCol[s];
+    }
+    b[3] = b[4] = b[5] = -1.0L;
+    col[3] = gc.ixDTsys[sys];
+    col[4] = col[5] = -1;
+    for (int s = 0; s < 6; ++s) {
+        b[6 + s] = mapping[s] * tropo.factor[s];
+        col[6 + s] = tropo.col[s];
     }
 }
 
@@ -232,11 +235,10 @@ void ProcStatic(gCPosC& gc)
     const std::size_t rowGuess = static_cast<std::size_t>(nRec + NSlots * nEp);
     rowCol.reserve(rowGuess);
     rowVal.reserve(rowGuess);
-    long double B_OBS[NSlots] = {0.0L}, nodeFactor[NSlots];
+    long double nodeFactor[NSlots];
     long int B_OBS_I[NSlots];
     for (long int& s : B_OBS_I) s = -1;
     for (long double& s : nodeFactor) s = 1.0L;
-    B_OBS[3] = B_OBS[4] = B_OBS[5] = -1.0L;
     B_OBS_I[0] = gc.ixX;
     B_OBS_I[1] = gc.ixY;
     B_OBS_I[2] = gc.ixZ;
@@ -289,13 +291,10 @@ void ProcStatic(gCPosC& gc)
             if (gc.isPclk) gc.pclkM.SetEpochIndex(d.epoch(i), gc.pclkM.GetEpochIx());
 
             const TropoSlots tropo = EpochTropoSlots(gc, d.epoch(i));
-            const long double tropoValf = tropo.zenith, tropoValfN = tropo.north, tropoValfE = tropo.east;
             for (int s = 6; s < NSlots; ++s) {
                 B_OBS_I[s] = tropo.col[s - 6];
                 nodeFactor[s] = tropo.factor[s - 6];
             }
-            const long double dtTropo1 = nodeFactor[6], dtTropo2 = nodeFactor[7];
-            const long double dtTropoGrad1 = nodeFactor[8], dtTropoGrad2 = nodeFactor[9];
             sums.Begin(B_OBS_I, nodeFactor);
 
             for (long k = i1; k < i2; ++k) {
@@ -355,19 +354,25 @@ void ProcStatic(gCPosC& gc)
                 }
                 if (!SATisOK) continue;
 
+                // The record's values of the shared slots (direction
+                // cosines, system bias, mappings): their row entries are
+                // these times the epoch's node factors.
                 const xyz dPos = gc.RecPosFC - PosSat;
-                B_OBS[0] = -dPos.x / dist;
-                B_OBS[1] = -dPos.y / dist;
-                B_OBS[2] = -dPos.z / dist;
+                long double g[EpochNormals::NShared] = {-dPos.x / dist, -dPos.y / dist, -dPos.z / dist, -1.0L,
+                                                        -gc.MFTROP(k), 0.0L, 0.0L};
+                if (B_OBS_I[8] >= 0) {
+                    g[5] = -gc.MFGRAD(k, 0);
+                    g[6] = -gc.MFGRAD(k, 1);
+                }
 
                 // The tides not modelled have no array: zero, exactly.
                 const long double poleTide = gc.isPTide ? gc.PTIDE(k) : 0.0L;
                 const long double oceanTide = gc.isOTide ? gc.OTIDE(k) : 0.0L;
                 const long double RO = dist + gc.SETIDE(k) + poleTide + oceanTide + gc.REL2(k) -
                                        PosSat.dt * C_mps + RecClkErr;
-                long double TROP = gc.TROP(k) + gc.MFTROP(k) * tropoValf;
-                if (tropoValfN != 0.0L || tropoValfE != 0.0L)
-                    TROP += gc.MFGRAD(k, 0) * tropoValfN + gc.MFGRAD(k, 1) * tropoValfE;
+                long double TROP = gc.TROP(k) + gc.MFTROP(k) * tropo.zenith;
+                if (tropo.north != 0.0L || tropo.east != 0.0L)
+                    TROP += gc.MFGRAD(k, 0) * tropo.north + gc.MFGRAD(k, 1) * tropo.east;
 
                 if (gc.isPRCorr) {
                     gc.prcdDst(k) = dist;
@@ -379,29 +384,13 @@ void ProcStatic(gCPosC& gc)
                     gc.prcTid(k) = gc.SETIDE(k) + poleTide + oceanTide;
                 }
 
-                // The record's values of the shared slots: their row
-                // entries are these times the epoch's node factors.
-                long double g[EpochNormals::NShared] = {B_OBS[0], B_OBS[1], B_OBS[2], -1.0L,
-                                                        -gc.MFTROP(k), 0.0L, 0.0L};
-                if (B_OBS_I[6] >= 0) {
-                    B_OBS[6] = g[4] * dtTropo1;
-                    B_OBS[7] = g[4] * dtTropo2;
-                }
-                if (B_OBS_I[8] >= 0) {
-                    g[5] = -gc.MFGRAD(k, 0);
-                    g[6] = -gc.MFGRAD(k, 1);
-                    B_OBS[8] = g[5] * dtTropoGrad1;
-                    B_OBS[9] = g[5] * dtTropoGrad2;
-                    B_OBS[10] = g[6] * dtTropoGrad1;
-                    B_OBS[11] = g[6] * dtTropoGrad2;
-                }
                 long double pRec = 0.0L, pfRec = 0.0L;
 
                 if (storeRows) {
                     // The rest of the row follows from the epoch and the
                     // record's mapping values (StoredDesignRow).
                     long double* const rowB = &gc.mB(k, 0);
-                    for (int s = 0; s < 3; ++s) rowB[s] = B_OBS[s];
+                    for (int s = 0; s < 3; ++s) rowB[s] = g[s];
                 }
 
                 for (CodeType& ct : codes) {

@@ -125,8 +125,9 @@ public:
 private:
     LargePageArena()
     {
-        // Address space only: nothing is committed before it is taken.
-        constexpr std::size_t Want = std::size_t(1) << 40;
+        // Address space only: nothing is committed before it is taken. The
+        // largest block allowed fits.
+        constexpr std::size_t Want = largememoryns::MaxBlockBytes + largememoryns::HugePageBytes;
         void* p = mmap(nullptr, Want, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
         if (p == MAP_FAILED) return;
         const std::size_t a = reinterpret_cast<std::uintptr_t>(p);
