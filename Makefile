@@ -19,12 +19,37 @@ ORVO_EXAMPLE = -csGRE -r$(EX_OBS) -epSIMU1770.sp3 -ecSIMU1770.clk -gf$(EX_OBS).g
 # through sudo.
 APT_INSTALL = $(shell [ "$$(id -u)" = 0 ] || echo sudo) apt-get install -y
 
-.PHONY: all release run plots campaign test bench sanitize fuzz clean
+.PHONY: all train release run plots campaign test bench sanitize fuzz clean
 
 all: release
 
-release:
-	cmake -S . -B build/release -DCMAKE_BUILD_TYPE=Release -DORVO_TESTS=OFF >/dev/null
+# The released and the timed programs are compiled with counts of their own
+# runs, which guide inlining and code layout and change no result: a
+# counting build in build/train processes the example day and, when its data
+# are at hand, the real day of the benchmarks. The counts are taken afresh
+# every time; a file compiled without them (new, or not run) is optimised as
+# it would be without a profile.
+PROFILE_DIR = $(CURDIR)/build/train/profile
+EX = $(abspath $(EXAMPLE))
+REAL = $(abspath $(DATA))
+TRAIN_EXAMPLE = -csGRE -r$(EX)/$(EX_OBS) -ep$(EX)/SIMU1770.sp3 -ec$(EX)/SIMU1770.clk -gf$(EX)/$(EX_OBS).glnfc \
+	-lPc3,L3 -tmSAAST,NIELL -ti01:00:00 -tg -me5 -st -xSTA,KIN
+TRAIN_REAL = -csGRE -r$(REAL)/esbc1770.20o -ep$(REAL)/GRG0MGXFIN_20201770000_01D_15M_ORB.SP3 \
+	-ec$(REAL)/GRG0MGXFIN_20201770000_01D_30S_CLK.CLK -gf$(REAL)/esbc1770.20o.glnfc \
+	-lPc3,L3 -tmSAAST,NIELL -ti02:00:00 -tg -bt4 -xSTA,KIN
+
+train:
+	cmake -S . -B build/train -DCMAKE_BUILD_TYPE=Release -DORVO_TESTS=OFF -DORVO_PROFILE=generate \
+	  -DORVO_PROFILE_DIR=$(PROFILE_DIR) >/dev/null
+	cmake --build build/train -j $(JOBS) --target orvo orvo-simulate
+	@test -f $(EXAMPLE)/$(EX_OBS) || { mkdir -p $(EXAMPLE) && ./build/train/orvo-simulate -o$(EXAMPLE) $(SIM_ARGS); }
+	rm -rf $(PROFILE_DIR) build/train/run && mkdir -p build/train/run
+	cd build/train/run && $(CURDIR)/build/train/orvo $(TRAIN_EXAMPLE) > example.report
+	if [ -r $(REAL)/esbc1770.20o ]; then cd build/train/run && $(CURDIR)/build/train/orvo $(TRAIN_REAL) > real.report; fi
+
+release: train
+	cmake -S . -B build/release -DCMAKE_BUILD_TYPE=Release -DORVO_TESTS=OFF -DORVO_PROFILE=use \
+	  -DORVO_PROFILE_DIR=$(PROFILE_DIR) >/dev/null
 	cmake --build build/release -j $(JOBS) --target orvo orvo-simulate
 
 run: release
@@ -77,8 +102,9 @@ test:
 	cmake --build build/test -j $(JOBS)
 	cd build/test && ctest --output-on-failure -j $(JOBS)
 
-bench:
-	cmake -S . -B build/bench -DCMAKE_BUILD_TYPE=Release -DORVO_TESTS=OFF -DORVO_BENCH=ON >/dev/null
+bench: train
+	cmake -S . -B build/bench -DCMAKE_BUILD_TYPE=Release -DORVO_TESTS=OFF -DORVO_BENCH=ON -DORVO_PROFILE=use \
+	  -DORVO_PROFILE_DIR=$(PROFILE_DIR) >/dev/null
 	cmake --build build/bench -j $(JOBS) --target orvo orvo_bench
 	./build/bench/orvo_bench
 	./bench/whole_day.sh build/bench/orvo $(DATA)

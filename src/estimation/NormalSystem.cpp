@@ -4,7 +4,9 @@
 #include <cmath>
 #include <vector>
 
-EpochNormals::EpochNormals(long nUnk) : nUnk_(nUnk > 0 ? nUnk : 0), row21_(static_cast<std::size_t>(nUnk_), 0.0L)
+EpochNormals::EpochNormals(long nUnk)
+    : nUnk_(nUnk > 0 ? nUnk : 0), row21_(static_cast<std::size_t>(nUnk_), 0.0L),
+      placeOf_(static_cast<std::size_t>(nUnk_), -1)
 {
     for (int s = 0; s < NSharedSlots; ++s) col_[s] = -1, factor_[s] = 0.0L;
     for (int y = 0; y < NSys; ++y) sysCol_[y] = -1, sysUsed_[y] = false;
@@ -36,6 +38,24 @@ void EpochNormals::Begin(const long* iB, const long double* factor)
     n22_ = t2_ = 0.0L;
 }
 
+namespace {
+
+// Sums over the records h of (p g_a) g_b for the NB values b0... of b, each
+// in the records' order, as a running sum would take them; NB sums at once
+// share the loads of a record and the product p g_a, and stay in registers.
+template <class Held, int NB>
+void SumProducts(const std::vector<Held>& h, int a, int b0, long double* out)
+{
+    long double s[NB] = {};
+    for (const Held& r : h) {
+        const long double pa = r.p * r.g[a];
+        for (int m = 0; m < NB; ++m) s[m] += pa * r.g[b0 + m];
+    }
+    for (int m = 0; m < NB; ++m) out[m] = s[m];
+}
+
+}  // namespace
+
 void EpochNormals::SumHeld(int sys)
 {
     // The records in the order they came, as a running sum would take them,
@@ -50,10 +70,14 @@ void EpochNormals::SumHeld(int sys)
         }
         pg_[sys][a] = spg;
         pfg_[sys][a] = spfg;
-        for (int b = a; b < NShared; ++b) {
-            long double sgg = 0.0L;
-            for (const Held& r : h) sgg += (r.p * r.g[a]) * r.g[b];
-            gg_[sys][a][b] = sgg;
+        long double* const row = gg_[sys][a];
+        int b = a;
+        for (; b + 4 <= NShared; b += 4) SumProducts<Held, 4>(h, a, b, row + b);
+        switch (NShared - b) {
+        case 3: SumProducts<Held, 3>(h, a, b, row + b); break;
+        case 2: SumProducts<Held, 2>(h, a, b, row + b); break;
+        case 1: SumProducts<Held, 1>(h, a, b, row + b); break;
+        default: break;
         }
     }
 }
@@ -138,14 +162,65 @@ void EpochNormals::End(matrix<long double>& N, matrix<long double>& t, matrix<lo
             row21[i] = 0.0L;
         }
     if (!reduce) return;
-    const std::size_t last = cols.size();
-    for (std::size_t ii = first; ii < last; ++ii) {
-        const long i = cols[ii];
-        const long double a = vals[ii] / n22_;
-        tt.v[i] += t2_ * a;
-        long double* const rowN = Nt.v + Nt.c * i;
-        for (std::size_t jj = ii; jj < last; ++jj) rowN[cols[jj]] += vals[jj] * a;
+    Pending& p = pend_[nPend_++];
+    p.n22 = n22_;
+    p.t2 = t2_;
+    p.first = pendCol_.size();
+    pendCol_.insert(pendCol_.end(), cols.begin() + static_cast<std::ptrdiff_t>(first), cols.end());
+    pendVal_.insert(pendVal_.end(), vals.begin() + static_cast<std::ptrdiff_t>(first), vals.end());
+    p.last = pendCol_.size();
+    if (nPend_ == PendingEpochs) Finish(Nt, tt);
+}
+
+void EpochNormals::Finish(matrix<long double>& Nt, matrix<long double>& tt)
+{
+    if (nPend_ == 0) return;
+    CheckSystem(Nt, tt);
+    // The epochs held share most of their columns (the coordinates, delay
+    // nodes and the arcs in view): each element of Nt is loaded once, takes
+    // the terms of all the epochs in their order, and is stored once, where
+    // adding epoch by epoch stored every element of every epoch in the
+    // extended format. An epoch without the column adds a zero product,
+    // which leaves every non-zero sum as it was.
+    const int np = nPend_;
+    union_.clear();
+    for (const long c : pendCol_)
+        if (placeOf_[static_cast<std::size_t>(c)] < 0) {
+            placeOf_[static_cast<std::size_t>(c)] = 0;
+            union_.push_back(c);
+        }
+    std::sort(union_.begin(), union_.end());
+    const std::size_t nu = union_.size();
+    for (std::size_t u = 0; u < nu; ++u) placeOf_[static_cast<std::size_t>(union_[u])] = static_cast<long>(u);
+    val_.assign(nu * PendingEpochs, 0.0L);
+    scaled_.assign(nu * PendingEpochs, 0.0L);
+    for (int e = 0; e < np; ++e) {
+        const Pending& p = pend_[e];
+        for (std::size_t q = p.first; q < p.last; ++q) {
+            const std::size_t at = static_cast<std::size_t>(placeOf_[static_cast<std::size_t>(pendCol_[q])]) *
+                                       PendingEpochs + static_cast<std::size_t>(e);
+            val_[at] = pendVal_[q];
+            scaled_[at] = pendVal_[q] / p.n22;
+        }
     }
+    for (std::size_t u = 0; u < nu; ++u) {
+        const long i = union_[u];
+        const long double* const a = &scaled_[u * PendingEpochs];
+        long double s = tt.v[i];
+        for (int e = 0; e < np; ++e) s += pend_[e].t2 * a[e];
+        tt.v[i] = s;
+        long double* const rowN = Nt.v + Nt.c * i;
+        for (std::size_t w = u; w < nu; ++w) {
+            const long double* const v = &val_[w * PendingEpochs];
+            long double sum = rowN[union_[w]];
+            for (int e = 0; e < np; ++e) sum += v[e] * a[e];
+            rowN[union_[w]] = sum;
+        }
+    }
+    for (const long c : union_) placeOf_[static_cast<std::size_t>(c)] = -1;
+    pendCol_.clear();
+    pendVal_.clear();
+    nPend_ = 0;
 }
 
 void GetIndexSatDCB(short& prn, matrix<short>& prnList, matrix<long>& ixbSAT, long& nsat,

@@ -83,9 +83,18 @@ public:
     /// and t2 N21 / N22, to Nt and tt, the latter only when the summed
     /// weight N22 exceeds ProcStaticns::ElimMinWeight. Gives N22 and t2 and
     /// appends the clock row's non-zero columns and values to cols and vals.
+    /// The reduction terms of up to PendingEpochs epochs are held back and
+    /// added together: Nt and tt are complete after Finish.
     void End(matrix<long double>& N, matrix<long double>& t, matrix<long double>& Nt,
              matrix<long double>& tt, long double& n22, long double& t2, LargeVector<long>& cols,
              LargeVector<long double>& vals);
+
+    /// Adds the reduction terms held back to Nt and tt, which must be those
+    /// given to End.
+    void Finish(matrix<long double>& Nt, matrix<long double>& tt);
+
+    /// Epochs whose reduction terms End holds back at most.
+    static constexpr int PendingEpochs = 16;
 
 private:
     // Slots of a design row that take record values, and which value each.
@@ -118,6 +127,22 @@ private:
     void SumHeld(int sys);
     long double n22_, t2_;
     std::vector<long double> row21_;
+
+    // Reduction terms held back: per epoch its summed weight, t2 and the
+    // range of its clock row in pendCol_ and pendVal_.
+    struct Pending {
+        long double n22, t2;
+        std::size_t first, last;
+    };
+    Pending pend_[PendingEpochs];
+    int nPend_ = 0;
+    std::vector<long> pendCol_;
+    std::vector<long double> pendVal_;
+    // The columns of the epochs held, ascending, each one's place among
+    // them (-1 for none), and per place the epochs' row values and values
+    // divided by N22, zero where an epoch has no such column.
+    std::vector<long> union_, placeOf_;
+    std::vector<long double> val_, scaled_;
 };
 
 /// Code bias column of satellite prn: walks the first nsat entries of

@@ -8,7 +8,7 @@
 using namespace esttest;
 
 // Exact made-up data of unit-sized coefficients: both routes solve the
-// same well-conditioned 8 + 4 unknown problem in long double, where
+// same well-conditioned 8 + 21 unknown problem in long double, where
 // round-off stays near 1e-15; 1e-9 leaves room without hiding a wrong term.
 constexpr long double SolveTol = 1e-9L;
 
@@ -17,13 +17,16 @@ constexpr long double SolveTol = 1e-9L;
 // the shared block and spread with the epoch's node factors, against the
 // full system with the clocks as explicit unknowns. Odd epochs also put a
 // gradient slot on coordinate column 0, so that a column met twice takes
-// its cross term twice.
+// its cross term twice. More epochs than the reduction holds back, and not
+// a multiple of them: the terms are added both when the block is full and
+// at its end.
 TEST(NormalSystem, PreEliminatedClocksGiveTheDirectSolution)
 {
     using ProcStaticns::NSlots;
-    const long nUnk = 8, nEp = 4;
+    const long nUnk = 8, nEp = EpochNormals::PendingEpochs + 5;
     const long double xTrue[nUnk] = {0.8L, -1.3L, 2.1L, 0.25L, -0.6L, 0.4L, 1.7L, -0.9L};
-    const long double cTrue[nEp] = {3.0L, -2.0L, 0.5L, 7.0L};
+    long double cTrue[nEp];
+    for (long e = 0; e < nEp; ++e) cTrue[e] = 3.0L - 1.25L * static_cast<long double>(e % 7);
     unsigned long long lcg = 12345;  // deterministic values in [-1, 1)
     auto next = [&lcg] {
         lcg = lcg * 6364136223846793005ULL + 1442695040888963407ULL;
@@ -42,7 +45,7 @@ TEST(NormalSystem, PreEliminatedClocksGiveTheDirectSolution)
         long double factor[NSlots];
         for (int s = 0; s < NSlots; ++s) iB[s] = -1, factor[s] = 1.0L;
         iB[0] = 0, iB[1] = 1, iB[2] = 2, iB[6] = 4, iB[7] = 5;
-        factor[6] = 0.25L * static_cast<long double>(e + 1), factor[7] = 1.0L - factor[6];
+        factor[6] = static_cast<long double>(e + 1) / static_cast<long double>(nEp + 1), factor[7] = 1.0L - factor[6];
         if (e % 2 == 1) iB[11] = 0, factor[11] = 0.5L;
         sums.Begin(iB, factor);
         for (int r = 0; r < 6; ++r) {
@@ -73,6 +76,7 @@ TEST(NormalSystem, PreEliminatedClocksGiveTheDirectSolution)
         sums.End(Nc, tc, Nt, tt, N22(e), t2(e), rowCol, rowVal);
         rowStart.push_back(static_cast<long>(rowCol.size()));
     }
+    sums.Finish(Nt, tt);
     matrix<long double> Nr(nUnk, nUnk), tr(nUnk, 1);
     for (long i = 0; i < nUnk; ++i) {
         tr(i) = tc(i) - tt(i);
