@@ -65,7 +65,6 @@ void ReleasePreprocessingStore(gCPosC& gpos)
     Release({&d.PC1, &d.L4, &d.MW, &d.PC4, &d.PP4, &d.CL1, &d.CLI, &d.C2, &d.C3R, &d.C5, &d.C6, &d.C7, &d.C8, &d.L1,
              &d.L2, &d.L3R, &d.L5, &d.L6, &d.L7, &d.L8});
     Release({&gpos.SAT_POS});
-    Release({&gpos.SAT_DIST});
 }
 
 void PrepareObservations(gCPosC& gpos)

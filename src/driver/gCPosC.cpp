@@ -116,3 +116,9 @@ gCPosC::gCPosC(RINEXHeader& rnxhIn, RINEXData& rnxdIn, RINEX& rnxIn)
 
     NXcrd = NUnkDCB = NUnk = NClk = NUnkUndef = 0;
 }
+
+xyzt gCPosC::SatellitePosition(long k) const
+{
+    if (k >= 0 && k < savedSat.NRow() && savedSat(k).saved) return GNSSpEph::SolvedPosition(savedSat(k).state);
+    return SAT_POS(k);
+}

@@ -177,6 +177,13 @@ public:
         using ZeroBytesDefault = void;
     };
     matrix<SavedSatellite> savedSat;
+    /// Position and clock (relativity term off) at emission of record k's
+    /// satellite as the preprocessing found them: from the record's saved
+    /// light-time solution (precise orbits), else from SAT_POS (navigation
+    /// files). Read only before the adjustment, which renews the solutions.
+    xyzt SatellitePosition(long k) const;
+    /// True when SatellitePosition answers for the first n records.
+    bool HasSatellitePositions(long n) const { return savedSat.NRow() >= n || SAT_POS.NRow() >= n; }
 
     matrix<long double> dcbC1, dcbP1, dcbP2, dcbPc3, dcbPp3;
     matrix<long int> ixdcbC1, ixdcbP1, ixdcbP2, ixdcbPc3, ixdcbPp3;
@@ -198,7 +205,7 @@ public:
     matrix<long int> ixAmb;
 
     matrix<long double> TROP, MFTROP, MFGRAD, ION, SETIDE, PTIDE, OTIDE, ELV, AZM,
-        WGHT, REL2, SAT_DIST;
+        WGHT, REL2;
     matrix<xyzt> SAT_POS;
     matrix<bool> OKSAT;
     matrix<xyz> posSunUnit;

@@ -30,11 +30,14 @@ namespace {
 // A saved light-time solution is moved, not interpolated again, while the
 // receiver clock has changed by less than this: over 10 µs the move misses a
 // fresh interpolation by less than 1e-10 m in range and 1e-6 m in the orbit
-// file's clock (drifts up to 3e-10 s/s were seen). Beyond it (a first
-// solution made without the receiver clock, a clock reset) the satellite is
-// interpolated afresh: a 0.5 ms shift left 4e-8 m, enough to tip one
-// residual of a day across the outlier threshold.
+// file's clock, which it keeps (drifts up to 3e-10 s/s were seen).
 constexpr long double MaxStateShift_s = 1e-5L;
+// The same where the clock file gives the clock, and the move only carries
+// the orbit: over 2 ms it misses by less than 1e-9 m, so the solutions of the
+// preprocessing, made without the receiver clock (a receiver keeps it within
+// a millisecond), start the first iteration. A clock standing off further
+// (no steering, a reset) has the satellite interpolated afresh.
+constexpr long double MaxMovedShift_s = 2e-3L;
 
 // One code observation type as it enters the adjustment.
 struct CodeType {
@@ -326,10 +329,18 @@ void ProcStatic(gCPosC& gc)
                 if (BroadcastSatellite(gc, satprn, CalcEph, PosSat, dist, Relativity, healthy)) {
                     SATisOK = healthy && dist > 0.0L;
                 } else if (gc.isPEph) {
+                    // The clock file overrules the orbit file's clock, which
+                    // stands where the clock file has no value.
+                    long double DtPrecise = 0.0L;
+                    bool fileClock = false;
+                    if (gc.isPclk) {
+                        gc.pclkM.GetSatelliteClock(satprn, CalcEph, DtPrecise);
+                        fileClock = gc.pclkM.DTisOK;
+                    }
                     // Sized to the record store above: k is always a row of it.
                     gCPosC::SavedSatellite& saved = gc.savedSat(k);
                     const long double shift = (saved.recClk - RecClkErr) / C_mps;
-                    if (saved.saved && std::fabs(shift) < MaxStateShift_s) {
+                    if (saved.saved && std::fabs(shift) < (fileClock ? MaxMovedShift_s : MaxStateShift_s)) {
                         dist = gc.pephM.MovedSatPosition(saved.state, shift, gc.RecPosFC, PosSat);
                         gc.pephM.PSisOK = true;
                         gc.pephM.DTisOK = saved.clockOK;
@@ -340,15 +351,9 @@ void ProcStatic(gCPosC& gc)
                             saved = {gc.pephM.LastState(), RecClkErr, true, gc.pephM.DTisOK};
                     }
                     Relativity = gc.pephM.Relativity;
-                    if (gc.isPclk) {
-                        // The clock file overrules the orbit file's clock,
-                        // which stands where the clock file has no value.
-                        long double DtPrecise = 0.0L;
-                        gc.pclkM.GetSatelliteClock(satprn, CalcEph, DtPrecise);
-                        if (gc.pclkM.DTisOK) {
-                            gc.pephM.DTisOK = true;
-                            PosSat.dt = DtPrecise - gc.pephM.Relativity;
-                        }
+                    if (fileClock) {
+                        gc.pephM.DTisOK = true;
+                        PosSat.dt = DtPrecise - gc.pephM.Relativity;
                     }
                     SATisOK = gc.OKSAT(k) && gc.pephM.PSisOK && gc.pephM.DTisOK && dist > 0.0L;
                 }

@@ -636,6 +636,13 @@ long double GNSSpEph::CarriedLightTime(const LightTimeState& s, const xyz& acc, 
     return dist;
 }
 
+xyzt GNSSpEph::SolvedPosition(const LightTimeState& s)
+{
+    xyzt p = s.pos;
+    p.dt -= RelativityTerm(s.pos, s.vel);
+    return p;
+}
+
 long double GNSSpEph::MovedSatPosition(const LightTimeState& s, long double shift_s, const xyz& prec,
                                        xyzt& psat)
 {
@@ -643,11 +650,15 @@ long double GNSSpEph::MovedSatPosition(const LightTimeState& s, long double shif
     // one or two steps, since the flight time changes by nanoseconds.
     long double tau = s.tau;
     bool converged = false;
-    const long double dist = CarriedLightTime(s, EarthFixedAcceleration(s), shift_s, prec, psat, tau, converged);
+    const xyz acc = EarthFixedAcceleration(s);
+    const long double dist = CarriedLightTime(s, acc, shift_s, prec, psat, tau, converged);
     // The clock keeps its saved value; the caller bounds the shift, since
-    // the orbit files' clocks drift by up to 3e-10 s/s.
+    // the orbit files' clocks drift by up to 3e-10 s/s. The velocity is
+    // carried as well: left as saved, it would move the relativity term by
+    // v²·shift·2/c², 0.05 mm over the 0.5 ms a receiver clock may stand off.
     psat.dt = s.pos.dt;
-    Relativity = RelativityTerm(psat, s.vel);
+    const long double dt = shift_s - (tau - s.tau);
+    Relativity = RelativityTerm(psat, xyz(s.vel.x + acc.x * dt, s.vel.y + acc.y * dt, s.vel.z + acc.z * dt));
     psat.dt -= Relativity;
     return dist;
 }

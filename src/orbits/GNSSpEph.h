@@ -155,15 +155,19 @@ public:
     };
     /// The state of the last successful CalcSatPosition with a receiver.
     LightTimeState LastState() const { return {lastTau, lastPos, lastVel}; }
+    /// The satellite of a saved solution as CalcSatPosition gave it:
+    /// position at emission, clock with the relativity term taken off.
+    static xyzt SolvedPosition(const LightTimeState& s);
 
     /// The light-time solution of CalcSatPosition for the same record after
-    /// its reception epoch moved by shift_s (s, a few microseconds at most)
-    /// and the receiver to prec: the satellite carried along its saved
-    /// velocity and Earth-fixed acceleration over the change of emission time.
-    /// Over a millisecond the neglected acceleration (J2 and the third
-    /// bodies, < 1e-3 m/s²) moves it by less than 1e-9 m, so the distance
+    /// its reception epoch moved by shift_s (s, a millisecond at most) and
+    /// the receiver to prec: the satellite and its velocity carried along
+    /// the Earth-fixed acceleration over the change of emission time. Over a
+    /// millisecond the neglected acceleration (J2 and the third bodies,
+    /// < 1e-3 m/s²) moves it by less than 1e-9 m, so the distance
     /// (returned, m), psat and Relativity agree with a fresh interpolation
-    /// to round-off; no file is touched.
+    /// to round-off; no file is touched. The clock psat.dt keeps its saved
+    /// value.
     long double MovedSatPosition(const LightTimeState& s, long double shift_s, const xyz& prec,
                                  xyzt& psat);
 

@@ -162,11 +162,11 @@ void CorrectSatellites(gCPosC& gc)
         for (long j = 0; j < d.nsat(i); ++j, ++k) {
             const short sat = d.sat(k);
             const SatSystem sys = SystemOf(sat);
-            if (gc.SAT_DIST(k) < ns::MinSatDistance_m || !HasGeometry(gc, k)
-                || !gc.UsesSystem(sat))
-                continue;
-            const long double nadir_deg =
-                std::asin(trig::Cos(gc.ELV(k)) * gc.RecMag / gc.SAT_DIST(k)) * Rad2Deg;
+            if (!gc.OKSAT(k) || !HasGeometry(gc, k) || !gc.UsesSystem(sat)) continue;
+            const xyzt satPos = gc.SatellitePosition(k);
+            const long double satDist = satPos.GetLength();
+            if (satDist < ns::MinSatDistance_m) continue;
+            const long double nadir_deg = std::asin(trig::Cos(gc.ELV(k)) * gc.RecMag / satDist) * Rad2Deg;
             const bool reported = missing.count(sat) > 0;
             if (reported) antexns::PrintWarns = 0;
             const bool found = gc.atx.SetSatellite(sat, eph);
@@ -181,10 +181,10 @@ void CorrectSatellites(gCPosC& gc)
             neu off;
             if (!OffsetFromNavigation(gc, sys)) gc.atx.GetAntennaOffset(off, static_cast<short>(c1));
             xyz satX, satY, satZ;
-            GNSSSatBasis(satX, satY, satZ, gc.SAT_POS(k), posSun);
+            GNSSSatBasis(satX, satY, satZ, satPos, posSun);
             // The three values of a satellite record are body-frame x, y, z.
             const xyz dPosSat = satX * off.n + satY * off.e + satZ * off.u;
-            const xyz satRec = (gc.RecPosFC - gc.SAT_POS(k)).GetUnitVector(1.0L);
+            const xyz satRec = (gc.RecPosFC - satPos).GetUnitVector(1.0L);
             const long double proj = satRec * dPosSat;
             ShiftRecord(gc, k, sat, proj - pcv.v[c1], proj - pcv.v[c1 + 1]);
         }
@@ -200,8 +200,8 @@ void ApplyATXVal(gCPosC& gc)
     if (!gc.isAtx) return;
     ProgramSubSubTitle("ANTENNA PHASE CENTER PARAMETERS (OFFSET, VARIATIONS):", 0);
     const long n = gc.rnxd.GetNObs();
-    if (gc.ELV.NRow() < n || gc.AZM.NRow() < n || gc.SAT_DIST.NRow() < n
-        || gc.SAT_POS.NRow() < n || gc.posSunUnit.NRow() < gc.rnxd.GetNEpoch()
+    if (gc.ELV.NRow() < n || gc.AZM.NRow() < n || gc.OKSAT.NRow() < n
+        || !gc.HasSatellitePositions(n) || gc.posSunUnit.NRow() < gc.rnxd.GetNEpoch()
         || gc.SunMag.NRow() < gc.rnxd.GetNEpoch())
         ProgramError(Prog, "ANTENNA CORRECTION: OBSERVATION CORRECTIONS NOT SET FOR ALL OBSERVATIONS!");
     CorrectReceiver(gc);

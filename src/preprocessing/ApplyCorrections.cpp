@@ -43,8 +43,14 @@ void SizeArrays(gCPosC& gc)
     const long n = gc.rnxd.GetNObs();
     const long ne = gc.rnxd.GetNEpoch();
     gc.ELV.Resize(n, 1, 0.0L);
-    // The adjustment saves its light-time solutions afresh for these records.
+    // The light-time solutions of the precise orbits start the adjustment,
+    // which moves them to its receiver clock rather than interpolate the
+    // orbits again, and give the satellite positions until then; fresh
+    // storage holds nothing saved. The positions of the navigation files
+    // have their own array, which a run on precise orbits alone does
+    // without (8 MB a day).
     gc.savedSat.Resize(0);
+    if (gc.isPEph) gc.savedSat.Resize(n);
     gc.AZM.Resize(n, 1, 0.0L);
     gc.WGHT.Resize(n, 1, 1.0L);
     gc.SETIDE.Resize(n, 1, 0.0L);
@@ -57,8 +63,8 @@ void SizeArrays(gCPosC& gc)
     gc.MFGRAD.Resize(n, 2, 0.0L);
     gc.ION.Resize(n, 1, 0.0L);
     gc.REL2.Resize(n, 1, 0.0L);
-    gc.SAT_DIST.Resize(n, 1, 0.0L);
-    gc.SAT_POS.Resize(n, 1, xyzt());
+    const bool navigation = gc.isGPSnav || gc.isGLNnav || gc.isGALnav || !gc.isPEph;
+    gc.SAT_POS.Resize(navigation ? n : 0, 1, xyzt());
     gc.OKSAT.Resize(n, 1, false);
     gc.posSunUnit.Resize(ne, 1, xyz());
     gc.SunMag.Resize(ne, 1, 0.0L);
@@ -76,10 +82,11 @@ struct PreciseRefusals {
 };
 
 // Satellite position and clock at transmission for a signal received at
-// calcEph; true when both the orbit and a clock exist. A record refused for
-// want of either is counted in refused.
-bool PreciseSatellite(gCPosC& gc, short prn, mjd& calcEph, xyzt& posSat, long double& dist,
-                      PreciseRefusals& refused, LightTimeHints& hints)
+// calcEph with the receiver clock recClk (m); true when both the orbit and a
+// clock exist. A record refused for want of either is counted in refused; a
+// record with an orbit keeps its light-time solution as record k.
+bool PreciseSatellite(gCPosC& gc, long k, short prn, mjd& calcEph, long double recClk, xyzt& posSat,
+                      long double& dist, PreciseRefusals& refused, LightTimeHints& hints)
 {
     if (!gc.isPEph) return false;
     xyz rec = gc.RecPosFC;
@@ -91,6 +98,7 @@ bool PreciseSatellite(gCPosC& gc, short prn, mjd& calcEph, xyzt& posSat, long do
         return false;
     }
     bool clockOK = gc.pephM.DTisOK;
+    gc.savedSat(k) = {gc.pephM.LastState(), recClk, true, clockOK};
     if (gc.isPclk) {
         // Only the existence of the clock is asked here; the estimator reads
         // its value again at its own epoch. Where the clock file has none
@@ -414,7 +422,8 @@ void CalculateAE(gCPosC& gc)
             }
         }
         mjd calcEph = d.epoch(i);
-        if (gc.isClkErr) calcEph += -gc.clkerr.GetClkErr(i);
+        const long double recClk_s = gc.isClkErr ? gc.clkerr.GetClkErr(i) : 0.0L;
+        if (gc.isClkErr) calcEph += -recClk_s;
         // The clock test must look at the nodes around this epoch, not at
         // those the index last stood on.
         if (gc.isPclk) {
@@ -455,9 +464,9 @@ void CalculateAE(gCPosC& gc)
             bool healthy = false;
             const bool ok = BroadcastSatellite(gc, prn, calcEph, posSat, dist, relativity, healthy)
                                 ? healthy
-                                : PreciseSatellite(gc, prn, calcEph, posSat, dist, refused, hints);
+                                : PreciseSatellite(gc, k, prn, calcEph, recClk_s * SpeedOfLight_mps, posSat,
+                                                   dist, refused, hints);
             gc.OKSAT(k) = ok;
-            gc.SAT_DIST(k) = 0.0L;
             if (!ok) {
                 gc.ELV(k) = gc.AZM(k) = 0.0L;
                 continue;
@@ -467,8 +476,7 @@ void CalculateAE(gCPosC& gc)
             gc.ELV(k) = dir.E;
             gc.AZM(k) = dir.A;
             const long double satDist = posSat.GetLength();
-            gc.SAT_DIST(k) = satDist;
-            gc.SAT_POS(k) = posSat;
+            if (k < gc.SAT_POS.NRow()) gc.SAT_POS(k) = posSat;
 
             if (gc.isSkyPlot)
                 sky << d.epoch(i) << std::setw(6) << prn << std::setprecision(2) << std::setw(8)

@@ -38,7 +38,7 @@ void SetGlonassFrequency(gCPosC& gc);
 /// receiver clock (isClkErr): the satellite position and clock at
 /// transmission from the precise orbits (light time, Earth rotation),
 /// whether orbit and clock exist (OKSAT), elevation and azimuth (rad) on
-/// the system's ellipsoid, the geocentric satellite distance SAT_DIST (m),
+/// the system's ellipsoid,
 /// the relativistic path term REL2 = 2GM/c^2 ln((rs + rr + d)/(rs + rr - d))
 /// (m), the weight sin^2(E) with obsP COSZ, and with isTrpModel the slant
 /// troposphere (dry only when the wet delay is estimated), the wet mapping

@@ -61,7 +61,7 @@ void GetEclipsing(gCPosC& gc)
             const long k = r.k;
             if (!gc.OKSAT(k)) continue;
             const xyz sun = gc.posSunUnit(r.epoch) * gc.SunMag(r.epoch);
-            if (!(SunEarthAngle(gc.SAT_POS(k), sun) < gc.satEclipsThres)) continue;
+            if (!(SunEarthAngle(gc.SatellitePosition(k), sun) < gc.satEclipsThres)) continue;
             Clear(d.L1, h.HasL1(), k);
             if (galileo)
                 Clear(d.L7, h.HasL7(), k);

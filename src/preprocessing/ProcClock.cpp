@@ -36,7 +36,7 @@ void PrintDate(const mjd& t)
 void CheckArrays(const gCPosC& gc)
 {
     const long n = gc.rnxd.GetNObs();
-    if (gc.OKSAT.NRow() < n || gc.ELV.NRow() < n || gc.SAT_POS.NRow() < n)
+    if (gc.OKSAT.NRow() < n || gc.ELV.NRow() < n || !gc.HasSatellitePositions(n))
         ProgramError("Orvo", "A-PRIORI CLOCK: OBSERVATION CORRECTIONS NOT SET FOR ALL "
                              "OBSERVATIONS!");
     const RINEXHeader& h = gc.rnxh;
@@ -100,7 +100,7 @@ void ProcClock(gCPosC& gc)
         long n = 0;
         for (long j = 0; j < d.nsat(i); ++j, ++k) {
             if (!gc.OKSAT(k)) continue;
-            const xyzt& PosSat = gc.SAT_POS(k);
+            const xyzt PosSat = gc.SatellitePosition(k);
             xyz los = PosSat;
             los -= gc.RecPosFC;
             const long double dist = los.GetLength();

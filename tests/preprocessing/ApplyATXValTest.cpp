@@ -69,7 +69,8 @@ TEST(ApplyATXVal, CodeAndPhaseMoveByTheProjectedOffsetsAndVariations) {
             const short sat = b.sat(k);
             if (!g.OKSAT(k) || sat > 200) continue;
             seen.insert(sat);
-            const V3 sp{g.SAT_POS(k).x, g.SAT_POS(k).y, g.SAT_POS(k).z}, los = Sub(rec, sp);
+            const xyzt at = g.SatellitePosition(k);
+            const V3 sp{at.x, at.y, at.z}, los = Sub(rec, sp);
             // Nadir angle at the satellite between the geocentre and the
             // receiver; elevation against the receiver's normal.
             const long double cosNadir = -Dot(los, sp) / (Norm(los) * Norm(sp)), sinE = -Dot(los, Enu(rec)[2]) / Norm(los);

@@ -54,7 +54,7 @@ TEST(GetEclipsing, RealDayClearsPhaseWhereAnIndependentSunPutsTheLimit) {
         const SimVec s = SunEarthFixed(day, d.epoch(i).GetSecond());
         for (long j = 0; j < d.nsat(i); ++j, ++k) {
             if (!g.OKSAT(k)) continue;
-            const xyz& p = g.SAT_POS(k);
+            const xyz p = g.SatellitePosition(k);
             const long double a = SunEarthAngle(p, xyz(s.x, s.y, s.z));
             const bool gone = !l1[k].IsNull() && d.L1(k).IsNull();
             if (gone) ++cleared[d.sat(k)];

@@ -123,9 +123,9 @@ TEST(PhaseWindUp, RealDayFollowsTheSatellitesAndLowersTheL3Scatter) {
             last = w;
             haveLast = true;
             const xyz sun = g.posSunUnit(r.epoch) * g.SunMag(r.epoch);
-            if (SunEarthAngle(g.SAT_POS(k), sun) < 15.0L * Pi / 180.0L) continue;
+            if (SunEarthAngle(g.SatellitePosition(k), sun) < 15.0L * Pi / 180.0L) continue;
             const SimVec simSun = SunEarthFixed(day, with.rnxd.epoch(r.epoch).GetSecond());
-            const long double ref = WindUpCycles(ToSim(g.SAT_POS(k)), ToSim(g.RecPosFC), lat, lon, simSun);
+            const long double ref = WindUpCycles(ToSim(g.SatellitePosition(k)), ToSim(g.RecPosFC), lat, lon, simSun);
             EXPECT_LT(std::fabs(Wrapped(w - ref)), SunModels_cyc) << SatName(sat) << " epoch " << r.epoch;
             ++compared;
         }
