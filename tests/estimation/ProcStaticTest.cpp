@@ -38,6 +38,30 @@ long LineOf(const std::vector<std::string>& lines, const std::string& start)
     return -1;
 }
 
+// Swaps the orbit file's clocks of the GPS codes generated for the clock
+// file's, so that only the clock file route reproduces them.
+void UseClockFileClocks(Context& ctx, const Truth& tr)
+{
+    gCPosC& gc = ctx.gc;
+    RINEXData& d = ctx.rnxd;
+    for (long k = 0, i = 0; i < d.nepochall; ++i) {
+        mjd tTrue = d.epoch(i);
+        tTrue += -tr.Clock(i) / C;
+        gc.pclkM.SetEpochIndex(tTrue);
+        for (long j = 0; j < d.nsat(i); ++j, ++k) {
+            if (d.sat(k) > 200) continue;
+            mjd te = tTrue;
+            te += -Observe(gc, d.sat(k), tTrue, tr.station).rho / C;
+            long double clk = 0.0L;
+            gc.pclkM.GetSatelliteClock(d.sat(k), te, clk);
+            ASSERT_TRUE(gc.pclkM.DTisOK);
+            xyzt ps, vs;  // satClk = orbit clock + relativity; swap in the file's clock
+            gc.pephM.CalcSatPosition(static_cast<unsigned short>(d.sat(k)), te, ps, vs);
+            d.PC3(k) = d.PC3(k).obs + C * ps.dt - C * clk;
+        }
+    }
+}
+
 }  // namespace
 
 TEST(ProcStatic, NoiseFreeCodeReturnsStationAndClocksAndRejectsABlunder)
@@ -185,25 +209,9 @@ TEST(ProcStatic, ClockFileOverrulesOrbitClockAndAConstellationBelowCutOffIsLeftO
     Generate(ctx, true, 12, 900.0L, tr, true);
     gCPosC& gc = ctx.gc;
     RINEXData& d = ctx.rnxd;
-    for (long k = 0, i = 0; i < d.nepochall; ++i) {
-        mjd tTrue = d.epoch(i);
-        tTrue += -tr.Clock(i) / C;
-        gc.pclkM.SetEpochIndex(tTrue);
-        for (long j = 0; j < d.nsat(i); ++j, ++k) {
-            if (d.sat(k) > 200) {
-                gc.ELV(k) = 9.0L * Pi / 180.0L;
-                continue;
-            }
-            mjd te = tTrue;
-            te += -Observe(gc, d.sat(k), tTrue, tr.station).rho / C;
-            long double clk = 0.0L;
-            gc.pclkM.GetSatelliteClock(d.sat(k), te, clk);
-            ASSERT_TRUE(gc.pclkM.DTisOK);
-            xyzt ps, vs;  // satClk = orbit clock + relativity; swap in the file's clock
-            gc.pephM.CalcSatPosition(static_cast<unsigned short>(d.sat(k)), te, ps, vs);
-            d.PC3(k) = d.PC3(k).obs + C * ps.dt - C * clk;
-        }
-    }
+    UseClockFileClocks(ctx, tr);
+    for (long k = 0; k < d.nsatall; ++k)
+        if (d.sat(k) > 200) gc.ELV(k) = 9.0L * Pi / 180.0L;
     gc.ifL3 = true;
     gc.nAmb = 0;
     Solve(gc);
@@ -216,6 +224,47 @@ TEST(ProcStatic, ClockFileOverrulesOrbitClockAndAConstellationBelowCutOffIsLeftO
     long used = 0;
     for (long k = 0; k < d.nsatall; ++k) used += gc.ifOl3(k);
     EXPECT_EQ(used, 0);
+}
+
+// The light-time solutions of the preprocessing, made without the receiver
+// clock, start the adjustment: where the clock file gives the clocks they
+// are moved over the 0.5 ms the receiver clock stands off and stay the
+// preprocessing's; with the orbit file's clocks, which a move keeps, they
+// are interpolated afresh for the receiver clock. The station lands within
+// TruthTol either way.
+TEST(ProcStatic, PreprocessingSolutionsAreMovedWhereTheClockFileGivesTheClock)
+{
+    for (bool clockFile : {true, false}) {
+        Context ctx;
+        Truth tr;
+        tr.clk0_m = 1.5e5L;
+        Generate(ctx, false, 12, 900.0L, tr, clockFile);
+        gCPosC& gc = ctx.gc;
+        RINEXData& d = ctx.rnxd;
+        if (clockFile) UseClockFileClocks(ctx, tr);
+        gc.savedSat.Resize(d.nsatall);
+        for (long k = 0, i = 0; i < d.nepochall; ++i)
+            for (long j = 0; j < d.nsat(i); ++j, ++k) {
+                mjd t = d.epoch(i);
+                xyzt p, v;
+                gc.pephM.CalcSatPosition(static_cast<unsigned short>(d.sat(k)), t, gc.RecPosFC, p, v);
+                gc.savedSat(k) = {gc.pephM.LastState(), 0.0L, gc.pephM.PSisOK, gc.pephM.DTisOK};
+            }
+        gc.nAmb = 0;
+        Solve(gc);
+        EXPECT_LT(Dist(gc.RecPosEst, tr.station), TruthTol_m) << clockFile;
+        // Renewed in the second iteration, for the first one's clock: the
+        // a-priori position 8 m off leaves it metres from the truth.
+        long used = 0;
+        for (long k = 0, i = 0; i < d.nepochall; ++i)
+            for (long j = 0; j < d.nsat(i); ++j, ++k) {
+                if (!gc.ifOc3(k)) continue;
+                ++used;
+                const long double expected = clockFile ? 0.0L : tr.Clock(i);
+                EXPECT_NEAR_LD(gc.savedSat(k).recClk, expected, 100.0L) << clockFile << " " << k;
+            }
+        EXPECT_GT(used, 12 * 4);
+    }
 }
 
 TEST(ProcStaticDeath, RunWithoutLayoutStopsWithFramedError)
