@@ -252,11 +252,10 @@ void ProcStatic(gCPosC& gc)
     const long double p0Pp3[3] = {gc.p0Pp3G, gc.p0Pp3R, gc.p0Pp3E};
     const long double p0L3[3] = {gc.p0L3G, gc.p0L3R, gc.p0L3E};
 
-    // Made here, not with the other record arrays, so that the
-    // preprocessing's peak of memory does not carry it; kept for the
-    // second adjustment. Fresh storage is default-constructed: nothing
-    // saved yet.
-    if (gc.savedSat.NRow() != nRec) gc.savedSat.Resize(nRec);
+    // The light-time solutions of the preprocessing, kept for the second
+    // adjustment; sized here where there are none of the record store's
+    // size (fresh storage holds nothing saved). Navigation files need none.
+    if (gc.isPEph && gc.savedSat.NRow() != nRec) gc.savedSat.Resize(nRec);
     // The ambiguity of each record, looked up in the first iteration: the
     // arcs stay the same through the iterations.
     std::vector<long> ambOfRec(useL3 ? static_cast<std::size_t>(nRec) : 0, -1);
