@@ -33,7 +33,8 @@ namespace {
 // file's clock, which it keeps (drifts up to 3e-10 s/s were seen).
 constexpr long double MaxStateShift_s = 1e-5L;
 // The same where the clock file gives the clock, and the move only carries
-// the orbit: over 2 ms it misses by less than 1e-9 m, so the solutions of the
+// the orbit: over 2 ms it misses by less than 1e-9 m in range and 4e-8 m in
+// the relativity term (GNSSpEph::MovedSatPosition), so the solutions of the
 // preprocessing, made without the receiver clock (a receiver keeps it within
 // a millisecond), start the first iteration. A clock standing off further
 // (no steering, a reset) has the satellite interpolated afresh.

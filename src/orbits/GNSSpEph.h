@@ -165,9 +165,10 @@ public:
     /// the Earth-fixed acceleration over the change of emission time. Over a
     /// millisecond the neglected acceleration (J2 and the third bodies,
     /// < 1e-3 m/s²) moves it by less than 1e-9 m, so the distance
-    /// (returned, m), psat and Relativity agree with a fresh interpolation
-    /// to round-off; no file is touched. The clock psat.dt keeps its saved
-    /// value.
+    /// (returned, m) and psat agree with a fresh interpolation to 1e-9 m;
+    /// Relativity, whose rate that acceleration times r changes, to 6e-14 s
+    /// a second of shift (2e-8 m over a millisecond). No file is touched;
+    /// the clock psat.dt keeps its saved value.
     long double MovedSatPosition(const LightTimeState& s, long double shift_s, const xyz& prec,
                                  xyzt& psat);
 
