@@ -30,22 +30,15 @@ all: release
 # every time; a file compiled without them (new, or not run) is optimised as
 # it would be without a profile.
 PROFILE_DIR = $(CURDIR)/build/train/profile
-EX = $(abspath $(EXAMPLE))
-REAL = $(abspath $(DATA))
-TRAIN_EXAMPLE = -csGRE -r$(EX)/$(EX_OBS) -ep$(EX)/SIMU1770.sp3 -ec$(EX)/SIMU1770.clk -gf$(EX)/$(EX_OBS).glnfc \
-	-lPc3,L3 -tmSAAST,NIELL -ti01:00:00 -tg -me5 -st -xSTA,KIN
-TRAIN_REAL = -csGRE -r$(REAL)/esbc1770.20o -ep$(REAL)/GRG0MGXFIN_20201770000_01D_15M_ORB.SP3 \
-	-ec$(REAL)/GRG0MGXFIN_20201770000_01D_30S_CLK.CLK -gf$(REAL)/esbc1770.20o.glnfc \
-	-lPc3,L3 -tmSAAST,NIELL -ti02:00:00 -tg -bt4 -xSTA,KIN
 
 train:
 	cmake -S . -B build/train -DCMAKE_BUILD_TYPE=Release -DORVO_TESTS=OFF -DORVO_PROFILE=generate \
 	  -DORVO_PROFILE_DIR=$(PROFILE_DIR) >/dev/null
 	cmake --build build/train -j $(JOBS) --target orvo orvo-simulate
 	@test -f $(EXAMPLE)/$(EX_OBS) || { mkdir -p $(EXAMPLE) && ./build/train/orvo-simulate -o$(EXAMPLE) $(SIM_ARGS); }
-	rm -rf $(PROFILE_DIR) build/train/run && mkdir -p build/train/run
-	cd build/train/run && $(CURDIR)/build/train/orvo $(TRAIN_EXAMPLE) > example.report
-	if [ -r $(REAL)/esbc1770.20o ]; then cd build/train/run && $(CURDIR)/build/train/orvo $(TRAIN_REAL) > real.report; fi
+	rm -rf $(PROFILE_DIR)
+	cd $(EXAMPLE) && $(CURDIR)/build/train/orvo $(ORVO_EXAMPLE) > /dev/null
+	if [ -r $(DATA)/esbc1770.20o ]; then ./bench/whole_day.sh --once build/train/orvo $(DATA); fi
 
 release: train
 	cmake -S . -B build/release -DCMAKE_BUILD_TYPE=Release -DORVO_TESTS=OFF -DORVO_PROFILE=use \

@@ -40,7 +40,7 @@ void BM_NormalEquationsOneEpoch(benchmark::State& state)
             }
             sums.End(N, t, Nt, tt, n22, t2, cols, vals);
         }
-        sums.Finish(Nt, tt);
+        sums.Finish(Nt, tt, cols, vals);
         benchmark::DoNotOptimize(Nt.v);
         benchmark::ClobberMemory();
     }

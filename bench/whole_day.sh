@@ -7,11 +7,14 @@
 # of the repeats, on one core (core 0) where taskset is there, since others'
 # load only ever adds time. Times are taken to the microsecond (the kernel's
 # account of the child, wait4), since 10 ms steps are 3 % of a 6 h run. Run from the repository root after a Release
-# build; `make bench` does both.
+# build; `make bench` does both. With --once the whole day is run once,
+# static and kinematic, untimed: the counting build's run (`make train`).
 #
-#   bench/whole_day.sh [orvo binary] [data folder] [repeats]
+#   bench/whole_day.sh [--once] [orvo binary] [data folder] [repeats]
 set -euo pipefail
 
+ONCE=0
+if [[ ${1:-} == --once ]]; then ONCE=1; shift; fi
 ORVO=${1:-build/bench/orvo}
 DATA=${2:-../shared/data/esbc-2020-177}
 REPEATS=${3:-5}
@@ -69,6 +72,12 @@ print(f"{wall:.6f} {use.ru_utime + use.ru_stime:.6f} {use.ru_maxrss}")
 sys.exit(os.waitstatus_to_exitcode(status) != 0)
 PY
 }
+
+if ((ONCE)); then
+    (cd "$WORK" && "$ORVO" -r"$DATA"/esbc1770.20o "${ARGS[@]}" -xSTA,KIN > report.txt) ||
+        { echo "whole_day.sh: run of the day failed" >&2; exit 1; }
+    exit 0
+fi
 
 for hours in 6 12 24; do cut_epochs "$DATA/esbc1770.20o" $((hours * 120)) > "$WORK/esbc_${hours}h.20o"; done
 for mode in STA STA,KIN; do

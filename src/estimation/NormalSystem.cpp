@@ -162,17 +162,12 @@ void EpochNormals::End(matrix<long double>& N, matrix<long double>& t, matrix<lo
             row21[i] = 0.0L;
         }
     if (!reduce) return;
-    Pending& p = pend_[nPend_++];
-    p.n22 = n22_;
-    p.t2 = t2_;
-    p.first = pendCol_.size();
-    pendCol_.insert(pendCol_.end(), cols.begin() + static_cast<std::ptrdiff_t>(first), cols.end());
-    pendVal_.insert(pendVal_.end(), vals.begin() + static_cast<std::ptrdiff_t>(first), vals.end());
-    p.last = pendCol_.size();
-    if (nPend_ == PendingEpochs) Finish(Nt, tt);
+    pend_[nPend_++] = {n22_, t2_, first, cols.size()};
+    if (nPend_ == PendingEpochs) Finish(Nt, tt, cols, vals);
 }
 
-void EpochNormals::Finish(matrix<long double>& Nt, matrix<long double>& tt)
+void EpochNormals::Finish(matrix<long double>& Nt, matrix<long double>& tt, const LargeVector<long>& cols,
+                          const LargeVector<long double>& vals)
 {
     if (nPend_ == 0) return;
     CheckSystem(Nt, tt);
@@ -184,11 +179,12 @@ void EpochNormals::Finish(matrix<long double>& Nt, matrix<long double>& tt)
     // which leaves every non-zero sum as it was.
     const int np = nPend_;
     union_.clear();
-    for (const long c : pendCol_)
-        if (placeOf_[static_cast<std::size_t>(c)] < 0) {
-            placeOf_[static_cast<std::size_t>(c)] = 0;
-            union_.push_back(c);
-        }
+    for (int e = 0; e < np; ++e)
+        for (std::size_t q = pend_[e].first; q < pend_[e].last; ++q)
+            if (placeOf_[static_cast<std::size_t>(cols[q])] < 0) {
+                placeOf_[static_cast<std::size_t>(cols[q])] = 0;
+                union_.push_back(cols[q]);
+            }
     std::sort(union_.begin(), union_.end());
     const std::size_t nu = union_.size();
     for (std::size_t u = 0; u < nu; ++u) placeOf_[static_cast<std::size_t>(union_[u])] = static_cast<long>(u);
@@ -197,10 +193,10 @@ void EpochNormals::Finish(matrix<long double>& Nt, matrix<long double>& tt)
     for (int e = 0; e < np; ++e) {
         const Pending& p = pend_[e];
         for (std::size_t q = p.first; q < p.last; ++q) {
-            const std::size_t at = static_cast<std::size_t>(placeOf_[static_cast<std::size_t>(pendCol_[q])]) *
+            const std::size_t at = static_cast<std::size_t>(placeOf_[static_cast<std::size_t>(cols[q])]) *
                                        PendingEpochs + static_cast<std::size_t>(e);
-            val_[at] = pendVal_[q];
-            scaled_[at] = pendVal_[q] / p.n22;
+            val_[at] = vals[q];
+            scaled_[at] = vals[q] / p.n22;
         }
     }
     for (std::size_t u = 0; u < nu; ++u) {
@@ -218,8 +214,6 @@ void EpochNormals::Finish(matrix<long double>& Nt, matrix<long double>& tt)
         }
     }
     for (const long c : union_) placeOf_[static_cast<std::size_t>(c)] = -1;
-    pendCol_.clear();
-    pendVal_.clear();
     nPend_ = 0;
 }
 

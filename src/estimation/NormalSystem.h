@@ -89,9 +89,10 @@ public:
              matrix<long double>& tt, long double& n22, long double& t2, LargeVector<long>& cols,
              LargeVector<long double>& vals);
 
-    /// Adds the reduction terms held back to Nt and tt, which must be those
-    /// given to End.
-    void Finish(matrix<long double>& Nt, matrix<long double>& tt);
+    /// Adds the reduction terms held back to Nt and tt; all four arguments
+    /// must be those given to End, the clock rows not cut since.
+    void Finish(matrix<long double>& Nt, matrix<long double>& tt, const LargeVector<long>& cols,
+                const LargeVector<long double>& vals);
 
     /// Epochs whose reduction terms End holds back at most.
     static constexpr int PendingEpochs = 16;
@@ -129,15 +130,13 @@ private:
     std::vector<long double> row21_;
 
     // Reduction terms held back: per epoch its summed weight, t2 and the
-    // range of its clock row in pendCol_ and pendVal_.
+    // range of its clock row in the caller's rows.
     struct Pending {
         long double n22, t2;
         std::size_t first, last;
     };
     Pending pend_[PendingEpochs];
     int nPend_ = 0;
-    std::vector<long> pendCol_;
-    std::vector<long double> pendVal_;
     // The columns of the epochs held, ascending, each one's place among
     // them (-1 for none), and per place the epochs' row values and values
     // divided by N22, zero where an epoch has no such column.

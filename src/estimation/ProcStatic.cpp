@@ -469,7 +469,7 @@ void ProcStatic(gCPosC& gc)
             rowStart[static_cast<std::size_t>(i) + 1] = static_cast<long>(rowCol.size());
             i1 = i2;
         }
-        sums.Finish(gc.Nt, gc.tt);
+        sums.Finish(gc.Nt, gc.tt, rowCol, rowVal);
         progress.Close();
 
         // The reduced system; the bordering rows behind NUnk keep what

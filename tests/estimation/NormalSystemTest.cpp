@@ -76,7 +76,7 @@ TEST(NormalSystem, PreEliminatedClocksGiveTheDirectSolution)
         sums.End(Nc, tc, Nt, tt, N22(e), t2(e), rowCol, rowVal);
         rowStart.push_back(static_cast<long>(rowCol.size()));
     }
-    sums.Finish(Nt, tt);
+    sums.Finish(Nt, tt, rowCol, rowVal);
     matrix<long double> Nr(nUnk, nUnk), tr(nUnk, 1);
     for (long i = 0; i < nUnk; ++i) {
         tr(i) = tc(i) - tt(i);
