@@ -6,7 +6,7 @@
 
 EpochNormals::EpochNormals(long nUnk)
     : nUnk_(nUnk > 0 ? nUnk : 0), row21_(static_cast<std::size_t>(nUnk_), 0.0L),
-      placeOf_(static_cast<std::size_t>(nUnk_), -1)
+      touched_(static_cast<std::size_t>(nUnk_ + 63) / 64, 0), placeOf_(static_cast<std::size_t>(nUnk_), -1)
 {
     for (int s = 0; s < NSharedSlots; ++s) col_[s] = -1, factor_[s] = 0.0L;
     for (int y = 0; y < NSys; ++y) sysCol_[y] = -1, sysUsed_[y] = false;
@@ -108,6 +108,7 @@ void EpochNormals::AddOwn(matrix<long double>& N, matrix<long double>& t, long c
     base[nc * col + col] += p;
     t.v[col] -= p * f;
     row21_[static_cast<std::size_t>(col)] += p;
+    Touch(col);
     for (int s = 0; s < NSharedSlots; ++s) {
         const long c = SharedSlot[s] == 3 ? sysCol : col_[s];
         if (c < 0) continue;
@@ -136,6 +137,7 @@ void EpochNormals::End(matrix<long double>& N, matrix<long double>& t, matrix<lo
             const int a = ValueOfSlot[s];
             t.v[c[s]] += factor_[s] * pfg_[y][a];
             row21[c[s]] -= factor_[s] * pg_[y][a];
+            Touch(c[s]);
             long double* const rowN = N.v + N.c * c[s];
             // Every ordered pair of slots whose second column is not left
             // of the first: a column met in two slots takes their cross
@@ -155,12 +157,17 @@ void EpochNormals::End(matrix<long double>& N, matrix<long double>& t, matrix<lo
     // reduction runs over those alone, in ascending order for the upper
     // triangle.
     const std::size_t first = cols.size();
-    for (long i = 0; i < nUnk_; ++i)
-        if (row21[i] != 0.0L) {
-            cols.push_back(i);
-            vals.push_back(row21[i]);
-            row21[i] = 0.0L;
+    for (std::size_t w = 0; w < touched_.size(); ++w) {
+        for (unsigned long long bits = touched_[w]; bits != 0; bits &= bits - 1) {
+            const long i = static_cast<long>(w * 64 + static_cast<std::size_t>(__builtin_ctzll(bits)));
+            if (row21[i] != 0.0L) {
+                cols.push_back(i);
+                vals.push_back(row21[i]);
+                row21[i] = 0.0L;
+            }
         }
+        touched_[w] = 0;
+    }
     if (!reduce) return;
     pend_[nPend_++] = {n22_, t2_, first, cols.size()};
     if (nPend_ == PendingEpochs) Finish(Nt, tt, cols, vals);

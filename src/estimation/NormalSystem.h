@@ -128,6 +128,10 @@ private:
     void SumHeld(int sys);
     long double n22_, t2_;
     std::vector<long double> row21_;
+    // The columns of row21_ this epoch touched, one bit each: the clock row
+    // is read off them in ascending order, not off all nUnk columns.
+    std::vector<unsigned long long> touched_;
+    void Touch(long col) { touched_[static_cast<std::size_t>(col) >> 6] |= 1ULL << (col & 63); }
 
     // Reduction terms held back: per epoch its summed weight, t2 and the
     // range of its clock row in the caller's rows.

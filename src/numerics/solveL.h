@@ -48,13 +48,25 @@ void solveL(const umatrix<T>& L, const matrix<T>& b, matrix<T>& x)
     matrix<T> G(n * K);
     for (long J0 = 0; J0 < m; J0 += K) {
         const long kk = (m - J0 < K) ? m - J0 : K;
+        // Above the first non-zero row of the columns (a unit matrix's
+        // columns, say) every solution element is a zero, and with a finite
+        // factor its products add zeros to the sums below, which leave them
+        // as they are: the sums start there.
+        const auto zeroRow = [&](long i) {
+            for (long k = 0; k < kk; ++k)
+                if (!(b.v[b.c * i + J0 + k] == T(0))) return false;
+            return true;
+        };
+        long nz = 0;
+        while (nz < n && zeroRow(nz)) ++nz;
         for (long i = 0; i < n; ++i) {
             const T* ri = R.v + i * (i + 1) / 2;
             const T* bi = b.v + b.c * i + J0;
             T* gi = G.v + K * i;
+            const long j0 = nz < i ? nz : i;
             if (kk == K) {
                 T s0 = T(0), s1 = T(0), s2 = T(0), s3 = T(0);
-                for (long j = 0; j < i; ++j) {
+                for (long j = j0; j < i; ++j) {
                     const T l = ri[j];
                     const T* gj = G.v + K * j;
                     s0 += l * gj[0];
@@ -69,7 +81,7 @@ void solveL(const umatrix<T>& L, const matrix<T>& b, matrix<T>& x)
             } else {
                 for (long k = 0; k < kk; ++k) {
                     T sum = T(0);
-                    for (long j = 0; j < i; ++j) sum += ri[j] * G.v[K * j + k];
+                    for (long j = j0; j < i; ++j) sum += ri[j] * G.v[K * j + k];
                     gi[k] = (bi[k] - sum) / ri[i];
                 }
             }

@@ -145,15 +145,24 @@ TEST(Solvers, CholeskyOfSemiDefiniteAndAllColumnSubstitutions) {
 
     // The all-columns forms repeat each column's operations in the same
     // order, so they must agree bit for bit with the column form; six
-    // columns are a block of four and a remainder of two.
-    const matrix<long double> B = Random(6, 6, 9);
+    // columns are a block of four and a remainder of two. The second right
+    // side has zero rows on top of each block (3 over the four, 1 over the
+    // two), where the all-columns form starts its sums later.
     ch.dcmp(Random(6, 6, 10, true, true));
-    matrix<long double> Y1(6, 6), Y2(6, 6), X1(6, 6), X2(6, 6);
-    for (long J = 0; J < 6; ++J) solveL(ch.L, B, Y1, J);
-    solveL(ch.L, B, Y2);
-    for (long J = 0; J < 6; ++J) solveU(ch.L, Y1, X1, J);
-    solveU(ch.L, Y2, X2);
-    for (long k = 0; k < 36; ++k) EXPECT_TRUE(Y1(k) == Y2(k) && X1(k) == X2(k)) << k;
+    matrix<long double> B = Random(6, 6, 9);
+    for (int zeroTop = 0; zeroTop < 2; ++zeroTop) {
+        for (long i = 0; i < 3 * zeroTop; ++i)
+            for (long j = 0; j < 6; ++j)
+                if (j < 4 || i == 0) B(i, j) = 0.0L;
+        matrix<long double> Y1(6, 6), Y2(6, 6), X1(6, 6), X2(6, 6);
+        for (long J = 0; J < 6; ++J) solveL(ch.L, B, Y1, J);
+        solveL(ch.L, B, Y2);
+        for (long J = 0; J < 6; ++J) solveU(ch.L, Y1, X1, J);
+        solveU(ch.L, Y2, X2);
+        for (long k = 0; k < 36; ++k)
+            EXPECT_TRUE(Y1(k) == Y2(k) && std::signbit(Y1(k)) == std::signbit(Y2(k)) && X1(k) == X2(k))
+                << zeroTop << " " << k;
+    }
 }
 
 TEST(Inv, InvertsRegularMatricesAndGivesUpOnSingularOnes) {
