@@ -166,6 +166,20 @@ matrix<gnssobsshort>* RINEXData::ShortMatrix(unsigned short t)
     return keepAuxiliary_ ? AuxiliaryMatrix(t) : nullptr;
 }
 
+bool RINEXData::IsUnprocessedBand(unsigned short t)
+{
+    switch (t) {
+    case RINEXObs::C3R: case RINEXObs::L3R: case RINEXObs::C5: case RINEXObs::L5:
+    case RINEXObs::C6: case RINEXObs::L6: case RINEXObs::C8: case RINEXObs::L8: return true;
+    default: return false;
+    }
+}
+
+matrix<gnssobs>* RINEXData::StoredMatrix(unsigned short t)
+{
+    return keepAuxiliary_ || !IsUnprocessedBand(t) ? ObsMatrix(t) : nullptr;
+}
+
 bool RINEXData::IsAuxiliary(unsigned short t)
 {
     const std::string code = RINEXHeader::GetObsString(t);  // "??" for none
@@ -219,7 +233,7 @@ void RINEXData::SetData()
     // Fresh storage is constructed null already; writing it again would
     // touch the day's largest arrays twice.
     for (long k = 0; k < rhead.nobs; k++) {
-        if (matrix<gnssobs>* m = ObsMatrix(rhead.obs(k))) NullColumn(*m, nsatall);
+        if (matrix<gnssobs>* m = StoredMatrix(rhead.obs(k))) NullColumn(*m, nsatall);
         if (matrix<gnssobsshort>* m = ShortMatrix(rhead.obs(k))) NullColumn(*m, nsatall);
     }
 }
@@ -308,10 +322,12 @@ RecordStoreFill::RecordStoreFill(RINEXData& d) : d_(d), ntypes_(d.rhead.nobs)
     if (ntypes_ > RINEXns::MaxObsTypes || (ntypes_ > 0 && d.rhead.obs.NRow() < ntypes_))
         RINEXData::RINEXDataError("OBSERVATION TYPES OF THE HEADER NOT VALID");
     for (int k = 0; k < ntypes_; k++) {
-        colObs_[k] = d.ObsMatrix(d.rhead.obs(k));
-        colShort_[k] = d.ShortMatrix(d.rhead.obs(k));
-        colChecked_[k] = colObs_[k] || RINEXData::IsAuxiliary(d.rhead.obs(k));
-        colCode_[k] = IsCode(d.rhead.obs(k));
+        const unsigned short type = d.rhead.obs(k);
+        colObs_[k] = d.StoredMatrix(type);
+        colShort_[k] = d.ShortMatrix(type);
+        colChecked_[k] = colObs_[k] || RINEXData::IsAuxiliary(type) || RINEXData::IsUnprocessedBand(type);
+        // A code not stored has no value to range-check.
+        colCode_[k] = IsCode(type) && colObs_[k];
     }
     for (int s = SysGPS; s <= SysNone; s++) CodeRangeLimits(static_cast<SatSystem>(s), codeMin_[s], codeMax_[s]);
     std::fill(metIn_, metIn_ + RINEXns::ScratchSatellites, -1L);
@@ -546,15 +562,19 @@ std::ostream& operator<<(std::ostream& out, const RINEXData& d)
             for (int k = 0; k < h.nobs; k++) {
                 if (k > 0 && k % FieldsPerLine == 0) out << '\n';
                 const unsigned short type = h.obs(k);
-                if (const matrix<gnssobs>* m = d.ObsMatrix(type)) {
+                // A band not kept has an empty matrix and is written blank,
+                // as Doppler and signal strength not kept are.
+                const matrix<gnssobs>* m = d.ObsMatrix(type);
+                if (m && m->NRow() == 0) m = nullptr;
+                if (m) {
                     const gnssobs& o = (*m)(r);
                     if (std::fabs(o.obs) > 0.00001L)
                         out << std::setw(14) << std::setprecision(3) << o.obs
                             << static_cast<char>('0' + o.lli) << static_cast<char>('0' + o.ss);
                     else
                         out << std::setw(14) << "0.000" << "  ";
-                } else if (const matrix<gnssobsshort>* m = d.ShortMatrix(type)) {
-                    const gnssobsshort& o = (*m)(r);
+                } else if (const matrix<gnssobsshort>* sm = d.ShortMatrix(type)) {
+                    const gnssobsshort& o = (*sm)(r);
                     if (std::fabs(o.obs) > 0.00001L)
                         out << std::setw(14) << std::setprecision(3) << o.obs << "  ";
                     else

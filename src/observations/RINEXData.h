@@ -111,9 +111,17 @@ public:
     const matrix<gnssobsshort>* ShortMatrix(unsigned short type) const;
     /// True for a Doppler or signal-strength type.
     static bool IsAuxiliary(unsigned short type);
-    /// Whether the readers store Doppler and signal strength (the default)
-    /// or only check their fields: no processing stage reads them, and a
-    /// day of them is 14 MB to fill and parse.
+    /// True for a code or phase of a band the processing does not combine:
+    /// GLONASS G3, E5a/L5, E6 and E5 AltBOC (C3R L3R C5 L5 C6 L6 C8 L8).
+    static bool IsUnprocessedBand(unsigned short type);
+    /// The code or phase matrix a reader fills for a type: that of
+    /// ObsMatrix, null for a band not processed while auxiliary data are
+    /// not kept.
+    matrix<gnssobs>* StoredMatrix(unsigned short type);
+    /// Whether the readers store Doppler, signal strength and the codes and
+    /// phases of the bands not processed (the default), or only check their
+    /// fields: no processing stage reads them, and a day of them is 25 MB
+    /// to fill and parse.
     void KeepAuxiliary(bool keep) { keepAuxiliary_ = keep; }
 
     // Conditioning in memory (RINEXDataConditioning.cpp): clock-jump and

@@ -741,7 +741,7 @@ void StoreSink::HeaderLine(sv text, long)
         }
         if (!used || nRecords_ <= 0) continue;
         const unsigned short type = RINEXHeader::GetObsType(row.type2);
-        if ((obs_[i] = d_.ObsMatrix(type)) != nullptr) NullColumn(*obs_[i], nRecords_);
+        if ((obs_[i] = d_.StoredMatrix(type)) != nullptr) NullColumn(*obs_[i], nRecords_);
         else if ((short_[i] = d_.ShortMatrix(type)) != nullptr) NullColumn(*short_[i], nRecords_);
     }
     sat_.reserve(static_cast<std::size_t>(std::max(0L, nRecords_)));

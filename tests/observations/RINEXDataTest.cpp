@@ -25,6 +25,7 @@ static void ExpectValues(const Loaded& f, const std::vector<std::string>& types)
             for (std::size_t k = 0; k < types.size(); k++) {
                 const matrix<gnssobs>* m = f.d.ObsMatrix(f.h.obs(k));
                 const matrix<gnssobsshort>* sh = f.d.ShortMatrix(f.h.obs(k));
+                if (m && m->NRow() == 0) m = nullptr;  // a band not kept
                 // An unknown column has no matrix to compare.
                 const long double v = Value(i, s, k), got = m ? (*m)(r).GetObs() : sh ? (*sh)(r).GetObs() : v;
                 EXPECT_TRUE(!m || ((*m)(r).GetLli() == static_cast<int>(k % 10) && (*m)(r).GetSs() == 5)) << types[k] << " r=" << r;
@@ -223,15 +224,24 @@ TEST(RinexDataDeath, ClockOffsetThatIsNoNumberStops)
     EXPECT_STOP(Loaded f(Temp(text)), "#### RINEXData: Error -> .*data.o: RECEIVER CLOCK OFFSET \"nan\" IS NOT A NUMBER -> line: 4 ####");
 }
 
-// Doppler and signal strength not kept: they get no storage, every other
-// value reads as with them, and a field of them that is no number still
-// stops the run.
+// Doppler, signal strength and the bands not processed not kept: they get
+// no storage, every other value reads as with them, a field of them that is
+// no number still stops the run, and a code of them out of every range is
+// not counted (it has no value to clear).
 TEST(RinexDataDeath, AuxiliaryTypesNotKeptAreCheckedAndLeftEmpty)
 {
-    std::string text = File(kNine, {{20, 6, 25, 0, 0, 0.0, Sats("G", 2)}, {20, 6, 25, 0, 0, 30.0, Sats("R", 3)}});
+    const std::vector<std::string> types = {"C1", "P1", "L1", "S1", "D1", "C5", "L5", "P2", "L2", "C8"};
+    std::string text = File(types, {{20, 6, 25, 0, 0, 0.0, Sats("G", 2)}, {20, 6, 25, 0, 0, 30.0, Sats("E", 3)}});
     const Loaded f(Temp(text), false);
-    ExpectValues(f, kNine);
-    for (const matrix<gnssobsshort>* m : {&f.d.S1, &f.d.D1, &f.d.S2}) EXPECT_EQ(m->NRow(), 0);
-    text = Put(text, 1, 2, 4, "x");
-    EXPECT_STOP(Loaded g(Temp(text), false), "#### RINEXData: Error -> .*data.o: D1 OF R03 IS NOT A NUMBER: .* -> line: .* ####");
+    ExpectValues(f, types);
+    for (const matrix<gnssobsshort>* m : {&f.d.S1, &f.d.D1}) EXPECT_EQ(m->NRow(), 0);
+    for (const matrix<gnssobs>* m : {&f.d.C5, &f.d.L5, &f.d.C8}) EXPECT_EQ(m->NRow(), 0);
+    EXPECT_EQ(f.d.P2.NRow(), 5);
+    const Loaded far(Temp(Put(text, 1, 0, 5, "-22000000.000")), false);
+    EXPECT_TRUE(far.d.CodeOutsideRange.empty());
+    for (const char* bad : {"D1", "C5"}) {
+        const int k = bad[0] == 'D' ? 4 : 5;
+        EXPECT_STOP(Loaded g(Temp(Put(text, 1, 2, k, "x")), false),
+                    std::string("#### RINEXData: Error -> .*data.o: ") + bad + " OF E03 IS NOT A NUMBER: .* -> line: .* ####");
+    }
 }
