@@ -3,6 +3,7 @@
 // rejected observation is stored as 0; there is no separate validity flag,
 // so IsNull is the test for "absent".
 #include <cmath>
+#include <cstring>
 #include <ostream>
 
 namespace gnssobsns {
@@ -26,10 +27,51 @@ inline bool IsFlagText(char c) { return c == ' ' || (c >= '0' && c <= '9'); }
 /// its code minus that of '0').
 inline unsigned short FlagDigit(char c) { return c == ' ' ? 0 : static_cast<unsigned short>(c - '0'); }
 
-/// One RINEX observable with its loss-of-lock and signal-strength digits.
-class gnssobs {
+/// An extended-precision number held in its ten value bytes alone, so that
+/// the flags of an observation fit beside it in 16 bytes: a long double
+/// member pads to 16 bytes by itself, and a day's observation arrays then
+/// took twice the memory. Every read and write moves exactly those ten
+/// bytes, the value unchanged; zero bytes are the number 0.
+class PackedExtended {
 public:
-    long double obs = 0.0L;   // cycles for phase, metres for code
+    PackedExtended() = default;
+    explicit PackedExtended(long double v) { Store(v); }
+    operator long double() const { return Load(); }
+    PackedExtended& operator=(long double v) { Store(v); return *this; }
+    PackedExtended& operator+=(long double d) { Store(Load() + d); return *this; }
+    PackedExtended& operator-=(long double d) { Store(Load() - d); return *this; }
+    PackedExtended& operator*=(long double d) { Store(Load() * d); return *this; }
+    PackedExtended& operator/=(long double d) { Store(Load() / d); return *this; }
+
+private:
+    static constexpr int Bytes = 10;
+#if defined(__GNUC__) && (defined(__x86_64__) || defined(__i386__))
+    // One 80-bit load or store: copied through memory, the value would
+    // cross a store that the load cannot take it from.
+    long double Load() const
+    {
+        long double v;
+        asm("fldt %1" : "=t"(v) : "m"(bytes_));
+        return v;
+    }
+    void Store(long double v) { asm("fstpt %0" : "=m"(bytes_) : "t"(v) : "st"); }
+#else
+    long double Load() const
+    {
+        long double v = 0.0L;
+        std::memcpy(&v, bytes_, Bytes);
+        return v;
+    }
+    void Store(long double v) { std::memcpy(bytes_, &v, Bytes); }
+#endif
+    unsigned char bytes_[Bytes] = {};
+};
+
+/// One RINEX observable with its loss-of-lock and signal-strength digits,
+/// 16 bytes.
+class alignas(16) gnssobs {
+public:
+    PackedExtended obs;       // cycles for phase, metres for code
     unsigned short lli = 0;   // loss-of-lock indicator
     unsigned short ss = 0;    // signal strength
     using ZeroBytesDefault = void;  // the null observation is all zero bytes
@@ -61,8 +103,9 @@ public:
     unsigned short GetSs() const { return ss; }
     /// True when |obs| < 0.0001, the one test for a missing observation;
     /// inline, as every stage asks it of every value.
-    bool IsNull() const { return std::fabs(obs) < gnssobsns::NullLimit; }
+    bool IsNull() const { return std::fabs(static_cast<long double>(obs)) < gnssobsns::NullLimit; }
 };
+static_assert(sizeof(gnssobs) == 16, "an observation and its flags in 16 bytes");
 
 /// A Doppler or signal-strength value: no flags are stored.
 class gnssobsshort {
