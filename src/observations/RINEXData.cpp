@@ -180,6 +180,11 @@ matrix<gnssobs>* RINEXData::StoredMatrix(unsigned short t)
     return keepAuxiliary_ || !IsUnprocessedBand(t) ? ObsMatrix(t) : nullptr;
 }
 
+const matrix<gnssobs>* RINEXData::StoredMatrix(unsigned short t) const
+{
+    return const_cast<RINEXData*>(this)->StoredMatrix(t);
+}
+
 bool RINEXData::IsAuxiliary(unsigned short t)
 {
     const std::string code = RINEXHeader::GetObsString(t);  // "??" for none
@@ -325,7 +330,9 @@ RecordStoreFill::RecordStoreFill(RINEXData& d) : d_(d), ntypes_(d.rhead.nobs)
         const unsigned short type = d.rhead.obs(k);
         colObs_[k] = d.StoredMatrix(type);
         colShort_[k] = d.ShortMatrix(type);
-        colChecked_[k] = colObs_[k] || RINEXData::IsAuxiliary(type) || RINEXData::IsUnprocessedBand(type);
+        // Every code, phase, Doppler and signal-strength field is checked,
+        // stored or not.
+        colChecked_[k] = d.ObsMatrix(type) || RINEXData::IsAuxiliary(type);
         // A code not stored has no value to range-check.
         colCode_[k] = IsCode(type) && colObs_[k];
     }
@@ -562,19 +569,17 @@ std::ostream& operator<<(std::ostream& out, const RINEXData& d)
             for (int k = 0; k < h.nobs; k++) {
                 if (k > 0 && k % FieldsPerLine == 0) out << '\n';
                 const unsigned short type = h.obs(k);
-                // A band not kept has an empty matrix and is written blank,
-                // as Doppler and signal strength not kept are.
-                const matrix<gnssobs>* m = d.ObsMatrix(type);
-                if (m && m->NRow() == 0) m = nullptr;
-                if (m) {
+                // A band not kept is written blank, as Doppler and signal
+                // strength not kept are.
+                if (const matrix<gnssobs>* m = d.StoredMatrix(type)) {
                     const gnssobs& o = (*m)(r);
                     if (std::fabs(o.obs) > 0.00001L)
                         out << std::setw(14) << std::setprecision(3) << o.obs
                             << static_cast<char>('0' + o.lli) << static_cast<char>('0' + o.ss);
                     else
                         out << std::setw(14) << "0.000" << "  ";
-                } else if (const matrix<gnssobsshort>* sm = d.ShortMatrix(type)) {
-                    const gnssobsshort& o = (*sm)(r);
+                } else if (const matrix<gnssobsshort>* m = d.ShortMatrix(type)) {
+                    const gnssobsshort& o = (*m)(r);
                     if (std::fabs(o.obs) > 0.00001L)
                         out << std::setw(14) << std::setprecision(3) << o.obs << "  ";
                     else

@@ -118,6 +118,7 @@ public:
     /// ObsMatrix, null for a band not processed while auxiliary data are
     /// not kept.
     matrix<gnssobs>* StoredMatrix(unsigned short type);
+    const matrix<gnssobs>* StoredMatrix(unsigned short type) const;
     /// Whether the readers store Doppler, signal strength and the codes and
     /// phases of the bands not processed (the default), or only check their
     /// fields: no processing stage reads them, and a day of them is 25 MB
