@@ -4,6 +4,8 @@
 #include <cmath>
 #include <vector>
 
+#include "numerics/ProgramError.h"
+
 EpochNormals::EpochNormals(long nUnk)
     : nUnk_(nUnk > 0 ? nUnk : 0), row21_(static_cast<std::size_t>(nUnk_), 0.0L),
       touched_(static_cast<std::size_t>(nUnk_ + 63) / 64, 0), placeOf_(static_cast<std::size_t>(nUnk_), -1)
@@ -21,6 +23,13 @@ void EpochNormals::CheckColumn(long col) const
 void EpochNormals::CheckSystem(const matrix<long double>& N, const matrix<long double>& t) const
 {
     if (nUnk_ > N.r || nUnk_ > N.c || nUnk_ > t.Length()) MError::MatrixAccessError(nUnk_ - 1, nUnk_ - 1, N.r, N.c);
+}
+
+void EpochNormals::SumMatrix(bool on)
+{
+    // Terms held back under the other setting would be added under this one.
+    if (nPend_ != 0) ProgramError("Orvo", "NORMAL EQUATIONS: MATRIX SUMS SWITCHED WITH EPOCHS HELD BACK!");
+    matrix_ = on;
 }
 
 void EpochNormals::Begin(const long* iB, const long double* factor)
@@ -70,6 +79,7 @@ void EpochNormals::SumHeld(int sys)
         }
         pg_[sys][a] = spg;
         pfg_[sys][a] = spfg;
+        if (!matrix_) continue;
         long double* const row = gg_[sys][a];
         int b = a;
         for (; b + 4 <= NShared; b += 4) SumProducts<Held, 4>(h, a, b, row + b);
@@ -103,12 +113,13 @@ void EpochNormals::AddOwn(matrix<long double>& N, matrix<long double>& t, long c
     CheckColumn(col);
     CheckColumn(sysCol);
     CheckSystem(N, t);
-    long double* const base = N.v;
-    const long nc = N.c;
-    base[nc * col + col] += p;
     t.v[col] -= p * f;
     row21_[static_cast<std::size_t>(col)] += p;
     Touch(col);
+    if (!matrix_) return;
+    long double* const base = N.v;
+    const long nc = N.c;
+    base[nc * col + col] += p;
     for (int s = 0; s < NSharedSlots; ++s) {
         const long c = SharedSlot[s] == 3 ? sysCol : col_[s];
         if (c < 0) continue;
@@ -138,6 +149,7 @@ void EpochNormals::End(matrix<long double>& N, matrix<long double>& t, matrix<lo
             t.v[c[s]] += factor_[s] * pfg_[y][a];
             row21[c[s]] -= factor_[s] * pg_[y][a];
             Touch(c[s]);
+            if (!matrix_) continue;
             long double* const rowN = N.v + N.c * c[s];
             // Every ordered pair of slots whose second column is not left
             // of the first: a column met in two slots takes their cross
@@ -195,14 +207,14 @@ void EpochNormals::Finish(matrix<long double>& Nt, matrix<long double>& tt, cons
     std::sort(union_.begin(), union_.end());
     const std::size_t nu = union_.size();
     for (std::size_t u = 0; u < nu; ++u) placeOf_[static_cast<std::size_t>(union_[u])] = static_cast<long>(u);
-    val_.assign(nu * PendingEpochs, 0.0L);
+    if (matrix_) val_.assign(nu * PendingEpochs, 0.0L);
     scaled_.assign(nu * PendingEpochs, 0.0L);
     for (int e = 0; e < np; ++e) {
         const Pending& p = pend_[e];
         for (std::size_t q = p.first; q < p.last; ++q) {
             const std::size_t at = static_cast<std::size_t>(placeOf_[static_cast<std::size_t>(cols[q])]) *
                                        PendingEpochs + static_cast<std::size_t>(e);
-            val_[at] = vals[q];
+            if (matrix_) val_[at] = vals[q];
             scaled_[at] = vals[q] / p.n22;
         }
     }
@@ -212,6 +224,7 @@ void EpochNormals::Finish(matrix<long double>& Nt, matrix<long double>& tt, cons
         long double s = tt.v[i];
         for (int e = 0; e < np; ++e) s += pend_[e].t2 * a[e];
         tt.v[i] = s;
+        if (!matrix_) continue;
         long double* const rowN = Nt.v + Nt.c * i;
         for (std::size_t w = u; w < nu; ++w) {
             const long double* const v = &val_[w * PendingEpochs];

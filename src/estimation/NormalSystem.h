@@ -97,6 +97,13 @@ public:
     /// Epochs whose reduction terms End holds back at most.
     static constexpr int PendingEpochs = 16;
 
+    /// With on false, AddOwn, End and Finish leave N and Nt as they are
+    /// and form only t, tt, N22, t2 and the clock rows, bit for bit as
+    /// they would with on true: for a step solved with the factors of a
+    /// normal matrix summed before. Takes effect for the epochs begun
+    /// after it, none of them held back.
+    void SumMatrix(bool on);
+
 private:
     // Slots of a design row that take record values, and which value each.
     static constexpr int NSharedSlots = 10;
@@ -110,6 +117,7 @@ private:
     void CheckSystem(const matrix<long double>& N, const matrix<long double>& t) const;
 
     long nUnk_;
+    bool matrix_ = true;
     long col_[NSharedSlots];
     long double factor_[NSharedSlots];
     long sysCol_[NSys];

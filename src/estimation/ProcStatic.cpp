@@ -39,6 +39,17 @@ constexpr long double MaxStateShift_s = 1e-5L;
 // a millisecond), start the first iteration. A clock standing off further
 // (no steering, a reset) has the satellite interpolated afresh.
 constexpr long double MaxMovedShift_s = 2e-3L;
+// An iteration solves its step with the factors of the normal matrix of an
+// earlier one while the coordinates have since moved by less than this in
+// all, and the clocks (as ranges) by less than MaxKeptClockMove_m, over the
+// same equations. The matrix changes by the move over the satellite
+// distance, 5e-9 for 10 cm, and the step by that fraction of itself: where
+// the iteration stops (a step below 1e-4 m), by 5e-13 m at most. The right
+// side is formed afresh at every iteration, so the solution reached is that
+// of the full system.
+constexpr long double MaxKeptMove_m = 0.1L;
+// A range of 1 m of clock moves a satellite by 1.3e-5 m in its flight.
+constexpr long double MaxKeptClockMove_m = 1.0L;
 
 // One code observation type as it enters the adjustment.
 struct CodeType {
@@ -268,9 +279,21 @@ void ProcStatic(gCPosC& gc)
     lur<long double> lu;
     int niter = 1;
     long double dcorr = 0.0L;
+    // Whether this iteration sums the normal matrix; the moves since the
+    // last that did, and a fingerprint of the equations it summed.
+    bool sumMatrix = true;
+    long double moved = 0.0L, clockMoved = 0.0L;
+    unsigned long long summedSet = 0;
     for (;;) {
-        gc.Nc *= 0.0L;
-        gc.Nt *= 0.0L;
+        if (sumMatrix) {
+            gc.Nc *= 0.0L;
+            gc.Nt *= 0.0L;
+        }
+        sums.SumMatrix(sumMatrix);
+        unsigned long long eqSet = 0;
+        const auto addToSet = [&eqSet](long k, int kind) {
+            eqSet = (eqSet ^ static_cast<unsigned long long>(k * 8 + kind)) * 0x100000001b3ULL;
+        };
         gc.tc *= 0.0L;
         gc.tt *= 0.0L;
         N22 *= 0.0L;
@@ -435,6 +458,7 @@ void ProcStatic(gCPosC& gc)
                     pRec += p;
                     pfRec += p * f;
                     sums.AddOwn(gc.Nc, gc.tc, ixdcb, B_OBS_I[3], g, f, p);
+                    addToSet(k, ct.kind);
                     (*ct.used)(k) = true;
                 }
 
@@ -460,6 +484,7 @@ void ProcStatic(gCPosC& gc)
                         pRec += p;
                         pfRec += p * f;
                         sums.AddOwn(gc.Nc, gc.tc, gc.ixAmb(ixamb), B_OBS_I[3], g, f, p);
+                        addToSet(k, 5);
                         gc.ifOl3(k) = true;
                     }
                 }
@@ -471,25 +496,36 @@ void ProcStatic(gCPosC& gc)
         }
         sums.Finish(gc.Nt, gc.tt, rowCol, rowVal);
         progress.Close();
+        if (!sumMatrix && eqSet != summedSet) {
+            // An equation rejected or taken up since the matrix was summed:
+            // the iteration is done again with its own matrix. What the
+            // pass rejected stays rejected, and is not reported twice.
+            sumMatrix = true;
+            continue;
+        }
 
         // The reduced system; the bordering rows behind NUnk keep what
         // SetDCBConstraints wrote.
-        gc.NUnkUndef = 0;
-        for (long ii = 0; ii < nUnk; ++ii) {
-            gc.tall(ii) = gc.tc(ii) - gc.tt(ii);
-            for (long jj = 0; jj <= ii; ++jj) {
-                const long double v = gc.Nc(jj, ii) - gc.Nt(jj, ii);
-                gc.NFin(jj, ii) = v;
-                gc.NFin(ii, jj) = v;
+        for (long ii = 0; ii < nUnk; ++ii) gc.tall(ii) = gc.tc(ii) - gc.tt(ii);
+        if (sumMatrix) {
+            gc.NUnkUndef = 0;
+            for (long ii = 0; ii < nUnk; ++ii) {
+                for (long jj = 0; jj <= ii; ++jj) {
+                    const long double v = gc.Nc(jj, ii) - gc.Nt(jj, ii);
+                    gc.NFin(jj, ii) = v;
+                    gc.NFin(ii, jj) = v;
+                }
+                gc.IsUnkOK(ii) = true;
+                if (std::fabs(gc.NFin(ii, ii)) < UndefDiag) {
+                    gc.NFin(ii, ii) = 1.0L;
+                    gc.IsUnkOK(ii) = false;
+                    ++gc.NUnkUndef;
+                }
             }
-            gc.IsUnkOK(ii) = true;
-            if (std::fabs(gc.NFin(ii, ii)) < UndefDiag) {
-                gc.NFin(ii, ii) = 1.0L;
-                gc.IsUnkOK(ii) = false;
-                ++gc.NUnkUndef;
-            }
+            lu.dcmp(gc.NFin);
+            summedSet = eqSet;
+            moved = clockMoved = 0.0L;
         }
-        lu.dcmp(gc.NFin);
         gc.xtemp = lu.solve(gc.tall);
         gc.xAll += gc.xtemp;
 
@@ -511,8 +547,13 @@ void ProcStatic(gCPosC& gc)
         fTf_Pp3 -= xtc;
         fTf_L3 -= xtc;
 
+        long double clockStep = 0.0L;
         for (int s = 0; s < 3; ++s)
-            if (gc.ixDTsys[s] != -1) gc.dtGNSS[s] += gc.xtemp(gc.ixDTsys[s]);
+            if (gc.ixDTsys[s] != -1) {
+                gc.dtGNSS[s] += gc.xtemp(gc.ixDTsys[s]);
+                clockStep = std::max(clockStep, std::fabs(gc.xtemp(gc.ixDTsys[s])));
+            }
+        long double epochStep = 0.0L;
 
         gc.NClk = 0;
         for (long ie = 0; ie < nEp; ++ie) {
@@ -525,7 +566,9 @@ void ProcStatic(gCPosC& gc)
             // The zero columns of the row, skipped here, add nothing.
             for (long r = rowStart[static_cast<std::size_t>(ie)]; r < rowStart[static_cast<std::size_t>(ie) + 1]; ++r)
                 nxdt += gc.xtemp(rowCol[static_cast<std::size_t>(r)]) * rowVal[static_cast<std::size_t>(r)];
-            gc.dtAll(ie) += (t2(ie) - nxdt) / N22(ie);
+            const long double step = (t2(ie) - nxdt) / N22(ie);
+            gc.dtAll(ie) += step;
+            epochStep = std::max(epochStep, std::fabs(step));
             gc.vtPv -= t2(ie) * t2(ie) / N22(ie);
         }
 
@@ -546,7 +589,11 @@ void ProcStatic(gCPosC& gc)
             gc.s0apost_Pc3 = gc.s0apost_Pp3 = gc.s0apost_L3 = nan;
         }
 
-        gc.RecPosFC += xyz(gc.xtemp(0), gc.xtemp(1), gc.xtemp(2));
+        const xyz posStep(gc.xtemp(0), gc.xtemp(1), gc.xtemp(2));
+        gc.RecPosFC += posStep;
+        moved += posStep.GetLength();
+        clockMoved += clockStep + epochStep;
+        sumMatrix = !(moved < MaxKeptMove_m && clockMoved < MaxKeptClockMove_m);
         gc.RecPosFCG = xyz2flh(gc.RecPosFC, gc.eGPS);
         gc.RecPosCorr = xyz(gc.xAll(0), gc.xAll(1), gc.xAll(2));
         gc.RecPosEst = gc.RecPos0 + gc.RecPosCorr;

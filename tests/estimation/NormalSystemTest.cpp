@@ -6,6 +6,7 @@
 #include "numerics/lur.h"
 
 using namespace esttest;
+using orvotest::SameBits;
 
 // Exact made-up data of unit-sized coefficients: both routes solve the
 // same well-conditioned 8 + 21 unknown problem in long double, where
@@ -19,7 +20,9 @@ constexpr long double SolveTol = 1e-9L;
 // gradient slot on coordinate column 0, so that a column met twice takes
 // its cross term twice. More epochs than the reduction holds back, and not
 // a multiple of them: the terms are added both when the block is full and
-// at its end.
+// at its end. A second summation of the same calls with the matrix sums
+// off must give the same right sides and clock rows bit for bit, and leave
+// its matrices as they were.
 TEST(NormalSystem, PreEliminatedClocksGiveTheDirectSolution)
 {
     using ProcStaticns::NSlots;
@@ -37,7 +40,13 @@ TEST(NormalSystem, PreEliminatedClocksGiveTheDirectSolution)
     std::vector<long> rowStart{0};
     LargeVector<long> rowCol;
     LargeVector<long double> rowVal;
-    EpochNormals sums(nUnk);
+    EpochNormals sums(nUnk), rhs(nUnk);
+    rhs.SumMatrix(false);
+    const long double untouched = 7.5L;
+    matrix<long double> Nc2(nUnk, nUnk, untouched), tc2(nUnk, 1, 0.0L), Nt2(nUnk, nUnk, untouched), tt2(nUnk, 1, 0.0L);
+    matrix<long double> N22b(nEp, 1, 0.0L), t2b(nEp, 1, 0.0L);
+    LargeVector<long> rowCol2;
+    LargeVector<long double> rowVal2;
     const size_t n = static_cast<size_t>(nUnk + nEp);
     std::vector<long double> A(n * n, 0.0L), b(n, 0.0L);
     for (long e = 0; e < nEp; ++e) {
@@ -48,6 +57,7 @@ TEST(NormalSystem, PreEliminatedClocksGiveTheDirectSolution)
         factor[6] = static_cast<long double>(e + 1) / static_cast<long double>(nEp + 1), factor[7] = 1.0L - factor[6];
         if (e % 2 == 1) iB[11] = 0, factor[11] = 0.5L;
         sums.Begin(iB, factor);
+        rhs.Begin(iB, factor);
         for (int r = 0; r < 6; ++r) {
             const int sys = r % 2;
             long double g[EpochNormals::NShared];
@@ -72,11 +82,23 @@ TEST(NormalSystem, PreEliminatedClocksGiveTheDirectSolution)
             AddRow(A, b, row, pPhase, fPhase);
             sums.AddOwn(Nc, tc, own, iB[3], g, fPhase, pPhase);
             sums.AddRecord(sys, iB[3], g, pCode + pPhase, pCode * fCode + pPhase * fPhase);
+            rhs.AddOwn(Nc2, tc2, own, iB[3], g, fPhase, pPhase);
+            rhs.AddRecord(sys, iB[3], g, pCode + pPhase, pCode * fCode + pPhase * fPhase);
         }
         sums.End(Nc, tc, Nt, tt, N22(e), t2(e), rowCol, rowVal);
+        rhs.End(Nc2, tc2, Nt2, tt2, N22b(e), t2b(e), rowCol2, rowVal2);
         rowStart.push_back(static_cast<long>(rowCol.size()));
     }
     sums.Finish(Nt, tt, rowCol, rowVal);
+    rhs.Finish(Nt2, tt2, rowCol2, rowVal2);
+    for (long i = 0; i < nUnk; ++i) {
+        EXPECT_TRUE(SameBits(tc2(i), tc(i)) && SameBits(tt2(i), tt(i))) << i;
+        for (long j = 0; j < nUnk; ++j) EXPECT_TRUE(Nc2(i, j) == untouched && Nt2(i, j) == untouched) << i << " " << j;
+    }
+    for (long e = 0; e < nEp; ++e) EXPECT_TRUE(SameBits(N22b(e), N22(e)) && SameBits(t2b(e), t2(e))) << e;
+    ASSERT_EQ(rowCol2.size(), rowCol.size());
+    for (size_t q = 0; q < rowCol.size(); ++q)
+        EXPECT_TRUE(rowCol2[q] == rowCol[q] && SameBits(rowVal2[q], rowVal[q])) << q;
     matrix<long double> Nr(nUnk, nUnk), tr(nUnk, 1);
     for (long i = 0; i < nUnk; ++i) {
         tr(i) = tc(i) - tt(i);

@@ -11,12 +11,12 @@
 #include <string_view>
 #include <vector>
 
+#include "numerics/NearLD.h"
 #include "numerics/FieldText.h"
 
 namespace {
 
-// Same value and sign, bit for bit (the 10 bytes of the x87 format).
-bool SameBits(long double a, long double b) { return std::memcmp(&a, &b, 10) == 0; }
+using orvotest::SameBits;
 
 }  // namespace
 

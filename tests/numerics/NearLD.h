@@ -1,11 +1,12 @@
 #pragma once
 // EXPECT_NEAR converts both sides to double, which hides any difference
 // below 1e-16 of the values' size; extended-precision results are compared
-// here in long double instead.
+// here in long double instead, or bit for bit.
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <cstdio>
+#include <cstring>
 
 namespace orvotest {
 
@@ -20,6 +21,10 @@ inline ::testing::AssertionResult NearLD(const char* ea, const char* eb, const c
                   d, tol, a, b);
     return ::testing::AssertionFailure() << text;
 }
+
+/// Same value and sign, bit for bit (the 10 bytes of the x87 format; a NaN
+/// equals itself).
+inline bool SameBits(long double a, long double b) { return std::memcmp(&a, &b, 10) == 0; }
 
 }  // namespace orvotest
 

@@ -2,7 +2,6 @@
 // the listing formats.
 #include "ObsSupport.h"
 
-#include <cstring>
 #include <limits>
 
 // Values decoded from text are compared to the decimal they were written
@@ -63,18 +62,13 @@ TEST(GnssObs, PackedValueKeepsEveryBitAndTheFlags)
     using L = std::numeric_limits<long double>;
     const long double values[] = {0.0L, -0.0L, 27616185.992L, -2620.70216L, L::denorm_min(), L::min(),
                                   L::max(), -L::infinity(), L::quiet_NaN(), 1.0L / 3.0L};
-    const auto bits = [](long double v) {
-        unsigned char b[10];
-        std::memcpy(b, &v, 10);
-        return std::string(reinterpret_cast<const char*>(b), 10);
-    };
     for (const long double v : values) {
         gnssobs o(v, 7, 9), arr[3] = {gnssobs(1.0L, 1, 2), gnssobs(2.0L, 5, 6), gnssobs(3.0L, 3, 4)};
-        EXPECT_TRUE(bits(o.GetObs()) == bits(v) && o.GetLli() == 7 && o.GetSs() == 9) << v;
+        EXPECT_TRUE(orvotest::SameBits(o.GetObs(), v) && o.GetLli() == 7 && o.GetSs() == 9) << v;
         arr[1].obs = v;
         arr[1].obs += 0.0L;
         arr[1].obs *= 1.0L;
-        EXPECT_TRUE(bits(arr[1].GetObs()) == bits(v + 0.0L) && arr[1].GetLli() == 5 && arr[1].GetSs() == 6) << v;
+        EXPECT_TRUE(orvotest::SameBits(arr[1].GetObs(), v + 0.0L) && arr[1].GetLli() == 5 && arr[1].GetSs() == 6) << v;
         EXPECT_TRUE(arr[0].GetObs() == 1.0L && arr[0].GetSs() == 2 && arr[2].GetObs() == 3.0L && arr[2].GetLli() == 3) << v;
     }
     gnssobs o(10.0L, 5, 6);
