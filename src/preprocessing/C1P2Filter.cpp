@@ -102,6 +102,8 @@ void C1P2Filter(gCPosC& gc)
     }
 
     long nAll = 0, nOutAll = 0;
+    // Per record of an arc its time (h) and weight, for the fit and the test.
+    std::vector<long double> hoursOf, weightOf;
     for (Arc& arc : arcs) {
         const mjd first = d.epoch(arc.recs.front().epoch);
         const long double hours = (d.epoch(arc.recs.back().epoch) - first) / 3600.0L;
@@ -109,10 +111,14 @@ void C1P2Filter(gCPosC& gc)
         const long r = arc.degree;
         matrix<long double> N(r + 1, r + 1, 0.0L), t(r + 1, 1, 0.0L);
         long double fpf = 0.0L;
+        hoursOf.clear();
+        weightOf.clear();
         for (const SatRecord& rec : arc.recs) {
+            hoursOf.push_back((d.epoch(rec.epoch) - first) / 3600.0L);
+            weightOf.push_back(CodeWeight(gc.ELV(rec.k)));
             const long double obs = second(arc.sat, rec.k)->obs - d.C1(rec.k).obs;
             if (std::fabs(obs) > ns::Outlier_m) continue;
-            UpdateNormalSystem((d.epoch(rec.epoch) - first) / 3600.0L, obs, CodeWeight(gc.ELV(rec.k)), r, N, t, fpf);
+            UpdateNormalSystem(hoursOf.back(), obs, weightOf.back(), r, N, t, fpf);
             ++arc.nObs;
         }
         nAll += static_cast<long>(arc.recs.size());
@@ -126,11 +132,12 @@ void C1P2Filter(gCPosC& gc)
         const long dof = arc.nObs - 1 - r;
         if (dof <= 0) continue;
         const long double s02 = vtpv / dof;
-        for (const SatRecord& rec : arc.recs) {
-            gnssobs* s = second(arc.sat, rec.k);
-            const long double x = (d.epoch(rec.epoch) - first) / 3600.0L;
-            const long double v = GetResidual(s->obs - d.C1(rec.k).obs, x, X, r);
-            const long double q = s02 * GetResidualQ(CodeWeight(gc.ELV(rec.k)), x, QX, r);
+        for (std::size_t m = 0; m < arc.recs.size(); ++m) {
+            const long k = arc.recs[m].k;
+            gnssobs* s = second(arc.sat, k);
+            const long double x = hoursOf[m];
+            const long double v = GetResidual(s->obs - d.C1(k).obs, x, X, r);
+            const long double q = s02 * GetResidualQ(weightOf[m], x, QX, r);
             // A cofactor that is not positive (the doubled cross terms can
             // take it below zero) or a singular fit leaves the record as is.
             if (!(q > 0.0L) || !std::isfinite(v)) continue;

@@ -30,11 +30,21 @@ void PrintPeriod(long id, short sat, const Period& p)
 
 }  // namespace
 
-long double SunEarthAngle(const xyz& satPos, const xyz& sunPos)
+namespace {
+
+// |cos| of the Sun-Earth angle at the satellite.
+long double SunEarthCosine(const xyz& satPos, const xyz& sunPos)
 {
     const xyz toSun = (sunPos - satPos).GetUnitVector(1.0L);
     const xyz toEarth = satPos.GetUnitVector(-1.0L);
-    return std::acos(std::min(1.0L, std::fabs(toSun * toEarth)));
+    return std::min(1.0L, std::fabs(toSun * toEarth));
+}
+
+}  // namespace
+
+long double SunEarthAngle(const xyz& satPos, const xyz& sunPos)
+{
+    return std::acos(SunEarthCosine(satPos, sunPos));
 }
 
 void GetEclipsing(gCPosC& gc)
@@ -52,6 +62,11 @@ void GetEclipsing(gCPosC& gc)
     const RINEXHeader& h = gc.rnxh;
     const long rows = std::min(gc.EclipsSat.NRow(), gc.EclipsNObs.NRow());
     gc.NEclipsSat = 0;
+    // Most records lie far outside the threshold: a cosine below its
+    // cosine by this much is an angle beyond it by more than acos's error
+    // (1e-19) many times over, and needs no arc cosine to say so. The
+    // records near it are decided by the angle, as the threshold is given.
+    const long double farBelow = std::cos(gc.satEclipsThres) - GetEclipsingns::CosineMargin;
     long id = 0;
     for (const auto& [sat, records] : RecordsBySatellite(d)) {
         const bool galileo = SystemOf(sat) == SysGAL;
@@ -61,7 +76,8 @@ void GetEclipsing(gCPosC& gc)
             const long k = r.k;
             if (!gc.OKSAT(k)) continue;
             const xyz sun = gc.posSunUnit(r.epoch) * gc.SunMag(r.epoch);
-            if (!(SunEarthAngle(gc.SatellitePosition(k), sun) < gc.satEclipsThres)) continue;
+            const long double c = SunEarthCosine(gc.SatellitePosition(k), sun);
+            if (c < farBelow || !(std::acos(c) < gc.satEclipsThres)) continue;
             Clear(d.L1, h.HasL1(), k);
             if (galileo)
                 Clear(d.L7, h.HasL7(), k);

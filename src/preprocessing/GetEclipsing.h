@@ -9,6 +9,10 @@ namespace GetEclipsingns {
 /// Eclipsing observations further apart than this (s) belong to different
 /// periods of the report.
 inline constexpr long double PeriodGap_s = 900.0L;
+/// A record whose Sun-Earth cosine lies this far below the threshold's is
+/// outside it without the angle: beyond by 1e-12 rad or more (the arc
+/// cosine's slope is at least 1), against errors of 1e-19 in either.
+inline constexpr long double CosineMargin = 1e-12L;
 }  // namespace GetEclipsingns
 
 /// Angle (rad, 0 to pi/2) between the directions from a satellite at

@@ -74,6 +74,25 @@ TEST(GetEclipsing, RealDayClearsPhaseWhereAnIndependentSunPutsTheLimit) {
     char total[16];
     std::snprintf(total, sizeof total, "%4ld", g.NEclipsSat);
     EXPECT_TRUE(Has(out, std::string("  # satellites in eclipsing seasons   : ") + total)) << out;
+
+    // The limit holds to the last bit of the program's own angle: the
+    // record kept with the smallest angle stays at a threshold equal to
+    // it (the test is strict) and goes at the next value above.
+    long k0 = -1;
+    long double a0 = 0.0L;
+    for (long i = 0, k = 0; i < d.GetNEpoch(); ++i)
+        for (long j = 0; j < d.nsat(i); ++j, ++k) {
+            if (!g.OKSAT(k) || d.L1(k).IsNull()) continue;
+            const long double a = SunEarthAngle(g.SatellitePosition(k), g.posSunUnit(i) * g.SunMag(i));
+            if (k0 < 0 || a < a0) k0 = k, a0 = a;
+        }
+    ASSERT_GE(k0, 0);
+    for (const long double thres : {a0, std::nextafter(a0, 1.0L)}) {
+        g.satEclipsThres = thres;
+        Capture cap(std::cout);
+        GetEclipsing(g);
+        EXPECT_EQ(d.L1(k0).IsNull(), thres > a0) << static_cast<double>(a0);
+    }
 }
 
 }  // namespace
