@@ -28,10 +28,6 @@ void PrintPeriod(long id, short sat, const Period& p)
     std::cout << std::setw(16) << p.n << "\n";
 }
 
-}  // namespace
-
-namespace {
-
 // |cos| of the Sun-Earth angle at the satellite.
 long double SunEarthCosine(const xyz& satPos, const xyz& sunPos)
 {
