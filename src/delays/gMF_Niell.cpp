@@ -70,6 +70,11 @@ void gMF_Niell::SetAtmParams(const flh& pos)
 void gMF_Niell::GetMappFunction(gTropDelay& td, const flh& pos, const mjd& eph,
                                 long double E)
 {
+    GetMappFunctionOfSine(td, pos, eph, trig::Sin(E));
+}
+
+void gMF_Niell::GetMappFunctionOfSine(gTropDelay& td, const flh& pos, const mjd& eph, long double s)
+{
     // Whole days from 28 January 1980, the phase origin of the seasonal term.
     // The seasonal term changes once a day; its cosine of a large angle
     // costs a full argument reduction.
@@ -82,7 +87,6 @@ void gMF_Niell::GetMappFunction(gTropDelay& td, const flh& pos, const mjd& eph,
     ad = ad1 + ad2 * season;
     bd = bd1 + bd2 * season;
     cd = cd1 + cd2 * season;
-    const long double s = trig::Sin(E);
     td.mfdry = MappingFractionOfSine(ad, bd, cd, s) + NiellHeightCorrectionOfSine(pos.h, s, adht, bdht, cdht);
     td.mfwet = MappingFractionOfSine(aw, bw, cw, s);
 }

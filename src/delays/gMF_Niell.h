@@ -39,4 +39,6 @@ public:
     /// exactly 1 at the zenith. Meant for 3 degrees <= E <= 90 degrees.
     void GetMappFunction(gTropDelay& td, const flh& pos, const mjd& eph,
                          long double E);
+    /// As above, for an elevation whose sine sinE the caller holds.
+    void GetMappFunctionOfSine(gTropDelay& td, const flh& pos, const mjd& eph, long double sinE);
 };

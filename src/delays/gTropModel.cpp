@@ -1,6 +1,7 @@
 #include "delays/gTropModel.h"
 
 #include "numerics/ProgramError.h"
+#include "numerics/Trigonometry.h"
 
 #include <cstring>
 #include <fstream>
@@ -118,8 +119,13 @@ void gTropModel::GetZenithDelay(gTropDelay& td, const flh& pos, const mjd& eph)
 void gTropModel::GetMappFunction(gTropDelay& td, const flh& pos, const mjd& eph,
                                  long double E)
 {
+    GetMappFunction(td, pos, eph, E, MappF == 0 ? trig::Sin(E) : 0.0L);
+}
+
+void gTropModel::GetMappFunction(gTropDelay& td, const flh& pos, const mjd& eph, long double E, long double sinE)
+{
     switch (MappF) {
-    case 0: mNiell.GetMappFunction(td, pos, eph, E); break;
+    case 0: mNiell.GetMappFunctionOfSine(td, pos, eph, sinE); break;
     case 1: mChao.GetMappFunction(td, E); break;
     case 2: mDavis.GetMappFunction(td, E); break;
     case 3: mMarini.GetMappFunction(td, E); break;

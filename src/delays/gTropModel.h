@@ -81,6 +81,8 @@ public:
     /// for the epoch; with another model they are computed here.
     void GetMappFunction(gTropDelay& td, const flh& pos, const mjd& eph,
                          long double E);
+    /// As above, with the sine of E, which Niell's function reads alone.
+    void GetMappFunction(gTropDelay& td, const flh& pos, const mjd& eph, long double E, long double sinE);
 
     /// Writes the chosen model's name ("Saastamoinen", "Hopfield", "GPT",
     /// "GPT2", "VIENNA") to name, which must hold 40 characters.

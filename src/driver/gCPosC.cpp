@@ -1,6 +1,7 @@
 #include "driver/gCPosC.h"
 
 #include "numerics/MathConstants.h"
+#include "numerics/Trigonometry.h"
 
 namespace {
 
@@ -115,6 +116,12 @@ gCPosC::gCPosC(RINEXHeader& rnxhIn, RINEXData& rnxdIn, RINEX& rnxIn)
     NObsOutlGCd = NObsOutlRCd = NObsOutlECd = 0;
 
     NXcrd = NUnkDCB = NUnk = NClk = NUnkUndef = 0;
+}
+
+long double gCPosC::SinElevation(long k) const
+{
+    // Elevations set without the modelling stage have no sines kept.
+    return k < SINELV.NRow() ? SINELV(k) : trig::Sin(ELV(k));
 }
 
 xyzt gCPosC::SatellitePosition(long k) const

@@ -182,6 +182,8 @@ public:
     /// light-time solution (precise orbits), else from SAT_POS (navigation
     /// files). Read only before the adjustment, which renews the solutions.
     xyzt SatellitePosition(long k) const;
+    /// sin(ELV(k)), as trig::Sin gives it.
+    long double SinElevation(long k) const;
     /// True when SatellitePosition answers for the first n records.
     bool HasSatellitePositions(long n) const { return savedSat.NRow() >= n || SAT_POS.NRow() >= n; }
 
@@ -206,6 +208,8 @@ public:
 
     matrix<long double> TROP, MFTROP, MFGRAD, ION, SETIDE, PTIDE, OTIDE, ELV, AZM,
         WGHT, REL2;
+    // The sine of ELV, formed once: half a dozen stages weight by it.
+    matrix<long double> SINELV;
     matrix<xyzt> SAT_POS;
     matrix<bool> OKSAT;
     matrix<xyz> posSunUnit;

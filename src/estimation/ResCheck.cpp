@@ -11,7 +11,6 @@
 #include "estimation/ProcStatic.h"
 #include "estimation/StoredTypes.h"
 #include "numerics/ProgramError.h"
-#include "numerics/Trigonometry.h"
 #include "observations/SatelliteSystem.h"
 #include "preprocessing/SetAmbiguities.h"
 
@@ -129,7 +128,7 @@ void ResCheck(gCPosC& gc)
             // A phase is never judged against less than the a-priori noise of
             // a GPS L3; the fall-back widens towards the horizon.
             if (qv < 0.0L || std::sqrt(s0 * qv) < gc.sigL3G)
-                rThres = std::sqrt(gc.s0apost_L3) * gc.ThresBlunder / trig::Sin(gc.ELV(k));
+                rThres = std::sqrt(gc.s0apost_L3) * gc.ThresBlunder / gc.SinElevation(k);
             if (std::fabs(l3.f(k)) > rThres) {
                 ++*phCount[sys];
                 l3.rejected(k) = true;

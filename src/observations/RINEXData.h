@@ -223,8 +223,9 @@ public:
     /// Arcs without MW values pass unchanged. NAmbAll returns the number of
     /// arcs written; each split part records one observation fewer than it
     /// accepted.
+    /// sinE, where it holds a row per record, gives sin E.
     void ScreenMW(long double RMS, long MinObsAmb, const matrix<long double>& E,
-                  long& NAmbAll) const;
+                  long& NAmbAll, const matrix<long double>* sinE = nullptr) const;
     /// Single-frequency cut on code minus phase CL1: an arc ends when the
     /// time since the last accepted epoch exceeds MaxTimeGap (s) or |dCL1|
     /// exceeds lam1Mult L1 wavelengths. Satellites whose L1 wavelength is

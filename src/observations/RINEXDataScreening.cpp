@@ -323,11 +323,13 @@ void RINEXData::ScreenL4Linear(const matrix<long double>& Elev, long double MinE
 }
 
 void RINEXData::ScreenMW(long double RMS, long MinObsAmb, const matrix<long double>& E,
-                         long& NAmbAll) const
+                         long& NAmbAll, const matrix<long double>* sinE) const
 {
     namespace ns = RINEXScreenns;
     CheckScreenInput(*this, E);
     if (AmbFile.empty()) RINEXDataError("ARC SCREENING: AMBIGUITY FILE NAME NOT SET!");
+    // The sine is odd: that of |E| is the magnitude of that of E.
+    const bool sines = sinE != nullptr && sinE->NRow() >= E.NRow();
 
     // Size the arc list by what the file really holds before allocating, so
     // that a wrong count cannot ask for memory the file does not back.
@@ -372,8 +374,9 @@ void RINEXData::ScreenMW(long double RMS, long MinObsAmb, const matrix<long doub
                 if (sat(k) != a.sat || !haveMW || MW(k).IsNull()) continue;
                 const long double mw = MW(k).obs;
                 if (n == 0) m0 = mw;
-                const long double p = std::fabs(E(k)) < ns::MWLowElev
-                                          ? 2.0L * trig::Sin(std::fabs(E(k))) : 1.0L;
+                const long double p =
+                    std::fabs(E(k)) < ns::MWLowElev
+                        ? 2.0L * (sines ? std::fabs((*sinE)(k)) : trig::Sin(std::fabs(E(k)))) : 1.0L;
                 N += p;
                 t += (mw - m0) * p;
                 f += (mw - m0) * (mw - m0) * p;

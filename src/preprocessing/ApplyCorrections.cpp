@@ -43,6 +43,7 @@ void SizeArrays(gCPosC& gc)
     const long n = gc.rnxd.GetNObs();
     const long ne = gc.rnxd.GetNEpoch();
     gc.ELV.Resize(n, 1, 0.0L);
+    gc.SINELV.Resize(n, 1, 0.0L);
     // The light-time solutions of the precise orbits start the adjustment,
     // which moves them to its receiver clock rather than interpolate the
     // orbits again, and give the satellite positions until then; fresh
@@ -159,7 +160,7 @@ void PrintModels(const gCPosC& gc)
 void ModelTroposphere(gCPosC& gc, long k, mjd& calcEph, const SkyDirection& sky)
 {
     gc.trpmodel.GetZenithDelay(gc.trpdelay, gc.RecPosFCG, calcEph);
-    gc.trpmodel.GetMappFunction(gc.trpdelay, gc.RecPosFCG, calcEph, gc.ELV(k));
+    gc.trpmodel.GetMappFunction(gc.trpdelay, gc.RecPosFCG, calcEph, gc.ELV(k), gc.SINELV(k));
     gc.TROP(k) = gc.trpdelay.DelayDry();
     if (gc.ifEstTropo) {
         gc.MFTROP(k) = gc.trpdelay.MappFunWet();
@@ -468,12 +469,13 @@ void CalculateAE(gCPosC& gc)
                                                    dist, refused, hints);
             gc.OKSAT(k) = ok;
             if (!ok) {
-                gc.ELV(k) = gc.AZM(k) = 0.0L;
+                gc.ELV(k) = gc.AZM(k) = gc.SINELV(k) = 0.0L;
                 continue;
             }
             const LocalFrame& frame = ell == &gc.eGLN ? frameGLN : ell == &gc.eGAL ? frameGAL : frameGPS;
             const SkyDirection dir = SatelliteSkyDirection(gc.RecPosFC, frame, posSat);
             gc.ELV(k) = dir.E;
+            gc.SINELV(k) = trig::Sin(dir.E);
             gc.AZM(k) = dir.A;
             const long double satDist = posSat.GetLength();
             if (k < gc.SAT_POS.NRow()) gc.SAT_POS(k) = posSat;

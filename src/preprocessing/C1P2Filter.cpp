@@ -115,7 +115,7 @@ void C1P2Filter(gCPosC& gc)
         weightOf.clear();
         for (const SatRecord& rec : arc.recs) {
             hoursOf.push_back((d.epoch(rec.epoch) - first) / 3600.0L);
-            weightOf.push_back(CodeWeight(gc.ELV(rec.k)));
+            weightOf.push_back(CodeWeight(gc, rec.k));
             const long double obs = second(arc.sat, rec.k)->obs - d.C1(rec.k).obs;
             if (std::fabs(obs) > ns::Outlier_m) continue;
             UpdateNormalSystem(hoursOf.back(), obs, weightOf.back(), r, N, t, fpf);

@@ -1,6 +1,5 @@
 #include "preprocessing/CodeBiasFilter.h"
 
-#include <algorithm>
 #include <cmath>
 #include <iomanip>
 #include <iostream>
@@ -55,7 +54,7 @@ void Filter(gCPosC& gc, const Pair& pr)
             const long double obs = b(r.k).obs - a(r.k).obs;
             if (std::fabs(obs) > ns::Outlier_m) continue;
             if (s1.n == 0) x0 = obs;
-            s1.Add(obs - x0, CodeWeight(gc.ELV(r.k)));
+            s1.Add(obs - x0, CodeWeight(gc, r.k));
         }
         if (s1.n == 0) continue;
         long double x = s1.Mean() + x0, qx = 1.0L / s1.sp;
@@ -66,7 +65,7 @@ void Filter(gCPosC& gc, const Pair& pr)
         long nOut = 0;
         for (const SatRecord& r : recs) {
             if (!both(r.k)) continue;
-            const long double obs = b(r.k).obs - a(r.k).obs, p = CodeWeight(gc.ELV(r.k));
+            const long double obs = b(r.k).obs - a(r.k).obs, p = CodeWeight(gc, r.k);
             const long double q = (1.0L / p - qx) * v0;
             const long double w = q > 0.0L ? (x - obs) / std::sqrt(q) : 0.0L;
             if (std::fabs(w) > gc.P3OutliersThres) {
@@ -133,10 +132,11 @@ bool Runs(const gCPosC& gc) { return gc.doCopyFilterC && (gc.ifPc3 || gc.ifPp3 |
 
 }  // namespace
 
-long double CodeWeight(long double elv)
+long double CodeWeight(const gCPosC& gc, long k)
 {
-    const long double e = std::max(elv, CodeBiasFilterns::MinWeightElevation_deg * Deg2Rad);
-    const long double s = trig::Sin(e);
+    static const long double lowest = CodeBiasFilterns::MinWeightElevation_deg * Deg2Rad;
+    static const long double sinLowest = trig::Sin(lowest);
+    const long double s = gc.ELV(k) < lowest ? sinLowest : gc.SinElevation(k);
     return s * s;
 }
 

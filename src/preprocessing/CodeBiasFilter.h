@@ -12,9 +12,9 @@ inline constexpr long double Outlier_m = 50.0L;
 inline constexpr long double MinWeightElevation_deg = 30.0L;
 }  // namespace CodeBiasFilterns
 
-/// Weight sin^2 E of an observation at elevation elv (rad), E held at 30
-/// degrees or more.
-long double CodeWeight(long double elv);
+/// Weight sin^2 E of record k at its elevation E, held at 30 degrees or
+/// more.
+long double CodeWeight(const gCPosC& gc, long k);
 
 /// With doCopyFilterC, an ionosphere-free solution type (ifPc3, ifPp3 or
 /// ifL3) and a header holding C1 and P1: per satellite of a system in use,

@@ -9,7 +9,6 @@
 #include "driver/Console.h"
 #include "numerics/MathConstants.h"
 #include "numerics/ProgramError.h"
-#include "numerics/Trigonometry.h"
 #include "numerics/inv.h"
 #include "observations/GLC.h"
 #include "observations/LinearCombinations.h"
@@ -22,17 +21,13 @@ namespace ns = ConAmbiguitiesns;
 
 // Low observations carry more multipath and troposphere error: below minE
 // their weight falls with the sine of the elevation, and an observation at
-// or below the horizon gets none.
-long double Weight(long double elv_rad)
+// or below the horizon (or without an elevation) gets none.
+long double Weight(const gCPosC& gc, long k)
 {
-    if (elv_rad >= ns::minE * Deg2Rad) return 1.0L;
-    const long double p = 2.0L * trig::Sin(elv_rad);
+    if (k >= gc.ELV.NRow()) return 0.0L;
+    if (gc.ELV(k) >= ns::minE * Deg2Rad) return 1.0L;
+    const long double p = 2.0L * gc.SinElevation(k);
     return p > 0.0L ? p : 0.0L;
-}
-
-long double Elevation(const gCPosC& gc, long k)
-{
-    return k < gc.ELV.NRow() ? gc.ELV(k) : 0.0L;
 }
 
 // The table is only ever built by the arc stages; one that does not fit the
@@ -156,8 +151,8 @@ bool GetMWCSlip(gCPosC& gc, long iamb, long double lWL, long double& dMW, long d
     // scatter centimetres.
     const long double x0 = MW(before.front()).obs;
     Sums s1, s2;
-    for (long k : before) s1.Add(MW(k).obs - x0, Weight(Elevation(gc, k)));
-    for (long k : after) s2.Add(MW(k).obs - x0, Weight(Elevation(gc, k)));
+    for (long k : before) s1.Add(MW(k).obs - x0, Weight(gc, k));
+    for (long k : after) s2.Add(MW(k).obs - x0, Weight(gc, k));
     if (!s1.Usable() || !s2.Usable()) return false;
     dMW = (s2.Mean() - s1.Mean()) / lWL;
     sdMW = std::sqrt(s1.Var() + s2.Var()) / lWL;
@@ -191,7 +186,7 @@ bool GetL4CSlip(gCPosC& gc, long iamb, long double& dL4, long double& sdL4)
     long double ff = 0.0L;
     auto add = [&](const SatRecord& s, bool step) {
         const long double dt = (d.epoch(s.epoch) - t0) / 60.0L;  // minutes
-        const long double l = L4(s.k).obs - x0, p = Weight(Elevation(gc, s.k));
+        const long double l = L4(s.k).obs - x0, p = Weight(gc, s.k);
         const long double a[4] = {dt * dt, dt, 1.0L, step ? 1.0L : 0.0L};
         for (int i = 0; i < 4; ++i) {
             for (int j = i; j < 4; ++j) N(i, j) += a[i] * a[j] * p;

@@ -8,7 +8,6 @@
 #include "driver/Console.h"
 #include "numerics/MathConstants.h"
 #include "numerics/ProgramError.h"
-#include "numerics/Trigonometry.h"
 #include "preprocessing/AmbiguityTable.h"
 #include "preprocessing/ScreenArcMean.h"
 
@@ -42,7 +41,7 @@ void L3Filter(gCPosC& gc)
             if (!have || !gc.OKSAT(k) || d.L3(k).IsNull() || code(k).IsNull()) continue;
             const long double e = gc.ELV(k);
             if (!(e > minElevation)) continue;
-            const long double s = trig::Sin(e);
+            const long double s = gc.SinElevation(k);
             obs.push_back({k, d.L3(k).obs - code(k).obs, s * s});
         }
         const ArcMean m = ScreenArcMean(obs, gc.P3OutliersThres);

@@ -8,7 +8,6 @@
 #include "driver/Console.h"
 #include "numerics/MathConstants.h"
 #include "numerics/ProgramError.h"
-#include "numerics/Trigonometry.h"
 #include "observations/GALILEOc.h"
 #include "observations/GLONASSc.h"
 #include "observations/GPSc.h"
@@ -72,7 +71,7 @@ void MWAmbiguities(gCPosC& gc)
             if (!haveMW || d.MW(k).IsNull()) continue;
             const long double e = gc.ELV(k);
             if (!(e > minElevation)) continue;
-            obs.push_back({k, d.MW(k).obs, e >= minE ? 1.0L : 2.0L * trig::Sin(e)});
+            obs.push_back({k, d.MW(k).obs, e >= minE ? 1.0L : 2.0L * gc.SinElevation(k)});
         }
         const ArcMean m = ScreenArcMean(obs, gc.MWOutliersThres);
         const bool galileo = SystemOf(sat) == SysGAL;

@@ -182,7 +182,7 @@ void SetAmbiguities(gCPosC& gc)
               << " mm\n"
               << Label("   ", "Number of ambiguities") << nAmb << "\n";
 
-    d.ScreenMW(gc.MWRMSThres, gc.MinObsAmb, gc.ELV, nAmb);
+    d.ScreenMW(gc.MWRMSThres, gc.MinObsAmb, gc.ELV, nAmb, &gc.SINELV);
     std::cout << "  Melbourne-Wuebbena [MW] amb. search :\n"
               << Label("   ", "Threshold for MW RMS") << std::setprecision(2) << gc.MWRMSThres
               << " m\n"

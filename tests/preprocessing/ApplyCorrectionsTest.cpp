@@ -3,6 +3,7 @@
 // orbit file does not hold, is in view. Geometry is checked against the
 // independent computation of StagingSupport.h.
 #include "preprocessing/StagingSupport.h"
+#include "numerics/Trigonometry.h"
 
 using namespace stagingtest;
 
@@ -56,12 +57,14 @@ TEST(Corrections, GeometryAgreesWithIndependentComputationAtOrbitNodesAndIsPlott
         Stage(c, o);
         const gCPosC& g = c.gc;
         const long n = c.rnxd.GetNObs();
-        for (long rows : {g.ELV.NRow(), g.AZM.NRow(), g.WGHT.NRow(), g.TROP.NRow(), g.MFTROP.NRow(), g.REL2.NRow(),
+        for (long rows : {g.ELV.NRow(), g.SINELV.NRow(), g.AZM.NRow(), g.WGHT.NRow(), g.TROP.NRow(), g.MFTROP.NRow(), g.REL2.NRow(),
                           g.SETIDE.NRow(), g.isPTide ? g.PTIDE.NRow() : n,
                           g.isOTide ? g.OTIDE.NRow() : n, g.ION.NRow(),
                           g.savedSat.NRow(), g.OKSAT.NRow(), g.MFGRAD.NRow(), g.MFGRAD.NCol() * n / 2})
             EXPECT_EQ(rows, n);
         EXPECT_EQ(g.posSunUnit.NRow() + g.SunMag.NRow(), 2 * kEpochs);
+        // The stages that weight by the sine read the one kept here.
+        for (long k = 0; k < n; ++k) ASSERT_EQ(g.SinElevation(k), trig::Sin(g.ELV(k))) << k;
         const V3 rec = AntennaPoint(r.antipode ? V3{-kRef[0], -kRef[1], -kRef[2]} : kRef);
         int checked = 0;
         for (long ix : {0L, kEpochs - 1})
@@ -163,7 +166,7 @@ TEST(Corrections, RecordWithoutOrbitClockOrSystemKeepsStartValues)
                 EXPECT_GT(g.ELV(k), 0.0L);
                 continue;
             }
-            for (long double v : {g.ELV(k), g.AZM(k), g.REL2(k), g.WGHT(k) - 1.0L, g.SETIDE(k)}) EXPECT_EQ(v, 0.0L) << prn;
+            for (long double v : {g.ELV(k), g.SINELV(k), g.AZM(k), g.REL2(k), g.WGHT(k) - 1.0L, g.SETIDE(k)}) EXPECT_EQ(v, 0.0L) << prn;
         }
         EXPECT_EQ(seen, kEpochs);  // tracked through the window
         EXPECT_GT(glonass, 0);
