@@ -55,8 +55,7 @@ bool DateOf(const std::string& text, mjd& t)
 
 GNSSpClk::GNSSpClk()
     : DTisOK(true), type(' '), version(0.0f), nepoch(0), nsat(0), interval(0.0L),
-      intervalUnit(0.0L), EpochIx(0), Lfact{0.0L, 0.0L, 0.0L, 0.0L},
-      T{0.0L, 0.0L, 0.0L, 0.0L}, DX(0.0L), IxI{0, 0, 0, 0}, posDate(8), nHeaderLines(0)
+      intervalUnit(0.0L), EpochIx(0), Lfact{0.0L, 0.0L, 0.0L, 0.0L}, posDate(8), nHeaderLines(0)
 {
     clkfile[0] = '\0';
 }
@@ -410,20 +409,25 @@ void GNSSpClk::GetSatelliteClock(short& prn, mjd& reph, long double& dt)
     long first = EpochIx - 1;
     if (EpochIx <= 0) first = 0;
     else if (EpochIx >= nepoch - 4) first = nepoch - 4;
+    // The four nodes down the satellite's column, the range checked once:
+    // the estimator asks at every record of every iteration.
+    const long double* const node = &SatClk(first, col);
+    const bool* const even = &evenStep(first);
+    if (first + 3 >= SatClk.NRow() || first + 3 >= evenStep.NRow()) return;
+    const long stride = SatClk.NCol();
+    long double c[4];
     for (int k = 0; k < 4; ++k) {
-        IxI[k] = first + k;
-        if (SatClk(IxI[k], col) > GNSSpClkns::MaxClock_s) return;
-        if (k > 0 && !evenStep(first + k)) return;
+        c[k] = node[k * stride];
+        if (c[k] > GNSSpClkns::MaxClock_s) return;
+        if (k > 0 && !even[k]) return;
     }
-    DX = (reph - epoch(first)) / 60.0L;
+    const long double x = (reph - epoch(first)) / 60.0L;
     DTisOK = true;
 
     const long double u = intervalUnit;
-    T[0] = (DX - u) * (DX - 2.0L * u) * (DX - 3.0L * u);
-    T[1] = DX * (DX - 2.0L * u) * (DX - 3.0L * u);
-    T[2] = DX * (DX - u) * (DX - 3.0L * u);
-    T[3] = DX * (DX - u) * (DX - 2.0L * u);
+    const long double T[4] = {(x - u) * (x - 2.0L * u) * (x - 3.0L * u), x * (x - 2.0L * u) * (x - 3.0L * u),
+                              x * (x - u) * (x - 3.0L * u), x * (x - u) * (x - 2.0L * u)};
     long double sum = 0.0L;
-    for (int k = 0; k < 4; ++k) sum += SatClk(IxI[k], col) * T[k] / Lfact[k];
+    for (int k = 0; k < 4; ++k) sum += c[k] * T[k] / Lfact[k];
     dt = sum;
 }

@@ -141,9 +141,6 @@ private:
     long double intervalUnit;
     long EpochIx;
     long double Lfact[4];
-    long double T[4];
-    long double DX;
-    long IxI[4];
     // Column of the date text in AS lines: 8 before version 3.04, then 13.
     std::size_t posDate;
     // Header lines, counted so the data pass can name its line numbers.
