@@ -43,13 +43,14 @@ constexpr long double MaxMovedShift_s = 2e-3L;
 // earlier one while the coordinates have since moved by less than this in
 // all, and the clocks (as ranges) by less than MaxKeptClockMove_m, over the
 // same equations. The matrix changes by the move over the satellite
-// distance, 5e-9 for 10 cm, and the step by that fraction of itself: where
-// the iteration stops (a step below 1e-4 m), by 5e-13 m at most. The right
+// distance, 5e-7 for 10 m, and the step by that fraction of itself: where
+// the iteration stops (a step below 1e-4 m), by 5e-11 m at most. The right
 // side is formed afresh at every iteration, so the solution reached is that
-// of the full system.
-constexpr long double MaxKeptMove_m = 0.1L;
-// A range of 1 m of clock moves a satellite by 1.3e-5 m in its flight.
-constexpr long double MaxKeptClockMove_m = 1.0L;
+// of the full system. From a header position the first iteration's matrix
+// thus serves to the end.
+constexpr long double MaxKeptMove_m = 10.0L;
+// A range of 1 km of clock moves a satellite by 0.013 m in its flight.
+constexpr long double MaxKeptClockMove_m = 1000.0L;
 
 // One code observation type as it enters the adjustment.
 struct CodeType {
@@ -571,6 +572,11 @@ void ProcStatic(gCPosC& gc)
             epochStep = std::max(epochStep, std::fabs(step));
             gc.vtPv -= t2(ie) * t2(ie) / N22(ie);
         }
+        // A step solved with a kept matrix leaves the sum off by that
+        // matrix's error (5e-7 at most) times its own reduction of it: on
+        // data without noise, where the sum is round-off, that can take it
+        // below zero, which a sum of squares is not.
+        if (gc.vtPv < 0.0L) gc.vtPv = 0.0L;
 
         const long dof = gc.NObs - gc.NUnk - gc.NClk + gc.ndcbConstr + gc.NUnkUndef;
         if (dof > 0) {
