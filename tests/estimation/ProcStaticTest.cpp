@@ -200,11 +200,11 @@ TEST(ProcStatic, TroposphereSystemBiasAndAmbiguitiesAreRecovered)
             }
 
 
-    // The last iteration solved with the matrix of the one before (the
-    // station had moved by 0.2 mm since). Its solution is still that of the
-    // full system: one more iteration, which sums its own matrix, moves the
+    // The last iterations solved with the matrix of an earlier one (the
+    // station has moved since). Their solution is still that of the full
+    // system: one more iteration, which sums its own matrix, moves the
     // station by round-off. A step not solved afresh, or a stale right side,
-    // would leave it off by that last step's 0.2 mm.
+    // would leave it off by that last step, a fraction of a millimetre.
     const xyz reached = gc.RecPosEst;
     gc.MaxIter = 1;
     {
