@@ -12,6 +12,9 @@ long double FindOutliers(long double* f, bool* fo, long& n, long double ThresBlu
     for (long j = 0; j < n; ++j) favg += f[j];
     favg /= static_cast<long double>(n);
 
+    // The flags are those of the last round's mean: set once, after the
+    // rounds (some forty on real data), not in every one.
+    long double flagMean = favg;
     for (long round = 0; round < FindOutliersns::MaxRounds; ++round) {
         long double sumfp = 0.0L, sump = 0.0L;
         for (long j = 0; j < n; ++j) {
@@ -19,8 +22,8 @@ long double FindOutliers(long double* f, bool* fo, long& n, long double ThresBlu
             const long double pb = 1.0L / (v * v + 1.0L);
             sumfp += f[j] * pb;
             sump += pb;
-            fo[j] = std::fabs(v) > ThresBlunder;
         }
+        flagMean = favg;
         const long double favg1 = sumfp / sump;
         // Values so far apart that every weight underflows, or a NaN among
         // them, give no better mean than the one at hand.
@@ -28,5 +31,6 @@ long double FindOutliers(long double* f, bool* fo, long& n, long double ThresBlu
         if (std::fabs(favg - favg1) < FindOutliersns::MeanChangeStop_m) break;
         favg = favg1;
     }
+    for (long j = 0; j < n; ++j) fo[j] = std::fabs(f[j] - flagMean) > ThresBlunder;
     return favg;
 }
