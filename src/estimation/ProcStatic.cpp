@@ -323,6 +323,16 @@ void ProcStatic(gCPosC& gc)
                 nodeFactor[s] = tropo.factor[s - 6];
             }
             sums.Begin(B_OBS_I, nodeFactor);
+            // The receiver clock of each system and the reception epoch on
+            // it, the same for all the epoch's records of the system.
+            long double sysClock[SysNone];
+            mjd sysEpoch[SysNone];
+            for (int s = 0; s < SysNone; ++s) {
+                sysClock[s] = gc.dtAll(i);
+                if (gc.ixDTsys[s] != -1) sysClock[s] += gc.dtGNSS[s];
+                sysEpoch[s] = d.epoch(i);
+                sysEpoch[s] += -sysClock[s] / C_mps;
+            }
 
             for (long k = i1; k < i2; ++k) {
                 if (!(gc.ELV(k) > minElevation)) continue;
@@ -340,15 +350,13 @@ void ProcStatic(gCPosC& gc)
                     alpha2 = AlphaGAL;
                 }
 
-                long double RecClkErr = gc.dtAll(i);
-                if (gc.ixDTsys[sys] != -1) RecClkErr += gc.dtGNSS[sys];
-                mjd CalcEph = d.epoch(i);
-                CalcEph += -RecClkErr / C_mps;
+                const long double RecClkErr = sysClock[sys];
+                mjd CalcEph = sysEpoch[sys];
                 B_OBS_I[3] = gc.ixDTsys[sys];
 
                 bool SATisOK = false;
                 long double dist = 0.0L, Relativity = 0.0L;
-                xyzt PosSat, VelSat;
+                xyzt PosSat;
                 bool healthy = false;
                 if (BroadcastSatellite(gc, satprn, CalcEph, PosSat, dist, Relativity, healthy)) {
                     SATisOK = healthy && dist > 0.0L;
@@ -369,6 +377,7 @@ void ProcStatic(gCPosC& gc)
                         gc.pephM.PSisOK = true;
                         gc.pephM.DTisOK = saved.clockOK;
                     } else {
+                        xyzt VelSat;
                         dist = gc.pephM.CalcSatPosition(static_cast<unsigned short>(satprn), CalcEph,
                                                         gc.RecPosFC, PosSat, VelSat, hints);
                         if (gc.pephM.PSisOK && dist > 0.0L)

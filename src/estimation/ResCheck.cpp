@@ -33,9 +33,11 @@ long double GetQVV(const long double (&b)[ProcStaticns::NSlots], const long (&co
     long double qv = 1.0L / p;
     for (int i = 0; i < n; ++i) {
         const long double bi = v[i];
+        // Doubling is exact: q·v·2·b and q·v·(2b) round alike.
+        const long double twice = 2.0L * bi;
         const long double* const row = Qxx.v + Qxx.c * c[i];
         qv -= row[c[i]] * bi * bi;
-        for (int j = i + 1; j < n; ++j) qv -= row[c[j]] * v[j] * 2.0L * bi;
+        for (int j = i + 1; j < n; ++j) qv -= row[c[j]] * v[j] * twice;
     }
     return qv;
 }
