@@ -12,6 +12,7 @@
 #include "observations/GLONASSc.h"
 #include "observations/GPSc.h"
 #include "observations/RINEXData.h"
+#include "observations/SatEpochIndex.h"
 
 namespace RINEXScreenns {
 /// Elevation (rad) below which an MW value weighs 2·sin|E| instead of 1:
@@ -34,17 +35,12 @@ namespace {
 // The record of sat in epoch block [iRec, iRec + n) whose value of obs is
 // present and whose elevation is above minElev; -1 when there is none. A
 // combination that was never formed has no rows and so no series.
-long SeriesRecord(const RINEXData& d, const matrix<gnssobs>& obs, short sat, long iEpoch,
-                  long iRec, const matrix<long double>& elev, long double minElev)
+long SeriesRecord(const SatEpochIndex& idx, const matrix<gnssobs>& obs, short sat, long iEpoch,
+                  const matrix<long double>& elev, long double minElev)
 {
-    const long n = d.nsat(iEpoch);
-    for (long j = 0; j < n; ++j) {
-        const long r = iRec + j;
-        if (d.sat(r) != sat) continue;
-        if (r >= obs.NRow() || obs(r).IsNull()) return -1;
-        return elev(r) > minElev ? r : -1;
-    }
-    return -1;
+    const long r = idx.Of(sat, iEpoch);
+    if (r < 0 || r >= obs.NRow() || obs(r).IsNull()) return -1;
+    return elev(r) > minElev ? r : -1;
 }
 
 // A satellite's records are looked up by walking epoch blocks, so counts
@@ -104,7 +100,8 @@ long double L1Wavelength(short sat)
 // The walk shared by ScreenL4 and ScreenCL1: consecutive accepted records of
 // a series are compared, and an arc ends where cut() says so.
 template <class Cut>
-void ScreenSequential(const RINEXData& d, const matrix<gnssobs>& obs, short sat,
+void ScreenSequential(const RINEXData& d, const SatEpochIndex& idx, const matrix<gnssobs>& obs,
+                      short sat,
                       const matrix<long double>& elev, long double minElev, long minObsAmb,
                       Cut cut, std::ofstream& out, const std::string& name, long& nAmbAll)
 {
@@ -112,7 +109,7 @@ void ScreenSequential(const RINEXData& d, const matrix<gnssobs>& obs, short sat,
     long lastEpoch = 0, lastRec = 0, iStart = 0, ioStart = 0, count = 0;
     long iRec = 0;
     for (long i = 0; i < d.nepochall; iRec += d.nsat(i), ++i) {
-        const long r = SeriesRecord(d, obs, sat, i, iRec, elev, minElev);
+        const long r = SeriesRecord(idx, obs, sat, i, elev, minElev);
         if (r < 0) continue;
         if (running) {
             const long double dt = d.epoch(i) - d.epoch(lastEpoch);
@@ -157,6 +154,7 @@ void RINEXData::ScreenL4(const matrix<long double>& Elev, long double MinElev, l
                          long& NAmbAll) const
 {
     CheckScreenInput(*this, Elev);
+    const SatEpochIndex idx(*this);
     std::ofstream out = OpenForWriting(AmbFile);
     NAmbAll = 0;
     // The ionosphere drifts with time, so the allowed step grows with the
@@ -166,7 +164,7 @@ void RINEXData::ScreenL4(const matrix<long double>& Elev, long double MinElev, l
         return dt > MaxTimeGap || std::fabs(dL4) > dL4Max;
     };
     for (long s = 0; s < satList.NRow(); ++s)
-        ScreenSequential(*this, L4, satList(s), Elev, MinElev, MinObsAmb, cut, out, AmbFile,
+        ScreenSequential(*this, idx, L4, satList(s), Elev, MinElev, MinObsAmb, cut, out, AmbFile,
                          NAmbAll);
     Close(out, AmbFile);
 }
@@ -175,6 +173,7 @@ void RINEXData::ScreenCL1(const matrix<long double>& Elev, long double MinElev, 
                           long double lam1Mult, long& NAmbAll, long double MaxTimeGap) const
 {
     CheckScreenInput(*this, Elev);
+    const SatEpochIndex idx(*this);
     std::ofstream out = OpenForWriting(AmbFile);
     NAmbAll = 0;
     for (long s = 0; s < satList.NRow(); ++s) {
@@ -188,43 +187,40 @@ void RINEXData::ScreenCL1(const matrix<long double>& Elev, long double MinElev, 
         auto cut = [&](long double dt, long double dCL1) {
             return dt > MaxTimeGap || std::fabs(dCL1) > limit;
         };
-        ScreenSequential(*this, CL1, sat, Elev, MinElev, MinObsAmb, cut, out, AmbFile, NAmbAll);
+        ScreenSequential(*this, idx, CL1, sat, Elev, MinElev, MinObsAmb, cut, out, AmbFile, NAmbAll);
     }
     Close(out, AmbFile);
 }
 
-bool RINEXData::FirstSatObsL4(short sat, long& iEpoch, long& iRec,
+bool RINEXData::FirstSatObsL4(const SatEpochIndex& idx, short sat, long& iEpoch, long& iRec,
                               const matrix<long double>& Elev, long double MinElev) const
 {
     for (; iEpoch < nepochall; iRec += nsat(iEpoch), ++iEpoch)
-        if (SeriesRecord(*this, L4, sat, iEpoch, iRec, Elev, MinElev) >= 0) return true;
+        if (SeriesRecord(idx, L4, sat, iEpoch, Elev, MinElev) >= 0) return true;
     return false;
 }
 
-long RINEXData::LastSatObsL4(short sat, long iStart, long ioStart, long double MaxTimeGap,
+long RINEXData::LastSatObsL4(const SatEpochIndex& idx, short sat, long iStart, long double MaxTimeGap,
                              const matrix<long double>& Elev, long double MinElev) const
 {
-    long iRec = ioStart + nsat(iStart);
-    for (long i = iStart + 1; i < nepochall; iRec += nsat(i), ++i) {
+    for (long i = iStart + 1; i < nepochall; ++i) {
         // The gap is one of the file, not of the satellite: a stretch
         // already ends at any epoch the satellite misses.
         if (epoch(i) - epoch(i - 1) > MaxTimeGap) return i - 1;
-        if (SeriesRecord(*this, L4, sat, i, iRec, Elev, MinElev) < 0) return i - 1;
+        if (SeriesRecord(idx, L4, sat, i, Elev, MinElev) < 0) return i - 1;
     }
     return nepochall - 1;
 }
 
-bool RINEXData::FindContStart(short sat, long& arcStart, long& arcoStart, long iEnd,
-                              long double dVL4Max, long double dL4Max,
+bool RINEXData::FindContStart(const SatEpochIndex& idx, short sat, long& arcStart, long& arcoStart,
+                              long iEnd, long double dVL4Max, long double dL4Max,
                               const matrix<long double>& Elev, long double MinElev) const
 {
     long rec1 = arcoStart;
     for (long i = arcStart; i + 2 <= iEnd; rec1 += nsat(i), ++i) {
-        const long rec2 = rec1 + nsat(i);
-        const long rec3 = rec2 + nsat(i + 1);
-        const long k1 = SeriesRecord(*this, L4, sat, i, rec1, Elev, MinElev);
-        const long k2 = SeriesRecord(*this, L4, sat, i + 1, rec2, Elev, MinElev);
-        const long k3 = SeriesRecord(*this, L4, sat, i + 2, rec3, Elev, MinElev);
+        const long k1 = SeriesRecord(idx, L4, sat, i, Elev, MinElev);
+        const long k2 = SeriesRecord(idx, L4, sat, i + 1, Elev, MinElev);
+        const long k3 = SeriesRecord(idx, L4, sat, i + 2, Elev, MinElev);
         if (k1 < 0 || k2 < 0 || k3 < 0) continue;
         // Residuals of the straight line through three equally weighted
         // points, referred to the middle one to keep the numbers small.
@@ -245,17 +241,17 @@ bool RINEXData::FindContStart(short sat, long& arcStart, long& arcoStart, long i
     return false;
 }
 
-bool RINEXData::FindCSlipL4(short sat, long arcStart, long arcoStart, long iEnd, long& arcEnd,
+bool RINEXData::FindCSlipL4(const SatEpochIndex& idx, short sat, long arcStart, long arcoStart,
+                            long iEnd, long& arcEnd,
                             long& arcoEnd, long double dAL4Max, const matrix<long double>& Elev,
                             long double MinElev) const
 {
     long rec1 = arcoStart;
     for (long i = arcStart; i + 2 <= iEnd; rec1 += nsat(i), ++i) {
         const long rec2 = rec1 + nsat(i);
-        const long rec3 = rec2 + nsat(i + 1);
-        const long k1 = SeriesRecord(*this, L4, sat, i, rec1, Elev, MinElev);
-        const long k2 = SeriesRecord(*this, L4, sat, i + 1, rec2, Elev, MinElev);
-        const long k3 = SeriesRecord(*this, L4, sat, i + 2, rec3, Elev, MinElev);
+        const long k1 = SeriesRecord(idx, L4, sat, i, Elev, MinElev);
+        const long k2 = SeriesRecord(idx, L4, sat, i + 1, Elev, MinElev);
+        const long k3 = SeriesRecord(idx, L4, sat, i + 2, Elev, MinElev);
         if (k1 < 0 || k2 < 0 || k3 < 0) continue;
         const long double o2 = L4(k2).obs - L4(k1).obs;
         const long double o3 = L4(k3).obs - L4(k1).obs;
@@ -277,6 +273,7 @@ void RINEXData::ScreenL4Linear(const matrix<long double>& Elev, long double MinE
                                long double MaxTimeGap, long& NAmbAll) const
 {
     CheckScreenInput(*this, Elev);
+    const SatEpochIndex idx(*this);
     std::ofstream out = OpenForWriting(AmbFile);
     NAmbAll = 0;
     // One set of limits for the longest gap an arc may hold, for all
@@ -289,16 +286,16 @@ void RINEXData::ScreenL4Linear(const matrix<long double>& Elev, long double MinE
     for (long isat = 0; isat < satList.NRow(); ++isat) {
         const short sat = satList(isat);
         long iStart = 0, ioStart = 0;
-        while (FirstSatObsL4(sat, iStart, ioStart, Elev, MinElev)) {
+        while (FirstSatObsL4(idx, sat, iStart, ioStart, Elev, MinElev)) {
             if (iStart > nepochall - MinObsAmb) break;
-            const long iEnd = LastSatObsL4(sat, iStart, ioStart, MaxTimeGap, Elev, MinElev);
+            const long iEnd = LastSatObsL4(idx, sat, iStart, MaxTimeGap, Elev, MinElev);
             const long nobs = iEnd - iStart + 1;
             if (nobs >= MinObsAmb) {
                 long arcStart = iStart, arcoStart = ioStart;
-                while (FindContStart(sat, arcStart, arcoStart, iEnd, dVL4Max, dL4Max, Elev,
+                while (FindContStart(idx, sat, arcStart, arcoStart, iEnd, dVL4Max, dL4Max, Elev,
                                      MinElev)) {
                     long arcEnd = 0, arcoEnd = 0;
-                    const bool slip = FindCSlipL4(sat, arcStart, arcoStart, iEnd, arcEnd,
+                    const bool slip = FindCSlipL4(idx, sat, arcStart, arcoStart, iEnd, arcEnd,
                                                   arcoEnd, dAL4Max, Elev, MinElev);
                     const long nobsArc = arcEnd - arcStart + 1;
                     if (nobsArc >= MinObsAmb) {
