@@ -371,7 +371,7 @@ void ProcStatic(gCPosC& gc)
                     }
                     // Sized to the record store above: k is always a row of it.
                     gCPosC::SavedSatellite& saved = gc.savedSat(k);
-                    const long double shift = (saved.recClk - RecClkErr) / C_mps;
+                    const long double shift = (saved.recClk - RecClkErr) * GNSSpEphns::InvC_spm;
                     if (saved.saved && std::fabs(shift) < (fileClock ? MaxMovedShift_s : MaxStateShift_s)) {
                         dist = gc.pephM.MovedSatPosition(saved.state, shift, gc.RecPosFC, PosSat);
                         gc.pephM.PSisOK = true;
@@ -396,7 +396,10 @@ void ProcStatic(gCPosC& gc)
                 // cosines, system bias, mappings): their row entries are
                 // these times the epoch's node factors.
                 const xyz dPos = gc.RecPosFC - PosSat;
-                long double g[EpochNormals::NShared] = {-dPos.x / dist, -dPos.y / dist, -dPos.z / dist, -1.0L,
+                // One division for the three direction cosines, at every
+                // record of every iteration.
+                const long double perDist = 1.0L / dist;
+                long double g[EpochNormals::NShared] = {-dPos.x * perDist, -dPos.y * perDist, -dPos.z * perDist, -1.0L,
                                                         -gc.MFTROP(k), 0.0L, 0.0L};
                 if (B_OBS_I[8] >= 0) {
                     g[5] = -gc.MFGRAD(k, 0);

@@ -55,7 +55,7 @@ bool DateOf(const std::string& text, mjd& t)
 
 GNSSpClk::GNSSpClk()
     : DTisOK(true), type(' '), version(0.0f), nepoch(0), nsat(0), interval(0.0L),
-      intervalUnit(0.0L), EpochIx(0), Lfact{0.0L, 0.0L, 0.0L, 0.0L}, posDate(8), nHeaderLines(0)
+      intervalUnit(0.0L), EpochIx(0), Lfact{0.0L, 0.0L, 0.0L, 0.0L}, perLfact{0.0L, 0.0L, 0.0L, 0.0L}, posDate(8), nHeaderLines(0)
 {
     clkfile[0] = '\0';
 }
@@ -98,6 +98,7 @@ void GNSSpClk::ReadFile()
     Lfact[1] = 2.0L * u3;
     Lfact[2] = -2.0L * u3;
     Lfact[3] = 6.0L * u3;
+    for (int k = 0; k < 4; ++k) perLfact[k] = 1.0L / Lfact[k];
     // Which node steps have the interpolation's spacing, asked once here
     // rather than three times for every value.
     evenStep.Resize(nepoch, 1, false);
@@ -421,13 +422,13 @@ void GNSSpClk::GetSatelliteClock(short& prn, mjd& reph, long double& dt)
         if (c[k] > GNSSpClkns::MaxClock_s) return;
         if (k > 0 && !even[k]) return;
     }
-    const long double x = (reph - epoch(first)) / 60.0L;
+    const long double x = (reph - epoch(first)) * (1.0L / 60.0L);
     DTisOK = true;
 
     const long double u = intervalUnit;
     const long double T[4] = {(x - u) * (x - 2.0L * u) * (x - 3.0L * u), x * (x - 2.0L * u) * (x - 3.0L * u),
                               x * (x - u) * (x - 3.0L * u), x * (x - u) * (x - 2.0L * u)};
     long double sum = 0.0L;
-    for (int k = 0; k < 4; ++k) sum += c[k] * T[k] / Lfact[k];
+    for (int k = 0; k < 4; ++k) sum += c[k] * T[k] * perLfact[k];
     dt = sum;
 }

@@ -141,6 +141,7 @@ private:
     long double intervalUnit;
     long EpochIx;
     long double Lfact[4];
+    long double perLfact[4];  // their reciprocals
     // Column of the date text in AS lines: 8 before version 3.04, then 13.
     std::size_t posDate;
     // Header lines, counted so the data pass can name its line numbers.

@@ -74,8 +74,8 @@ namespace {
 // inside long double's range, so one division serves.
 long double RelativityTerm(const xyzt& p, const xyz& v)
 {
-    constexpr long double C2 = GNSSpEphns::C_mps * GNSSpEphns::C_mps;
-    return 2.0L * (v.x * p.x + v.y * p.y + v.z * p.z) / C2;
+    constexpr long double PerC2 = 1.0L / (GNSSpEphns::C_mps * GNSSpEphns::C_mps);
+    return 2.0L * (v.x * p.x + v.y * p.y + v.z * p.z) * PerC2;
 }
 
 }  // namespace
@@ -634,7 +634,7 @@ long double GNSSpEph::CarriedLightTime(const LightTimeState& s, const xyz& acc, 
                           dz = prec.z - psat.z;
         dist = std::sqrt(dx * dx + dy * dy + dz * dz);
         thres = std::fabs(dist - tau * C_mps);
-        next = dist / C_mps;
+        next = dist * GNSSpEphns::InvC_spm;
     }
     converged = thres <= GNSSpEphns::LightTimeThres_m;
     return dist;
