@@ -24,3 +24,20 @@ long double NiellHeightCorrection(long double h_m, long double E_rad,
 long double MappingFractionOfSine(long double a, long double b, long double c, long double sinE);
 long double NiellHeightCorrectionOfSine(long double h_m, long double sinE, long double aht, long double bht,
                                         long double cht);
+
+/// The numerator 1 + a/(1 + b/(1 + c)) of F, kept for the coefficients it
+/// was last formed of: they change once a day at most, the elevation at
+/// every record. The values are those of the functions above, bit for bit.
+class MappingNumerator {
+public:
+    long double Of(long double a, long double b, long double c);
+    /// F(a, b, c, E) of sin E.
+    long double Fraction(long double a, long double b, long double c, long double sinE);
+    /// NiellHeightCorrection of sin E.
+    long double HeightCorrection(long double h_m, long double sinE, long double aht, long double bht,
+                                 long double cht);
+
+private:
+    bool set_ = false;
+    long double a_ = 0.0L, b_ = 0.0L, c_ = 0.0L, top_ = 0.0L;
+};

@@ -87,6 +87,6 @@ void gMF_Niell::GetMappFunctionOfSine(gTropDelay& td, const flh& pos, const mjd&
     ad = ad1 + ad2 * season;
     bd = bd1 + bd2 * season;
     cd = cd1 + cd2 * season;
-    td.mfdry = MappingFractionOfSine(ad, bd, cd, s) + NiellHeightCorrectionOfSine(pos.h, s, adht, bdht, cdht);
-    td.mfwet = MappingFractionOfSine(aw, bw, cw, s);
+    td.mfdry = dryTop_.Fraction(ad, bd, cd, s) + heightTop_.HeightCorrection(pos.h, s, adht, bdht, cdht);
+    td.mfwet = wetTop_.Fraction(aw, bw, cw, s);
 }

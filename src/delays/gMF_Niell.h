@@ -1,6 +1,7 @@
 #pragma once
 // Niell (1996) mapping functions: coefficients tabulated by latitude, with a
 // seasonal term for the hydrostatic part and a height correction.
+#include "delays/MappingFraction.h"
 #include "delays/gTropDelay.h"
 #include "geodesy/flh.h"
 #include "geodesy/mjd.h"
@@ -41,4 +42,8 @@ public:
                          long double E);
     /// As above, for an elevation whose sine sinE the caller holds.
     void GetMappFunctionOfSine(gTropDelay& td, const flh& pos, const mjd& eph, long double sinE);
+
+private:
+    // The fractions' numerators of the day's coefficients.
+    MappingNumerator dryTop_, heightTop_, wetTop_;
 };
