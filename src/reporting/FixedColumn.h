@@ -29,7 +29,8 @@ inline void FixedColumn(std::ostream& os, long double v, int width, int ndec)
     // otherwise than plain right alignment with blanks goes that way.
     char buf[fixedcolumnns::MaxFastWidth + 48];
     const std::ios::fmtflags adjust = os.flags() & std::ios::adjustfield;
-    const int n = width <= fixedcolumnns::MaxFastWidth && os.fill() == ' ' && !(os.flags() & std::ios::showpos)
+    const int n = width <= fixedcolumnns::MaxFastWidth && os.fill() == ' '
+                          && !(os.flags() & (std::ios::showpos | std::ios::showpoint))
                           && (adjust == std::ios::right || adjust == std::ios::fmtflags(0))
                       ? FixedText(v, ndec, buf + fixedcolumnns::MaxFastWidth)
                       : -1;

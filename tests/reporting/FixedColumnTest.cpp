@@ -53,9 +53,10 @@ TEST(FixedColumn, WritesWhatTheLibraryWrites)
     };
     for (const auto& r : rows) EXPECT_EQ(Ours(r.v, r.width, r.ndec), Library(r.v, r.width, r.ndec)) << r.v;
     for (long double v : {2.5L, -0.125L})
-        for (const std::ios::fmtflags f : {std::ios::left, std::ios::internal, std::ios::showpos})
+        for (const std::ios::fmtflags f : {std::ios::left, std::ios::internal, std::ios::showpos, std::ios::showpoint})
             EXPECT_EQ(Ours(v, 9, 2, f), Library(v, 9, 2, f)) << v;
     EXPECT_EQ(Ours(2.5L, 9, 2, {}, '*'), Library(2.5L, 9, 2, {}, '*'));
+    EXPECT_EQ(Ours(2.0L, 6, 0, std::ios::showpoint), Library(2.0L, 6, 0, std::ios::showpoint));  // "2."
 
     // Random significands over 2^-70 to 2^70, and ties at every decimal
     // count n: an odd multiple of 2^-(n+1) is one, times 10^n an odd
