@@ -371,7 +371,7 @@ void ProcStatic(gCPosC& gc)
                     }
                     // Sized to the record store above: k is always a row of it.
                     gCPosC::SavedSatellite& saved = gc.savedSat(k);
-                    const long double shift = (saved.recClk - RecClkErr) * GNSSpEphns::InvC_spm;
+                    const long double shift = (saved.recClk - RecClkErr) * PerSpeedOfLight_spm;
                     if (saved.saved && std::fabs(shift) < (fileClock ? MaxMovedShift_s : MaxStateShift_s)) {
                         dist = gc.pephM.MovedSatPosition(saved.state, shift, gc.RecPosFC, PosSat);
                         gc.pephM.PSisOK = true;

@@ -5,7 +5,6 @@
 #include <ostream>
 
 #include "geodesy/FixedField.h"
-#include "numerics/SmallAngle.h"
 #include "numerics/Trigonometry.h"
 
 using geodesyio::IsUnit;
@@ -42,18 +41,6 @@ xyz& xyz::RotateY(long double a_rad)
     const long double x1 = x * c + z * s;
     const long double z1 = z * c - x * s;
     x = x1; z = z1;
-    return *this;
-}
-
-xyz& xyz::RotateZ(long double a_rad)
-{
-    // The Earth's turn during a signal's flight, a few microradians, is the
-    // common case: its series costs a fraction of the library's functions.
-    long double s, c;
-    SinCosOfSmallAngle(a_rad, s, c);
-    const long double x1 = x * c - y * s;
-    const long double y1 = y * c + x * s;
-    x = x1; y = y1;
     return *this;
 }
 

@@ -3,6 +3,8 @@
 // a time term (seconds) for satellite states that carry their clock.
 #include <iosfwd>
 
+#include "numerics/SmallAngle.h"
+
 /// Print and read settings of xyz, program-wide; callers set them just
 /// before printing.
 namespace xyzns {
@@ -74,8 +76,21 @@ public:
     /// z' = z cos a - x sin a); returns this vector.
     xyz& RotateY(long double a_rad);
     /// Rotates in place about the z axis by a_rad (x' = x cos a - y sin a,
-    /// y' = y cos a + x sin a); returns this vector.
-    xyz& RotateZ(long double a_rad);
+    /// y' = y cos a + x sin a); returns this vector. Inline: the light-time
+    /// iterations turn the receiver at every step of every record.
+    xyz& RotateZ(long double a_rad)
+    {
+        // The Earth's turn during a signal's flight, a few microradians, is
+        // the common case: its series costs a fraction of the library's
+        // functions.
+        long double s, c;
+        SinCosOfSmallAngle(a_rad, s, c);
+        const long double x1 = x * c - y * s;
+        const long double y1 = y * c + x * s;
+        x = x1;
+        y = y1;
+        return *this;
+    }
 
     /// Adds b component by component.
     xyz& operator+=(const xyz& b);

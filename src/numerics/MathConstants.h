@@ -14,3 +14,5 @@ inline constexpr long double Rad2Deg = 180.0L / Pi;
 
 /// Speed of light in vacuum (m/s), exact by the definition of the metre.
 inline constexpr long double SpeedOfLight_mps = 299792458.0L;
+/// Its reciprocal (s/m): a product costs a fraction of a division.
+inline constexpr long double PerSpeedOfLight_spm = 1.0L / SpeedOfLight_mps;

@@ -55,7 +55,8 @@ bool DateOf(const std::string& text, mjd& t)
 
 GNSSpClk::GNSSpClk()
     : DTisOK(true), type(' '), version(0.0f), nepoch(0), nsat(0), interval(0.0L),
-      intervalUnit(0.0L), EpochIx(0), Lfact{0.0L, 0.0L, 0.0L, 0.0L}, perLfact{0.0L, 0.0L, 0.0L, 0.0L}, posDate(8), nHeaderLines(0)
+      intervalUnit(0.0L), EpochIx(0), perLfact{0.0L, 0.0L, 0.0L, 0.0L}, posDate(8),
+      nHeaderLines(0)
 {
     clkfile[0] = '\0';
 }
@@ -94,11 +95,8 @@ void GNSSpClk::ReadFile()
     }
     intervalUnit = interval / 60.0L;
     const long double u3 = intervalUnit * intervalUnit * intervalUnit;
-    Lfact[0] = -6.0L * u3;
-    Lfact[1] = 2.0L * u3;
-    Lfact[2] = -2.0L * u3;
-    Lfact[3] = 6.0L * u3;
-    for (int k = 0; k < 4; ++k) perLfact[k] = 1.0L / Lfact[k];
+    const long double lfact[4] = {-6.0L * u3, 2.0L * u3, -2.0L * u3, 6.0L * u3};
+    for (int k = 0; k < 4; ++k) perLfact[k] = 1.0L / lfact[k];
     // Which node steps have the interpolation's spacing, asked once here
     // rather than three times for every value.
     evenStep.Resize(nepoch, 1, false);

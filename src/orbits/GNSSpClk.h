@@ -140,8 +140,8 @@ private:
     long double interval;
     long double intervalUnit;
     long EpochIx;
-    long double Lfact[4];
-    long double perLfact[4];  // their reciprocals
+    // Reciprocals of the denominators of the four-node Lagrange basis.
+    long double perLfact[4];
     // Column of the date text in AS lines: 8 before version 3.04, then 13.
     std::size_t posDate;
     // Header lines, counted so the data pass can name its line numbers.

@@ -12,7 +12,6 @@
 #include "geodesy/ymdhms.h"
 #include "numerics/FieldText.h"
 #include "numerics/ProgramError.h"
-#include "numerics/SmallAngle.h"
 #include "orbits/GNSSpClk.h"
 #include "orbits/SatelliteNumber.h"
 
@@ -626,15 +625,12 @@ long double GNSSpEph::CarriedLightTime(const LightTimeState& s, const xyz& acc, 
         psat.x = s.pos.x + s.vel.x * dt + acc.x * half;
         psat.y = s.pos.y + s.vel.y * dt + acc.y * half;
         psat.z = s.pos.z + s.vel.z * dt + acc.z * half;
-        // The receiver turned into the Earth-fixed frame of emission, as
-        // xyz::RotateZ turns it, without a call and a copy at every step.
-        long double sn = 0.0L, cs = 1.0L;
-        SinCosOfSmallAngle(tau * OMEGAz, sn, cs);
-        const long double dx = (prec.x * cs - prec.y * sn) - psat.x, dy = (prec.y * cs + prec.x * sn) - psat.y,
-                          dz = prec.z - psat.z;
+        xyz turned = prec;
+        turned.RotateZ(tau * OMEGAz);
+        const long double dx = turned.x - psat.x, dy = turned.y - psat.y, dz = turned.z - psat.z;
         dist = std::sqrt(dx * dx + dy * dy + dz * dz);
         thres = std::fabs(dist - tau * C_mps);
-        next = dist * GNSSpEphns::InvC_spm;
+        next = dist * PerSpeedOfLight_spm;
     }
     converged = thres <= GNSSpEphns::LightTimeThres_m;
     return dist;

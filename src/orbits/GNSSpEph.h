@@ -54,8 +54,6 @@ constexpr long double EarthGM_m3ps2 = 3.986004418e14L;
 constexpr long double MaxFlightTime_s = 1.0L;
 /// Speed of light (m/s).
 constexpr long double C_mps = SpeedOfLight_mps;
-/// Its reciprocal (s/m): a product costs a fraction of a division.
-constexpr long double InvC_spm = 1.0L / SpeedOfLight_mps;
 /// Farthest a flight-time hint may lie from the solution (s). Over it the
 /// satellite is carried along its velocity and its acceleration in the
 /// Earth-fixed frame (central attraction, Coriolis, centrifugal); what that
