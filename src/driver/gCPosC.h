@@ -182,6 +182,14 @@ public:
     /// light-time solution (precise orbits), else from SAT_POS (navigation
     /// files). Read only before the adjustment, which renews the solutions.
     xyzt SatellitePosition(long k) const;
+    /// The position alone, the same as SatellitePosition's: the many
+    /// callers that need no clock are spared the relativity term and the
+    /// copy, a record at a time over the day.
+    const xyz& SatelliteXYZ(long k) const
+    {
+        if (k >= 0 && k < savedSat.NRow() && savedSat(k).saved) return savedSat(k).state.pos;
+        return SAT_POS(k);
+    }
     /// sin(ELV(k)), as trig::Sin gives it.
     long double SinElevation(long k) const;
     /// True when SatellitePosition answers for the first n records.

@@ -72,7 +72,7 @@ void GetEclipsing(gCPosC& gc)
             const long k = r.k;
             if (!gc.OKSAT(k)) continue;
             const xyz sun = gc.posSunUnit(r.epoch) * gc.SunMag(r.epoch);
-            const long double c = SunEarthCosine(gc.SatellitePosition(k), sun);
+            const long double c = SunEarthCosine(gc.SatelliteXYZ(k), sun);
             if (c < farBelow || !(std::acos(c) < gc.satEclipsThres)) continue;
             Clear(d.L1, h.HasL1(), k);
             if (galileo)

@@ -82,7 +82,7 @@ void PhaseWindUp(gCPosC& gc)
             const long k = r.k;
             if (!gc.OKSAT(k)) continue;
             const xyz sun = gc.posSunUnit(r.epoch) * gc.SunMag(r.epoch);
-            long double wUp = WindUp(gc.SatellitePosition(k), gc.RecPosFC, recX, recY, sun, blockIIR);
+            long double wUp = WindUp(gc.SatelliteXYZ(k), gc.RecPosFC, recX, recY, sun, blockIIR);
             if (first) {
                 first = false;
                 s = {r.epoch, r.epoch, wUp, wUp};
