@@ -32,8 +32,8 @@ private:
     void ST1IDIU();   // out-of-phase, diurnal band
     void ST1ISEM();   // out-of-phase, semi-diurnal band
     void ST1L1();     // latitude dependence of the Shida number
-    void STEP2DIU(const mjd& eph);  // frequency dependence, diurnal band
-    void STEP2LON();  // frequency dependence, long-period band
+    // Frequency dependence (m), diurnal and long-period bands.
+    void Step2(const mjd& eph, xyz& diurnal, xyz& longPeriod) const;
     // North, east, radial at the site to Earth-fixed.
     xyz ToEarthFixed(long double DN, long double DE, long double DR) const;
     // Delaunay-type arguments S, TAU, H, P, ZNS, PS (deg) at T, with TAU at
