@@ -58,6 +58,24 @@ constexpr bool WholeSmallMultipliers(const long double (&rows)[N][NCol])
 }
 static_assert(WholeSmallMultipliers(DATDIU) && WholeSmallMultipliers(DATLON), "multiplier out of range");
 
+// The multipliers as whole numbers, converted once by the compiler: a
+// conversion of an extended-precision value to an integer at run time
+// switches the rounding mode of the x87 twice.
+template <std::size_t N>
+struct MultiplierTable {
+    int m[N][5] = {};
+};
+template <std::size_t N>
+constexpr MultiplierTable<N> MultipliersOf(const long double (&rows)[N][NCol])
+{
+    MultiplierTable<N> t;
+    for (std::size_t i = 0; i < N; ++i)
+        for (int k = 0; k < 5; ++k) t.m[i][k] = static_cast<int>(rows[i][k]);
+    return t;
+}
+constexpr MultiplierTable<NDiurnal> DiurnalMultipliers = MultipliersOf(DATDIU);
+constexpr MultiplierTable<NLong> LongMultipliers = MultipliersOf(DATLON);
+
 // A point on the unit circle, (cos a, sin a): the sum of two angles is the
 // product of their points, which costs four products where a sine and a
 // cosine cost two series and a reduction.
@@ -83,7 +101,7 @@ public:
         at_[MaxMultiple + 3] = at_[MaxMultiple + 2] * one;
         for (int m = 1; m <= MaxMultiple; ++m) at_[MaxMultiple - m] = {at_[MaxMultiple + m].c, -at_[MaxMultiple + m].s};
     }
-    const Turn& operator[](long double m) const { return at_[MaxMultiple + static_cast<int>(m)]; }
+    const Turn& operator[](int m) const { return at_[MaxMultiple + m]; }
 
 private:
     Turn at_[2 * MaxMultiple + 1];
@@ -234,20 +252,21 @@ void SolidEarthTide::Step2(const mjd& eph, xyz& diurnal, xyz& longPeriod) const
     // direct sines by a few units of the last place, 1e-20 m of a term of
     // at most 12 mm.
     const Multiples s(S * Deg2Rad), h(H * Deg2Rad), p(P * Deg2Rad), n(ZNS * Deg2Rad), ps(PS * Deg2Rad);
-    const auto turn = [&](Turn t, const long double* c) {
-        if (c[0] != 0.0L) t = t * s[c[0]];
-        if (c[1] != 0.0L) t = t * h[c[1]];
-        if (c[2] != 0.0L) t = t * p[c[2]];
-        if (c[3] != 0.0L) t = t * n[c[3]];
-        if (c[4] != 0.0L) t = t * ps[c[4]];
+    const auto turn = [&](Turn t, const int* m) {
+        if (m[0] != 0) t = t * s[m[0]];
+        if (m[1] != 0) t = t * h[m[1]];
+        if (m[2] != 0) t = t * p[m[2]];
+        if (m[3] != 0) t = t * n[m[3]];
+        if (m[4] != 0) t = t * ps[m[4]];
         return t;
     };
 
     const Turn local = TurnOf(TAU * Deg2Rad + ZLA);
     const long double C2PHI = COSPHI * COSPHI - SINPHI * SINPHI;
     diurnal = xyz();
-    for (const auto& c : DATDIU) {
-        const Turn a = turn(local, c);
+    for (int i = 0; i < NDiurnal; ++i) {
+        const long double* const c = DATDIU[i];
+        const Turn a = turn(local, DiurnalMultipliers.m[i]);
         const long double DR = 2.0L * SINPHI * COSPHI * (c[5] * a.s + c[6] * a.c);
         const long double DN = C2PHI * (c[7] * a.s + c[8] * a.c);
         const long double DE = SINPHI * (c[7] * a.c - c[8] * a.s);
@@ -256,8 +275,9 @@ void SolidEarthTide::Step2(const mjd& eph, xyz& diurnal, xyz& longPeriod) const
     diurnal /= 1000.0L;
 
     longPeriod = xyz();
-    for (const auto& c : DATLON) {
-        const Turn a = turn(Turn{}, c);
+    for (int i = 0; i < NLong; ++i) {
+        const long double* const c = DATLON[i];
+        const Turn a = turn(Turn{}, LongMultipliers.m[i]);
         const long double DR = ((3.0L * SINPHI * SINPHI - 1.0L) / 2.0L) * (c[5] * a.c + c[7] * a.s);
         const long double DN = 2.0L * COSPHI * SINPHI * (c[6] * a.c + c[8] * a.s);
         longPeriod += ToEarthFixed(DN, 0.0L, DR);
