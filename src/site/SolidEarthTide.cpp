@@ -11,70 +11,57 @@
 
 namespace {
 
-constexpr int NDiurnal = 31, NLong = 5, NCol = 9;
+constexpr int NDiurnal = 31, NLong = 5;
+// One term of a band: the whole multipliers of S, H, P, ZNS and PS, and its
+// four amplitudes (mm).
+struct TideTerm {
+    int m[5];
+    long double amp[4];
+};
 constexpr long double DaySec = 86400.0L;
 constexpr long double DaysPerCentury = 36525.0L;
 constexpr long double J2000MJD = 51544.5L;
 // TAI - GPS and TT - TAI (s): with GPS - UTC they give TT - UTC.
 constexpr long double TAIminusGPS = 19.0L, TTminusTAI = 32.184L;
 
-// Diurnal band (IERS Conventions 2010, ch. 7.1.1): multipliers of S, H, P,
-// ZNS, PS; radial in-phase, out-of-phase; transverse in-phase, out-of-phase
-// (mm).
-constexpr long double DATDIU[NDiurnal][NCol] = {
-    {-3, 0, 2, 0, 0, -0.01L, 0, 0, 0},      {-3, 2, 0, 0, 0, -0.01L, 0, 0, 0},
-    {-2, 0, 1, -1, 0, -0.02L, 0, 0, 0},     {-2, 0, 1, 0, 0, -0.08L, 0, -0.01L, 0.01L},
-    {-2, 2, -1, 0, 0, -0.02L, 0, 0, 0},     {-1, 0, 0, -1, 0, -0.1L, 0, 0, 0},
-    {-1, 0, 0, 0, 0, -0.51L, 0, -0.02L, 0.03L}, {-1, 2, 0, 0, 0, 0.01L, 0, 0, 0},
-    {0, -2, 1, 0, 0, 0.01L, 0, 0, 0},       {0, 0, -1, 0, 0, 0.02L, 0, 0, 0},
-    {0, 0, 1, 0, 0, 0.06L, 0, 0, 0},        {0, 0, 1, 1, 0, 0.01L, 0, 0, 0},
-    {0, 2, -1, 0, 0, 0.01L, 0, 0, 0},       {1, -3, 0, 0, 1, -0.06L, 0, 0, 0},
-    {1, -2, 0, -1, 0, 0.01L, 0, 0, 0},      {1, -2, 0, 0, 0, -1.23L, -0.07L, 0.06L, 0.01L},
-    {1, -1, 0, 0, -1, 0.02L, 0, 0, 0},      {1, -1, 0, 0, 1, 0.04L, 0, 0, 0},
-    {1, 0, 0, -1, 0, -0.22L, 0.01L, 0.01L, 0}, {1, 0, 0, 0, 0, 12, -0.8L, -0.67L, -0.03L},
-    {1, 0, 0, 1, 0, 1.73L, -0.12L, -0.1L, 0}, {1, 0, 0, 2, 0, -0.04L, 0, 0, 0},
-    {1, 1, 0, 0, -1, -0.5L, -0.01L, 0.03L, 0}, {1, 1, 0, 0, 1, 0.01L, 0, 0, 0},
-    {0, 1, 0, 1, -1, -0.01L, 0, 0, 0},      {1, 2, -2, 0, 0, -0.01L, 0, 0, 0},
-    {1, 2, 0, 0, 0, -0.11L, 0.01L, 0.01L, 0}, {2, -2, 1, 0, 0, -0.01L, 0, 0, 0},
-    {2, 0, -1, 0, 0, -0.02L, 0, 0, 0},      {3, 0, 0, 0, 0, 0, 0, 0, 0},
-    {3, 0, 0, 1, 0, 0, 0, 0, 0}};
+// Diurnal band (IERS Conventions 2010, ch. 7.1.1): radial in-phase,
+// out-of-phase; transverse in-phase, out-of-phase.
+constexpr TideTerm DATDIU[NDiurnal] = {
+    {{-3, 0, 2, 0, 0}, {-0.01L, 0, 0, 0}},      {{-3, 2, 0, 0, 0}, {-0.01L, 0, 0, 0}},
+    {{-2, 0, 1, -1, 0}, {-0.02L, 0, 0, 0}},     {{-2, 0, 1, 0, 0}, {-0.08L, 0, -0.01L, 0.01L}},
+    {{-2, 2, -1, 0, 0}, {-0.02L, 0, 0, 0}},     {{-1, 0, 0, -1, 0}, {-0.1L, 0, 0, 0}},
+    {{-1, 0, 0, 0, 0}, {-0.51L, 0, -0.02L, 0.03L}}, {{-1, 2, 0, 0, 0}, {0.01L, 0, 0, 0}},
+    {{0, -2, 1, 0, 0}, {0.01L, 0, 0, 0}},       {{0, 0, -1, 0, 0}, {0.02L, 0, 0, 0}},
+    {{0, 0, 1, 0, 0}, {0.06L, 0, 0, 0}},        {{0, 0, 1, 1, 0}, {0.01L, 0, 0, 0}},
+    {{0, 2, -1, 0, 0}, {0.01L, 0, 0, 0}},       {{1, -3, 0, 0, 1}, {-0.06L, 0, 0, 0}},
+    {{1, -2, 0, -1, 0}, {0.01L, 0, 0, 0}},      {{1, -2, 0, 0, 0}, {-1.23L, -0.07L, 0.06L, 0.01L}},
+    {{1, -1, 0, 0, -1}, {0.02L, 0, 0, 0}},      {{1, -1, 0, 0, 1}, {0.04L, 0, 0, 0}},
+    {{1, 0, 0, -1, 0}, {-0.22L, 0.01L, 0.01L, 0}}, {{1, 0, 0, 0, 0}, {12, -0.8L, -0.67L, -0.03L}},
+    {{1, 0, 0, 1, 0}, {1.73L, -0.12L, -0.1L, 0}}, {{1, 0, 0, 2, 0}, {-0.04L, 0, 0, 0}},
+    {{1, 1, 0, 0, -1}, {-0.5L, -0.01L, 0.03L, 0}}, {{1, 1, 0, 0, 1}, {0.01L, 0, 0, 0}},
+    {{0, 1, 0, 1, -1}, {-0.01L, 0, 0, 0}},      {{1, 2, -2, 0, 0}, {-0.01L, 0, 0, 0}},
+    {{1, 2, 0, 0, 0}, {-0.11L, 0.01L, 0.01L, 0}}, {{2, -2, 1, 0, 0}, {-0.01L, 0, 0, 0}},
+    {{2, 0, -1, 0, 0}, {-0.02L, 0, 0, 0}},      {{3, 0, 0, 0, 0}, {0, 0, 0, 0}},
+    {{3, 0, 0, 1, 0}, {0, 0, 0, 0}}};
 
-// Long-period band (same source): same multipliers; radial in-phase, transverse
-// in-phase, radial out-of-phase, transverse out-of-phase (mm).
-constexpr long double DATLON[NLong][NCol] = {
-    {0, 0, 0, 1, 0, 0.47L, 0.23L, 0.16L, 0.07L},     {0, 2, 0, 0, 0, -0.2L, -0.12L, -0.11L, -0.05L},
-    {1, 0, -1, 0, 0, -0.11L, -0.08L, -0.09L, -0.04L}, {2, 0, 0, 0, 0, -0.13L, -0.11L, -0.15L, -0.07L},
-    {2, 0, 0, 1, 0, -0.05L, -0.05L, -0.06L, -0.03L}};
+// Long-period band (same source): radial in-phase, transverse in-phase,
+// radial out-of-phase, transverse out-of-phase.
+constexpr TideTerm DATLON[NLong] = {
+    {{0, 0, 0, 1, 0}, {0.47L, 0.23L, 0.16L, 0.07L}},     {{0, 2, 0, 0, 0}, {-0.2L, -0.12L, -0.11L, -0.05L}},
+    {{1, 0, -1, 0, 0}, {-0.11L, -0.08L, -0.09L, -0.04L}}, {{2, 0, 0, 0, 0}, {-0.13L, -0.11L, -0.15L, -0.07L}},
+    {{2, 0, 0, 1, 0}, {-0.05L, -0.05L, -0.06L, -0.03L}}};
 
-// The argument multipliers of both bands are whole numbers from -3 to 3.
+// The argument multipliers of both bands lie from -3 to 3.
 constexpr int MaxMultiple = 3;
 template <std::size_t N>
-constexpr bool WholeSmallMultipliers(const long double (&rows)[N][NCol])
+constexpr bool SmallMultipliers(const TideTerm (&terms)[N])
 {
-    for (const auto& r : rows)
-        for (int k = 0; k < 5; ++k)
-            if (r[k] != static_cast<int>(r[k]) || r[k] < -MaxMultiple || r[k] > MaxMultiple) return false;
+    for (const TideTerm& t : terms)
+        for (int k : t.m)
+            if (k < -MaxMultiple || k > MaxMultiple) return false;
     return true;
 }
-static_assert(WholeSmallMultipliers(DATDIU) && WholeSmallMultipliers(DATLON), "multiplier out of range");
-
-// The multipliers as whole numbers, converted once by the compiler: a
-// conversion of an extended-precision value to an integer at run time
-// switches the rounding mode of the x87 twice.
-template <std::size_t N>
-struct MultiplierTable {
-    int m[N][5] = {};
-};
-template <std::size_t N>
-constexpr MultiplierTable<N> MultipliersOf(const long double (&rows)[N][NCol])
-{
-    MultiplierTable<N> t;
-    for (std::size_t i = 0; i < N; ++i)
-        for (int k = 0; k < 5; ++k) t.m[i][k] = static_cast<int>(rows[i][k]);
-    return t;
-}
-constexpr MultiplierTable<NDiurnal> DiurnalMultipliers = MultipliersOf(DATDIU);
-constexpr MultiplierTable<NLong> LongMultipliers = MultipliersOf(DATLON);
+static_assert(SmallMultipliers(DATDIU) && SmallMultipliers(DATLON), "multiplier out of range");
 
 // A point on the unit circle, (cos a, sin a): the sum of two angles is the
 // product of their points, which costs four products where a sine and a
@@ -113,7 +100,7 @@ SolidEarthTide::SolidEarthTide()
     : RSUN(0.0L), RMON(0.0L), RSTA(0.0L), H20(0.6078L), L20(0.0847L), H3(0.292L), L3(0.015L),
       MASS_RATIO_SUN(332946.0482L), MASS_RATIO_MOON(0.0123000371L), RE(6378136.6L), SINPHI(0.0L),
       COSPHI(1.0L), SINLA(0.0L), COSLA(1.0L), DHI(0.0L), DLI(0.0L), L1D(0.0L), L1SD(0.0L),
-      FAC2SUN(0.0L), FAC2MON(0.0L), FAC3SUN(0.0L), FAC3MON(0.0L), T(0.0L)
+      FAC2SUN(0.0L), FAC2MON(0.0L), FAC3SUN(0.0L), FAC3MON(0.0L), T(0.0L), LON(0.0L)
 {
 }
 
@@ -127,8 +114,9 @@ void SolidEarthTide::SetStaPosition(const xyz& Pos, long double Mag)
     RSTA = Mag;
     SINPHI = Pos.z;
     COSPHI = std::hypot(Pos.x, Pos.y);
+    LON = std::atan2(Pos.y, Pos.x);
     // On the rotation axis the longitude is undefined; 0 is taken, as
-    // atan2(0, 0) does in STEP2DIU. Every term is a smooth field on the
+    // atan2(0, 0) does for LON. Every term is a smooth field on the
     // sphere, so the Earth-fixed result is the limit of nearby sites
     // whatever the longitude chosen.
     if (COSPHI > 0.0L) {
@@ -246,7 +234,6 @@ void SolidEarthTide::Step2(const mjd& eph, xyz& diurnal, xyz& longPeriod) const
 {
     long double S, TAU, H, P, ZNS, PS;
     FundamentalArguments(eph.GetSecond() / 3600.0L, S, TAU, H, P, ZNS, PS);
-    const long double ZLA = std::atan2(XSTA.y, XSTA.x);
     // The 36 arguments are sums of whole multiples of five angles: six
     // sines and cosines an epoch instead of 36. The products differ from
     // direct sines by a few units of the last place, 1e-20 m of a term of
@@ -261,25 +248,25 @@ void SolidEarthTide::Step2(const mjd& eph, xyz& diurnal, xyz& longPeriod) const
         return t;
     };
 
-    const Turn local = TurnOf(TAU * Deg2Rad + ZLA);
+    const Turn local = TurnOf(TAU * Deg2Rad + LON);
     const long double C2PHI = COSPHI * COSPHI - SINPHI * SINPHI;
     diurnal = xyz();
-    for (int i = 0; i < NDiurnal; ++i) {
-        const long double* const c = DATDIU[i];
-        const Turn a = turn(local, DiurnalMultipliers.m[i]);
-        const long double DR = 2.0L * SINPHI * COSPHI * (c[5] * a.s + c[6] * a.c);
-        const long double DN = C2PHI * (c[7] * a.s + c[8] * a.c);
-        const long double DE = SINPHI * (c[7] * a.c - c[8] * a.s);
+    for (const TideTerm& term : DATDIU) {
+        const long double* const c = term.amp;
+        const Turn a = turn(local, term.m);
+        const long double DR = 2.0L * SINPHI * COSPHI * (c[0] * a.s + c[1] * a.c);
+        const long double DN = C2PHI * (c[2] * a.s + c[3] * a.c);
+        const long double DE = SINPHI * (c[2] * a.c - c[3] * a.s);
         diurnal += ToEarthFixed(DN, DE, DR);
     }
     diurnal /= 1000.0L;
 
     longPeriod = xyz();
-    for (int i = 0; i < NLong; ++i) {
-        const long double* const c = DATLON[i];
-        const Turn a = turn(Turn{}, LongMultipliers.m[i]);
-        const long double DR = ((3.0L * SINPHI * SINPHI - 1.0L) / 2.0L) * (c[5] * a.c + c[7] * a.s);
-        const long double DN = 2.0L * COSPHI * SINPHI * (c[6] * a.c + c[8] * a.s);
+    for (const TideTerm& term : DATLON) {
+        const long double* const c = term.amp;
+        const Turn a = turn(Turn{}, term.m);
+        const long double DR = ((3.0L * SINPHI * SINPHI - 1.0L) / 2.0L) * (c[0] * a.c + c[2] * a.s);
+        const long double DN = 2.0L * COSPHI * SINPHI * (c[1] * a.c + c[3] * a.s);
         longPeriod += ToEarthFixed(DN, 0.0L, DR);
     }
     longPeriod /= 1000.0L;

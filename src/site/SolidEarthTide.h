@@ -51,4 +51,5 @@ private:
     long double DHI, DLI, L1D, L1SD;
     long double FAC2SUN, FAC2MON, FAC3SUN, FAC3MON;
     long double T;  // Julian centuries of TT from J2000
+    long double LON;  // longitude of the site (rad), from SetStaPosition
 };
