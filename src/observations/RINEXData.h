@@ -251,31 +251,28 @@ private:
     bool keepAuxiliary_ = true;
     // The Doppler or signal-strength matrix of a type, kept or not.
     matrix<gnssobsshort>* AuxiliaryMatrix(unsigned short type);
-    // Steps of ScreenL4Linear. Epochs are walked with their first record
-    // index beside them; Elev and MinElev define the series as above, idx
-    // finds sat's record in an epoch.
+    // Steps of ScreenL4Linear. Elev and MinElev define the series as above,
+    // idx finds sat's record in an epoch.
 
-    // From epoch iEpoch (first record iRec) on, the first epoch holding a
-    // record of sat's L4 series; false when none is left.
-    bool FirstSatObsL4(const SatEpochIndex& idx, short sat, long& iEpoch, long& iRec,
-                       const matrix<long double>& Elev, long double MinElev) const;
+    // From epoch iEpoch on, the first epoch holding a record of sat's L4
+    // series; false when none is left.
+    bool FirstSatObsL4(const SatEpochIndex& idx, short sat, long& iEpoch, const matrix<long double>& Elev,
+                       long double MinElev) const;
     // Last epoch of the unbroken stretch that begins at iStart: before a
     // file gap above MaxTimeGap or an epoch without the series, else the
     // file's last epoch.
     long LastSatObsL4(const SatEpochIndex& idx, short sat, long iStart, long double MaxTimeGap,
                       const matrix<long double>& Elev, long double MinElev) const;
-    // Moves arcStart (first record arcoStart) to the first of three
-    // consecutive epochs up to iEnd whose L4 fits a straight line within
-    // dVL4Max and steps within dL4Max (m); false when no triple fits.
-    bool FindContStart(const SatEpochIndex& idx, short sat, long& arcStart, long& arcoStart,
-                       long iEnd, long double dVL4Max, long double dL4Max, const matrix<long double>& Elev,
-                       long double MinElev) const;
+    // Moves arcStart to the first of three consecutive epochs up to iEnd
+    // whose L4 fits a straight line within dVL4Max and steps within dL4Max
+    // (m); false when no triple fits.
+    bool FindContStart(const SatEpochIndex& idx, short sat, long& arcStart, long iEnd, long double dVL4Max,
+                       long double dL4Max, const matrix<long double>& Elev, long double MinElev) const;
     // Ends the arc begun at arcStart: at the epoch before the first second
     // difference of L4 above dAL4Max (m), returning true, or at iEnd,
-    // returning false. arcoEnd is the first record of arcEnd.
-    bool FindCSlipL4(const SatEpochIndex& idx, short sat, long arcStart, long arcoStart, long iEnd,
-                     long& arcEnd, long& arcoEnd, long double dAL4Max, const matrix<long double>& Elev,
-                     long double MinElev) const;
+    // returning false.
+    bool FindCSlipL4(const SatEpochIndex& idx, short sat, long arcStart, long iEnd, long& arcEnd,
+                     long double dAL4Max, const matrix<long double>& Elev, long double MinElev) const;
 };
 
 /// Satellite number of a three-character satellite field (letter, tens or

@@ -32,7 +32,7 @@ inline constexpr long double MinWavelength = 0.01L;
 
 namespace {
 
-// The record of sat in epoch block [iRec, iRec + n) whose value of obs is
+// The record of sat in epoch iEpoch whose value of obs is
 // present and whose elevation is above minElev; -1 when there is none. A
 // combination that was never formed has no rows and so no series.
 long SeriesRecord(const SatEpochIndex& idx, const matrix<gnssobs>& obs, short sat, long iEpoch,
@@ -106,9 +106,8 @@ void ScreenSequential(const RINEXData& d, const SatEpochIndex& idx, const matrix
                       Cut cut, std::ofstream& out, const std::string& name, long& nAmbAll)
 {
     bool running = false;
-    long lastEpoch = 0, lastRec = 0, iStart = 0, ioStart = 0, count = 0;
-    long iRec = 0;
-    for (long i = 0; i < d.nepochall; iRec += d.nsat(i), ++i) {
+    long lastEpoch = 0, lastRec = 0, iStart = 0, count = 0;
+    for (long i = 0; i < d.nepochall; ++i) {
         const long r = SeriesRecord(idx, obs, sat, i, elev, minElev);
         if (r < 0) continue;
         if (running) {
@@ -116,11 +115,10 @@ void ScreenSequential(const RINEXData& d, const SatEpochIndex& idx, const matrix
             const long double dObs = obs(r).obs - obs(lastRec).obs;
             if (cut(dt, dObs)) {
                 if (count >= minObsAmb) {
-                    Write(out, name, sat, iStart, ioStart, lastEpoch, count);
+                    Write(out, name, sat, iStart, idx.FirstOfEpoch(iStart), lastEpoch, count);
                     ++nAmbAll;
                 }
                 iStart = i;
-                ioStart = iRec;
                 count = 1;
             } else {
                 ++count;
@@ -128,14 +126,13 @@ void ScreenSequential(const RINEXData& d, const SatEpochIndex& idx, const matrix
         } else {
             running = true;
             iStart = i;
-            ioStart = iRec;
             count = 1;
         }
         lastEpoch = i;
         lastRec = r;
     }
     if (running && count >= minObsAmb) {
-        Write(out, name, sat, iStart, ioStart, lastEpoch, count);
+        Write(out, name, sat, iStart, idx.FirstOfEpoch(iStart), lastEpoch, count);
         ++nAmbAll;
     }
 }
@@ -144,7 +141,6 @@ void ScreenSequential(const RINEXData& d, const SatEpochIndex& idx, const matrix
 struct MWValue {
     long double mw;
     long epoch;
-    long rec;  // first record of the epoch's block
 };
 
 }  // namespace
@@ -192,10 +188,10 @@ void RINEXData::ScreenCL1(const matrix<long double>& Elev, long double MinElev, 
     Close(out, AmbFile);
 }
 
-bool RINEXData::FirstSatObsL4(const SatEpochIndex& idx, short sat, long& iEpoch, long& iRec,
+bool RINEXData::FirstSatObsL4(const SatEpochIndex& idx, short sat, long& iEpoch,
                               const matrix<long double>& Elev, long double MinElev) const
 {
-    for (; iEpoch < nepochall; iRec += nsat(iEpoch), ++iEpoch)
+    for (; iEpoch < nepochall; ++iEpoch)
         if (SeriesRecord(idx, L4, sat, iEpoch, Elev, MinElev) >= 0) return true;
     return false;
 }
@@ -212,12 +208,11 @@ long RINEXData::LastSatObsL4(const SatEpochIndex& idx, short sat, long iStart, l
     return nepochall - 1;
 }
 
-bool RINEXData::FindContStart(const SatEpochIndex& idx, short sat, long& arcStart, long& arcoStart,
-                              long iEnd, long double dVL4Max, long double dL4Max,
-                              const matrix<long double>& Elev, long double MinElev) const
+bool RINEXData::FindContStart(const SatEpochIndex& idx, short sat, long& arcStart, long iEnd,
+                              long double dVL4Max, long double dL4Max, const matrix<long double>& Elev,
+                              long double MinElev) const
 {
-    long rec1 = arcoStart;
-    for (long i = arcStart; i + 2 <= iEnd; rec1 += nsat(i), ++i) {
+    for (long i = arcStart; i + 2 <= iEnd; ++i) {
         const long k1 = SeriesRecord(idx, L4, sat, i, Elev, MinElev);
         const long k2 = SeriesRecord(idx, L4, sat, i + 1, Elev, MinElev);
         const long k3 = SeriesRecord(idx, L4, sat, i + 2, Elev, MinElev);
@@ -234,21 +229,16 @@ bool RINEXData::FindContStart(const SatEpochIndex& idx, short sat, long& arcStar
         if (std::fabs(v1) <= dVL4Max && std::fabs(v2) <= dVL4Max && std::fabs(v3) <= dVL4Max
             && std::fabs(o1) <= dL4Max && std::fabs(o3) <= dL4Max) {
             arcStart = i;
-            arcoStart = rec1;
             return true;
         }
     }
     return false;
 }
 
-bool RINEXData::FindCSlipL4(const SatEpochIndex& idx, short sat, long arcStart, long arcoStart,
-                            long iEnd, long& arcEnd,
-                            long& arcoEnd, long double dAL4Max, const matrix<long double>& Elev,
-                            long double MinElev) const
+bool RINEXData::FindCSlipL4(const SatEpochIndex& idx, short sat, long arcStart, long iEnd, long& arcEnd,
+                            long double dAL4Max, const matrix<long double>& Elev, long double MinElev) const
 {
-    long rec1 = arcoStart;
-    for (long i = arcStart; i + 2 <= iEnd; rec1 += nsat(i), ++i) {
-        const long rec2 = rec1 + nsat(i);
+    for (long i = arcStart; i + 2 <= iEnd; ++i) {
         const long k1 = SeriesRecord(idx, L4, sat, i, Elev, MinElev);
         const long k2 = SeriesRecord(idx, L4, sat, i + 1, Elev, MinElev);
         const long k3 = SeriesRecord(idx, L4, sat, i + 2, Elev, MinElev);
@@ -258,13 +248,10 @@ bool RINEXData::FindCSlipL4(const SatEpochIndex& idx, short sat, long arcStart, 
         // A trend of any slope has no second difference; a slip has one.
         if (std::fabs(o3 - 2.0L * o2) > dAL4Max) {
             arcEnd = i + 1;
-            arcoEnd = rec2;
             return true;
         }
     }
     arcEnd = iEnd;
-    arcoEnd = arcoStart;
-    for (long i = arcStart; i < iEnd; ++i) arcoEnd += nsat(i);
     return false;
 }
 
@@ -285,35 +272,28 @@ void RINEXData::ScreenL4Linear(const matrix<long double>& Elev, long double MinE
 
     for (long isat = 0; isat < satList.NRow(); ++isat) {
         const short sat = satList(isat);
-        long iStart = 0, ioStart = 0;
-        while (FirstSatObsL4(idx, sat, iStart, ioStart, Elev, MinElev)) {
+        long iStart = 0;
+        while (FirstSatObsL4(idx, sat, iStart, Elev, MinElev)) {
             if (iStart > nepochall - MinObsAmb) break;
             const long iEnd = LastSatObsL4(idx, sat, iStart, MaxTimeGap, Elev, MinElev);
             const long nobs = iEnd - iStart + 1;
             if (nobs >= MinObsAmb) {
-                long arcStart = iStart, arcoStart = ioStart;
-                while (FindContStart(idx, sat, arcStart, arcoStart, iEnd, dVL4Max, dL4Max, Elev,
-                                     MinElev)) {
-                    long arcEnd = 0, arcoEnd = 0;
-                    const bool slip = FindCSlipL4(idx, sat, arcStart, arcoStart, iEnd, arcEnd,
-                                                  arcoEnd, dAL4Max, Elev, MinElev);
+                long arcStart = iStart;
+                while (FindContStart(idx, sat, arcStart, iEnd, dVL4Max, dL4Max, Elev, MinElev)) {
+                    long arcEnd = 0;
+                    const bool slip = FindCSlipL4(idx, sat, arcStart, iEnd, arcEnd, dAL4Max, Elev, MinElev);
                     const long nobsArc = arcEnd - arcStart + 1;
                     if (nobsArc >= MinObsAmb) {
                         ++NAmbAll;
-                        Write(out, AmbFile, sat, arcStart, arcoStart, arcEnd, nobsArc);
+                        Write(out, AmbFile, sat, arcStart, idx.FirstOfEpoch(arcStart), arcEnd, nobsArc);
                     }
                     if (!slip) break;
                     arcStart = arcEnd + 1;
-                    arcoStart = arcoEnd + nsat(arcEnd);
                     if (arcEnd > iEnd - MinObsAmb) break;
                 }
             }
             if (iEnd >= nepochall - 1) break;
-            // Go on behind the stretch, with the first record of that epoch.
-            long next = ioStart;
-            for (long i = iStart; i <= iEnd; ++i) next += nsat(i);
             iStart = iEnd + 1;
-            ioStart = next;
         }
     }
     Close(out, AmbFile);
@@ -346,8 +326,7 @@ void RINEXData::ScreenMW(long double RMS, long MinObsAmb, const matrix<long doub
     }
     // An arc must lie inside the store and start on its epoch's block, or
     // its walk would read records of other epochs or none at all.
-    std::vector<long> blockStart(static_cast<std::size_t>(nepochall > 0 ? nepochall : 0));
-    for (long i = 0, r = 0; i < nepochall; r += nsat(i), ++i) blockStart[i] = r;
+    const std::vector<long> blockStart = EpochFirstRecords(*this);
     for (const AmbRecord& a : arcs)
         if (a.iStart < 0 || a.iEnd >= nepochall || a.iStart > a.iEnd
             || a.ioStart != blockStart[a.iStart])
@@ -364,10 +343,8 @@ void RINEXData::ScreenMW(long double RMS, long MinObsAmb, const matrix<long doub
         long double N = 0.0L, t = 0.0L, f = 0.0L, m0 = 0.0L;
         long n = 0;
         vals.clear();
-        long iRec = a.ioStart;
-        for (long i = a.iStart; i <= a.iEnd; iRec += nsat(i), ++i) {
-            for (long j = 0; j < nsat(i); ++j) {
-                const long k = iRec + j;
+        for (long i = a.iStart; i <= a.iEnd; ++i) {
+            for (long k = blockStart[i]; k < blockStart[i + 1]; ++k) {
                 if (sat(k) != a.sat || !haveMW || MW(k).IsNull()) continue;
                 const long double mw = MW(k).obs;
                 if (n == 0) m0 = mw;
@@ -378,7 +355,7 @@ void RINEXData::ScreenMW(long double RMS, long MinObsAmb, const matrix<long doub
                 t += (mw - m0) * p;
                 f += (mw - m0) * (mw - m0) * p;
                 ++n;
-                vals.push_back({mw, i, iRec});
+                vals.push_back({mw, i});
             }
         }
         bool quiet = n < 2 || !(N > 0.0L);
@@ -404,8 +381,8 @@ void RINEXData::ScreenMW(long double RMS, long MinObsAmb, const matrix<long doub
         auto closePart = [&]() {
             --count;
             if (count >= MinObsAmb) {
-                Write(out, AmbFile, a.sat, vals[first].epoch, vals[first].rec, vals[last].epoch,
-                      count);
+                Write(out, AmbFile, a.sat, vals[first].epoch, blockStart[vals[first].epoch],
+                      vals[last].epoch, count);
                 ++written;
             }
         };

@@ -5,7 +5,16 @@
 
 #include "observations/RINEXData.h"
 
-SatEpochIndex::SatEpochIndex(const RINEXData& d) : nEpoch_(d.nepochall > 0 ? d.nepochall : 0)
+std::vector<long> EpochFirstRecords(const RINEXData& d)
+{
+    std::vector<long> first(static_cast<std::size_t>(d.nepochall > 0 ? d.nepochall : 0) + 1, 0);
+    for (long i = 0; i < d.nepochall; ++i)
+        first[static_cast<std::size_t>(i) + 1] = first[static_cast<std::size_t>(i)] + d.nsat(i);
+    return first;
+}
+
+SatEpochIndex::SatEpochIndex(const RINEXData& d)
+    : nEpoch_(d.nepochall > 0 ? d.nepochall : 0), first_(EpochFirstRecords(d))
 {
     // Record numbers are kept as int: a quarter of the index's size.
     if (d.nsatall > std::numeric_limits<int>::max())
@@ -14,9 +23,8 @@ SatEpochIndex::SatEpochIndex(const RINEXData& d) : nEpoch_(d.nepochall > 0 ? d.n
     std::sort(sats_.begin(), sats_.end());
     sats_.erase(std::unique(sats_.begin(), sats_.end()), sats_.end());
     rec_.assign(sats_.size() * static_cast<std::size_t>(nEpoch_), -1);
-    long r = 0;
     for (long i = 0; i < nEpoch_; ++i)
-        for (long j = 0; j < d.nsat(i); ++j, ++r) {
+        for (long r = FirstOfEpoch(i); r < FirstOfEpoch(i + 1); ++r) {
             const std::size_t s = static_cast<std::size_t>(
                 std::lower_bound(sats_.begin(), sats_.end(), d.sat(r)) - sats_.begin());
             int& at = rec_[s * static_cast<std::size_t>(nEpoch_) + static_cast<std::size_t>(i)];

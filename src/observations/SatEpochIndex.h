@@ -6,6 +6,10 @@
 
 class RINEXData;
 
+/// The first record of each of d's epochs (nepochall, nsat), and behind them
+/// the record count: the blocks' bounds.
+std::vector<long> EpochFirstRecords(const RINEXData& d);
+
 class SatEpochIndex {
 public:
     /// Indexes the records of d's epochs (nepochall, nsat, sat), whose
@@ -15,9 +19,13 @@ public:
     /// The first record of sat in epoch i (0 <= i < nepochall), or -1
     /// where the epoch has none.
     long Of(short sat, long i) const;
+    /// The first record of epoch i (0 <= i <= nepochall, the last being the
+    /// record count).
+    long FirstOfEpoch(long i) const { return first_[static_cast<std::size_t>(i)]; }
 
 private:
     long nEpoch_ = 0;
+    std::vector<long> first_;  // EpochFirstRecords
     std::vector<short> sats_;  // the satellite numbers present, ascending
     std::vector<int> rec_;     // by satellite (as in sats_), then epoch
     // The row of the satellite asked last: a screen asks for one at a time.
