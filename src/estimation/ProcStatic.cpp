@@ -373,7 +373,18 @@ void ProcStatic(gCPosC& gc)
                     gCPosC::SavedSatellite& saved = gc.savedSat(k);
                     const long double shift = (saved.recClk - RecClkErr) * PerSpeedOfLight_spm;
                     if (saved.saved && std::fabs(shift) < (fileClock ? MaxMovedShift_s : MaxStateShift_s)) {
-                        dist = gc.pephM.MovedSatPosition(saved.state, shift, gc.RecPosFC, PosSat);
+                        // Where the clock file gives the clock, the state
+                        // carried here replaces the saved one: the next
+                        // iteration, whose receiver moved by little, then
+                        // starts its light time converged. The orbit file's
+                        // clock stays tied to the epoch it was taken at.
+                        GNSSpEph::LightTimeState carried;
+                        dist = gc.pephM.MovedSatPosition(saved.state, shift, gc.RecPosFC, PosSat,
+                                                         fileClock ? &carried : nullptr);
+                        if (fileClock) {
+                            saved.state = carried;
+                            saved.recClk = RecClkErr;
+                        }
                         gc.pephM.PSisOK = true;
                         gc.pephM.DTisOK = saved.clockOK;
                     } else {

@@ -644,7 +644,7 @@ xyzt GNSSpEph::SolvedPosition(const LightTimeState& s)
 }
 
 long double GNSSpEph::MovedSatPosition(const LightTimeState& s, long double shift_s, const xyz& prec,
-                                       xyzt& psat)
+                                       xyzt& psat, LightTimeState* carried)
 {
     // The iteration of CalcSatPosition, started from the saved light time:
     // one or two steps, since the flight time changes by nanoseconds.
@@ -658,7 +658,9 @@ long double GNSSpEph::MovedSatPosition(const LightTimeState& s, long double shif
     // v²·shift·2/c², 0.05 mm over the 0.5 ms a receiver clock may stand off.
     psat.dt = s.pos.dt;
     const long double dt = shift_s - (tau - s.tau);
-    Relativity = RelativityTerm(psat, xyz(s.vel.x + acc.x * dt, s.vel.y + acc.y * dt, s.vel.z + acc.z * dt));
+    const xyz vel(s.vel.x + acc.x * dt, s.vel.y + acc.y * dt, s.vel.z + acc.z * dt);
+    if (carried != nullptr) *carried = {tau, psat, vel};
+    Relativity = RelativityTerm(psat, vel);
     psat.dt -= Relativity;
     return dist;
 }

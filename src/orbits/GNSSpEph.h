@@ -168,9 +168,12 @@ public:
     /// (returned, m) and psat agree with a fresh interpolation to 1e-9 m;
     /// Relativity, whose rate that acceleration times r changes, to 6e-14 s
     /// a second of shift (2e-8 m over a millisecond). No file is touched;
-    /// the clock psat.dt keeps its saved value.
+    /// the clock psat.dt keeps its saved value. Where carried is given, it
+    /// takes the state reached (flight time, position, velocity, the saved
+    /// clock): moved again by a later shift from there, it gives what a move
+    /// from s by both shifts would, and its light time starts converged.
     long double MovedSatPosition(const LightTimeState& s, long double shift_s, const xyz& prec,
-                                 xyzt& psat);
+                                 xyzt& psat, LightTimeState* carried = nullptr);
 
     /// As above but in one pass, with the flight time taken as P.obs/c from
     /// the pseudorange P (m); no relativity term, no test of PSisOK.
