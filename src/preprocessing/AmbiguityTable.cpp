@@ -166,30 +166,38 @@ std::vector<SatRecord> ArcRecords(const gCPosC& gc, long a)
     return r;
 }
 
-std::map<short, std::vector<SatRecord>> RecordsBySatellite(const RINEXData& d)
+SatelliteRecords::SatelliteRecords(const RINEXData& d)
 {
-    // Counted first, so that each list is allocated once, and found through
-    // a table by number rather than a search per record.
+    // Counted first, so that each list finds its place in the block at
+    // once, and found through a table by number rather than a search per
+    // record.
     const auto walk = [&d](auto&& visit) {
         long k = 0;
         for (long i = 0; i < d.GetNEpoch(); ++i)
             for (long j = 0; j < d.nsat(i) && k < d.GetNObs(); ++j, ++k) visit(i, k, d.sat(k));
     };
     short low = 0, high = -1;
+    std::size_t total = 0;
     walk([&](long, long, short sat) {
         if (high < low) low = high = sat;
         low = std::min(low, sat);
         high = std::max(high, sat);
+        ++total;
     });
-    std::vector<long> n(high >= low ? static_cast<std::size_t>(high - low + 1) : 0, 0);
-    walk([&](long, long, short sat) { ++n[static_cast<std::size_t>(sat - low)]; });
-    std::map<short, std::vector<SatRecord>> bySat;
-    std::vector<std::vector<SatRecord>*> list(n.size(), nullptr);
-    for (std::size_t s = 0; s < n.size(); ++s)
-        if (n[s] > 0) {
-            list[s] = &bySat[static_cast<short>(low + static_cast<long>(s))];
-            list[s]->reserve(static_cast<std::size_t>(n[s]));
-        }
-    walk([&](long i, long k, short sat) { list[static_cast<std::size_t>(sat - low)]->push_back({i, k}); });
-    return bySat;
+    const std::size_t nNumbers = high >= low ? static_cast<std::size_t>(high - low + 1) : 0;
+    std::vector<std::size_t> next(nNumbers + 1, 0);
+    walk([&](long, long, short sat) { ++next[static_cast<std::size_t>(sat - low) + 1]; });
+    for (std::size_t s = 0; s < nNumbers; ++s) next[s + 1] += next[s];
+    block_.resize(total);
+    for (std::size_t s = 0; s < nNumbers; ++s)
+        if (next[s + 1] > next[s])
+            lists_.emplace(static_cast<short>(low + static_cast<long>(s)),
+                           SatRecordSpan(block_.data() + next[s], next[s + 1] - next[s]));
+    walk([&](long i, long k, short sat) { block_[next[static_cast<std::size_t>(sat - low)]++] = {i, k}; });
+}
+
+SatRecordSpan SatelliteRecords::operator[](short sat) const
+{
+    const auto it = lists_.find(sat);
+    return it == lists_.end() ? SatRecordSpan() : it->second;
 }

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "driver/gCPosC.h"
+#include "numerics/LargeMemory.h"
 
 /// Number of observations `count` and mean `mean_m` (m) of L3 minus the
 /// solution's code (PC3 with ifPc3, else PP3 with ifPp3, else C1) of
@@ -82,6 +83,46 @@ struct SatRecord {
 /// the arc table (CheckArcTable).
 std::vector<SatRecord> ArcRecords(const gCPosC& gc, long a);
 
+/// The records of one satellite, in time order: a view into the store of
+/// SatelliteRecords, valid while that lives.
+class SatRecordSpan {
+public:
+    SatRecordSpan() = default;
+    SatRecordSpan(const SatRecord* first, std::size_t n) : first_(first), n_(n) {}
+    const SatRecord* begin() const { return first_; }
+    const SatRecord* end() const { return first_ + n_; }
+    std::size_t size() const { return n_; }
+    bool empty() const { return n_ == 0; }
+    const SatRecord& operator[](std::size_t i) const { return first_[i]; }
+    const SatRecord& front() const { return first_[0]; }
+    const SatRecord& back() const { return first_[n_ - 1]; }
+
+private:
+    const SatRecord* first_ = nullptr;
+    std::size_t n_ = 0;
+};
+
 /// The records of every satellite of the store, in time order, by
-/// satellite number: one walk instead of one per satellite.
-std::map<short, std::vector<SatRecord>> RecordsBySatellite(const RINEXData& d);
+/// satellite number, iterated as (number, records) pairs in ascending
+/// number. All lists share one block of the store's size, so that a walk by
+/// satellite costs no allocation per satellite and no page of its own.
+class SatelliteRecords {
+public:
+    explicit SatelliteRecords(const RINEXData& d);
+    // The lists point into the block: a copy would point into the original.
+    SatelliteRecords(const SatelliteRecords&) = delete;
+    SatelliteRecords& operator=(const SatelliteRecords&) = delete;
+
+    std::map<short, SatRecordSpan>::const_iterator begin() const { return lists_.begin(); }
+    std::map<short, SatRecordSpan>::const_iterator end() const { return lists_.end(); }
+    /// The records of satellite sat; none for a satellite not in the store.
+    SatRecordSpan operator[](short sat) const;
+
+private:
+    LargeVector<SatRecord> block_;
+    std::map<short, SatRecordSpan> lists_;
+};
+
+/// The records of the store by satellite (SatelliteRecords): one walk
+/// instead of one per satellite.
+inline SatelliteRecords RecordsBySatellite(const RINEXData& d) { return SatelliteRecords(d); }

@@ -236,7 +236,7 @@ void ApplyDCB(gCPosC& gc)
     const RINEXHeader& h = gc.rnxh;
     const long double c = GPSc::c;
     // One walk gives every satellite its records.
-    std::map<short, std::vector<SatRecord>> bySat = RecordsBySatellite(d);
+    const SatelliteRecords bySat = RecordsBySatellite(d);
     for (long s = 0; s < d.GetNSat(); ++s) {
         const short prn = d.GetSat(s);
         const SatSystem sys = SystemOf(prn);

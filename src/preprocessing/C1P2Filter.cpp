@@ -34,7 +34,7 @@ void AddNormals(long double x, long double y, long double p, long r, matrix<long
 
 struct Arc {
     short sat;
-    std::vector<SatRecord> recs;  // the qualifying records, in time order
+    SatRecordSpan recs;  // the qualifying records, in time order
     long nObs = 0, nOut = 0, degree = 0;
 };
 
@@ -89,17 +89,28 @@ void C1P2Filter(gCPosC& gc)
         return s != nullptr && !s->IsNull() && !d.C1(k).IsNull();
     };
 
+    // The qualifying records side by side, satellite after satellite: an
+    // arc is a run of them.
+    LargeVector<SatRecord> qualifying;
+    qualifying.reserve(static_cast<std::size_t>(nObs));
+    std::vector<std::size_t> arcStart;
     std::vector<Arc> arcs;
     for (const auto& [sat, recs] : RecordsBySatellite(d)) {
         if (!gc.UsesSystem(sat)) continue;
         long last = -1;
         for (const SatRecord& r : recs) {
             if (!qualifies(sat, r.k)) continue;
-            if (last < 0 || d.epoch(r.epoch) - d.epoch(last) > ns::ArcGap_s) arcs.push_back({sat, {}});
-            arcs.back().recs.push_back(r);
+            if (last < 0 || d.epoch(r.epoch) - d.epoch(last) > ns::ArcGap_s) {
+                arcs.push_back({sat, {}});
+                arcStart.push_back(qualifying.size());
+            }
+            qualifying.push_back(r);
             last = r.epoch;
         }
     }
+    arcStart.push_back(qualifying.size());
+    for (std::size_t a = 0; a < arcs.size(); ++a)
+        arcs[a].recs = SatRecordSpan(qualifying.data() + arcStart[a], arcStart[a + 1] - arcStart[a]);
 
     long nAll = 0, nOutAll = 0;
     // Per record of an arc its time (h) and weight, for the fit and the test.

@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <regex>
 
+#include "preprocessing/AmbiguityTable.h"
 #include "preprocessing/StagingSupport.h"
 
 using namespace stagingtest;
@@ -59,6 +60,32 @@ TEST(AmbiguityLookup, FindsTheFirstArcEnclosingTheEpochEndsIncluded)
                           {5, 25, 3, 2},  {5, 25, 99, 2}, {5, 10, 0, -1}, {205, 10, 4, -1}};  // prn, epoch, namb, want
     for (const auto& q : qs)
         EXPECT_EQ(AmbiguityLookup(AI, AP, q[2]).Find(static_cast<short>(q[0]), q[1]), q[3]) << q[0] << " " << q[1] << " " << q[2];
+}
+
+TEST(SatelliteRecords, EachSatellitesRecordsInTimeOrder)
+{
+    // Epochs of G05 G07, R03 G05, (none), G07 R03 G05: each list holds its
+    // satellite's (epoch, record) pairs in file order; one not in the store
+    // has none.
+    RINEXHeader h;
+    RINEXData d(h);
+    const short sats[] = {5, 7, 103, 5, 7, 103, 5};
+    const long nsat[] = {2, 2, 0, 3};
+    d.nsat.Resize(4, 1, 0L);
+    d.sat.Resize(7, 1, static_cast<short>(0));
+    for (long i = 0; i < 4; ++i) d.nsat(i) = nsat[i];
+    for (long k = 0; k < 7; ++k) d.sat(k) = sats[k];
+    d.nepochall = 4;
+    d.nsatall = 7;
+    const SatelliteRecords bySat = RecordsBySatellite(d);
+    const std::map<short, std::vector<std::pair<long, long>>> want = {
+        {5, {{0, 0}, {1, 3}, {3, 6}}}, {7, {{0, 1}, {3, 4}}}, {103, {{1, 2}, {3, 5}}}};
+    std::map<short, std::vector<std::pair<long, long>>> got;
+    for (const auto& [sat, recs] : bySat)
+        for (const SatRecord& r : recs) got[sat].push_back({r.epoch, r.k});
+    EXPECT_EQ(got, want);
+    EXPECT_EQ(bySat[103].size(), 2u);
+    EXPECT_TRUE(bySat[8].empty());
 }
 
 // The real day with combinations formed and the per-record arrays that the
