@@ -126,6 +126,6 @@ long double gCPosC::SinElevation(long k) const
 
 xyzt gCPosC::SatellitePosition(long k) const
 {
-    if (k >= 0 && k < savedSat.NRow() && savedSat(k).saved) return GNSSpEph::SolvedPosition(savedSat(k).state);
+    if (HasSavedSolution(k)) return GNSSpEph::SolvedPosition(savedSat(k).state);
     return SAT_POS(k);
 }

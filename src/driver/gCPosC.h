@@ -185,11 +185,9 @@ public:
     /// The position alone, the same as SatellitePosition's: the many
     /// callers that need no clock are spared the relativity term and the
     /// copy, a record at a time over the day.
-    const xyz& SatelliteXYZ(long k) const
-    {
-        if (k >= 0 && k < savedSat.NRow() && savedSat(k).saved) return savedSat(k).state.pos;
-        return SAT_POS(k);
-    }
+    const xyz& SatelliteXYZ(long k) const { return HasSavedSolution(k) ? savedSat(k).state.pos : SAT_POS(k); }
+    /// Whether record k has a saved light-time solution.
+    bool HasSavedSolution(long k) const { return k >= 0 && k < savedSat.NRow() && savedSat(k).saved; }
     /// sin(ELV(k)), as trig::Sin gives it.
     long double SinElevation(long k) const;
     /// True when SatellitePosition answers for the first n records.

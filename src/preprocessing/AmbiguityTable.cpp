@@ -177,18 +177,16 @@ SatelliteRecords::SatelliteRecords(const RINEXData& d)
             for (long j = 0; j < d.nsat(i) && k < d.GetNObs(); ++j, ++k) visit(i, k, d.sat(k));
     };
     short low = 0, high = -1;
-    std::size_t total = 0;
     walk([&](long, long, short sat) {
         if (high < low) low = high = sat;
         low = std::min(low, sat);
         high = std::max(high, sat);
-        ++total;
     });
     const std::size_t nNumbers = high >= low ? static_cast<std::size_t>(high - low + 1) : 0;
     std::vector<std::size_t> next(nNumbers + 1, 0);
     walk([&](long, long, short sat) { ++next[static_cast<std::size_t>(sat - low) + 1]; });
     for (std::size_t s = 0; s < nNumbers; ++s) next[s + 1] += next[s];
-    block_.resize(total);
+    block_.resize(next[nNumbers]);
     for (std::size_t s = 0; s < nNumbers; ++s)
         if (next[s + 1] > next[s])
             lists_.emplace(static_cast<short>(low + static_cast<long>(s)),

@@ -99,7 +99,7 @@ private:
 SolidEarthTide::SolidEarthTide()
     : RSUN(0.0L), RMON(0.0L), RSTA(0.0L), H20(0.6078L), L20(0.0847L), H3(0.292L), L3(0.015L),
       MASS_RATIO_SUN(332946.0482L), MASS_RATIO_MOON(0.0123000371L), RE(6378136.6L), SINPHI(0.0L),
-      COSPHI(1.0L), SINLA(0.0L), COSLA(1.0L), DHI(0.0L), DLI(0.0L), L1D(0.0L), L1SD(0.0L),
+      COSPHI(1.0L), SINLA(0.0L), COSLA(1.0L),
       FAC2SUN(0.0L), FAC2MON(0.0L), FAC3SUN(0.0L), FAC3MON(0.0L), T(0.0L), LON(0.0L)
 {
 }
@@ -153,12 +153,9 @@ void SolidEarthTide::GetDisplacement(const mjd& eph, xyz& DXTIDE)
     };
     DXTIDE = degree23(XSUN, SCSUN, FAC2SUN, FAC3SUN) + degree23(XMON, SCMON, FAC2MON, FAC3MON);
 
-    ST1IDIU();
-    DXTIDE += DXCOR;
-    ST1ISEM();
-    DXTIDE += DXCOR;
-    ST1L1();
-    DXTIDE += DXCOR;
+    DXTIDE += ST1IDIU();
+    DXTIDE += ST1ISEM();
+    DXTIDE += ST1L1();
 
     const long double DTT = LeapSecond(eph) + TAIminusGPS + TTminusTAI;
     T = ((static_cast<long double>(eph.GetMJDay()) - J2000MJD) + eph.GetSecond() / DaySec) / DaysPerCentury
@@ -169,10 +166,9 @@ void SolidEarthTide::GetDisplacement(const mjd& eph, xyz& DXTIDE)
     DXTIDE += longPeriod;
 }
 
-void SolidEarthTide::ST1IDIU()
+xyz SolidEarthTide::ST1IDIU() const
 {
-    DHI = -0.0025L;
-    DLI = -0.0007L;
+    const long double DHI = -0.0025L, DLI = -0.0007L;
     const long double COS2PHI = COSPHI * COSPHI - SINPHI * SINPHI;
     long double DR = 0.0L, DN = 0.0L, DE = 0.0L;
     for (const auto& [B, F] : {std::pair<xyz, long double>{XSUN, FAC2SUN}, {XMON, FAC2MON}}) {
@@ -181,13 +177,12 @@ void SolidEarthTide::ST1IDIU()
         DN += -3.0L * DLI * COS2PHI * F * a;
         DE += -3.0L * DLI * SINPHI * F * b;
     }
-    DXCOR = ToEarthFixed(DN, DE, DR);
+    return ToEarthFixed(DN, DE, DR);
 }
 
-void SolidEarthTide::ST1ISEM()
+xyz SolidEarthTide::ST1ISEM() const
 {
-    DHI = -0.0022L;
-    DLI = -0.0007L;
+    const long double DHI = -0.0022L, DLI = -0.0007L;
     const long double C2 = COSLA * COSLA - SINLA * SINLA, S2 = 2.0L * COSLA * SINLA;
     long double DR = 0.0L, DN = 0.0L, DE = 0.0L;
     for (const auto& [B, F] : {std::pair<xyz, long double>{XSUN, FAC2SUN}, {XMON, FAC2MON}}) {
@@ -196,13 +191,12 @@ void SolidEarthTide::ST1ISEM()
         DN += 1.5L * DLI * SINPHI * COSPHI * F * (XY * S2 - 2.0L * ZZ * C2);
         DE += -1.5L * DLI * COSPHI * F * (XY * C2 + 2.0L * ZZ * S2);
     }
-    DXCOR = ToEarthFixed(DN, DE, DR);
+    return ToEarthFixed(DN, DE, DR);
 }
 
-void SolidEarthTide::ST1L1()
+xyz SolidEarthTide::ST1L1() const
 {
-    L1D = 0.0012L;
-    L1SD = 0.0024L;
+    const long double L1D = 0.0012L, L1SD = 0.0024L;
     const long double C2 = COSLA * COSLA - SINLA * SINLA, S2 = 2.0L * COSLA * SINLA;
     const long double S2PHI = SINPHI * SINPHI, C2PHI = COSPHI * COSPHI;
     long double DN = 0.0L, DE = 0.0L;
@@ -213,7 +207,7 @@ void SolidEarthTide::ST1L1()
         DE += L1D * SINPHI * (C2PHI - S2PHI) * F * B.z * (B.x * SINLA - B.y * COSLA)
             - (L1SD / 2.0L) * S2PHI * COSPHI * F * (XY * S2 - 2.0L * ZZ * C2);
     }
-    DXCOR = ToEarthFixed(3.0L * DN, 3.0L * DE, 0.0L);
+    return ToEarthFixed(3.0L * DN, 3.0L * DE, 0.0L);
 }
 
 void SolidEarthTide::FundamentalArguments(long double FHR, long double& S, long double& TAU, long double& H,

@@ -28,10 +28,10 @@ public:
     void GetDisplacement(const mjd& eph, xyz& DXTIDE);
 
 private:
-    // Each step writes its correction (m) into DXCOR.
-    void ST1IDIU();   // out-of-phase, diurnal band
-    void ST1ISEM();   // out-of-phase, semi-diurnal band
-    void ST1L1();     // latitude dependence of the Shida number
+    // Each step returns its correction (m), Earth-fixed.
+    xyz ST1IDIU() const;  // out-of-phase, diurnal band
+    xyz ST1ISEM() const;  // out-of-phase, semi-diurnal band
+    xyz ST1L1() const;    // latitude dependence of the Shida number
     // Frequency dependence (m), diurnal and long-period bands.
     void Step2(const mjd& eph, xyz& diurnal, xyz& longPeriod) const;
     // North, east, radial at the site to Earth-fixed.
@@ -43,12 +43,10 @@ private:
 
     long double RSUN, RMON, RSTA;
     xyz XSUN, XMON, XSTA;
-    xyz DXCOR;
     long double H20, L20, H3, L3;
     long double MASS_RATIO_SUN, MASS_RATIO_MOON;
     long double RE;  // Earth's equatorial radius (m)
     long double SINPHI, COSPHI, SINLA, COSLA;
-    long double DHI, DLI, L1D, L1SD;
     long double FAC2SUN, FAC2MON, FAC3SUN, FAC3MON;
     long double T;  // Julian centuries of TT from J2000
     long double LON;  // longitude of the site (rad), from SetStaPosition
